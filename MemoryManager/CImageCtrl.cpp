@@ -1,0 +1,252 @@
+// The backing store of one image object: a committed block, or a temporary file under mapped views.
+// Which of the two is decided by the sizes that Create gets; ConvertFile and MapBandAll change it later.
+
+#include "MemoryManager/CImageCtrl.h"
+
+#include "MemoryManager/PlatformHelpers.h"
+#include "MemoryManager/ResultCodes.h"
+#include "Platform/Platform.h"
+
+#include <cstdint>
+
+static_assert(sizeof(void*) != 4 || sizeof(CImageCtrl) == 344);
+
+namespace {
+
+constexpr char kUnit[] = "MemoryManager/CImageCtrl";
+
+// Statements of this unit that report to the error log.
+constexpr int kLineTempName = 287;
+constexpr int kLineTempFile = 303;
+constexpr int kLineMapping = 322;
+constexpr int kLineConvertName = 1005;
+constexpr int kLineConvertFile = 1019;
+constexpr int kLineConvertWrite = 1026;
+constexpr int kLineConvertReopen = 1043;
+constexpr int kLineConvertMapping = 1057;
+
+DWORD Report(int nLine)
+{
+    ReportFileAccessError(kUnit, nLine, GetLastError());
+    return MM_FILE_ACCESS;
+}
+
+HANDLE MapWritable(HANDLE hFile, int nSize)
+{
+    return CreateFileMappingA(hFile, nullptr, PAGE_READWRITE, 0, static_cast<DWORD>(nSize), nullptr);
+}
+
+// A temporary file that other handles may read and write, and that outlives its handle.
+HANDLE OpenSharedFile(const char* pszPath, DWORD nCreation)
+{
+    return CreateFileA(pszPath, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                       nCreation, FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+bool IsSlot(int nSlot)
+{
+    return nSlot >= 0 && nSlot < MM_SLOT_COUNT;
+}
+
+} // namespace
+
+CImageCtrl::CImageCtrl()
+    : m_szFileName{}, m_hFile(INVALID_HANDLE_VALUE), m_hMap(nullptr), m_pMapAdr{}, m_nMapCnt(1),
+      m_nAllMapFlg(0), m_nFileSize(0), m_eAcsType(ACS_NONE), m_nHdrSize(0), m_eImgType(IMG_WORK),
+      m_bCreated(0)
+{
+}
+
+DWORD CImageCtrl::Create(LONG nSize, LONG nLimit, int nSlots)
+{
+    const LONGLONG nFileSize = LONGLONG{m_nHdrSize} + nSize;
+    if (nSize < 0 || nFileSize > INT32_MAX)
+        return MM_BAD_ARGUMENT;
+    m_nFileSize = static_cast<int>(nFileSize);
+    m_nMapCnt = nSlots;
+
+    const bool bHasFile = m_hFile != INVALID_HANDLE_VALUE;
+    if (nSize > nLimit) {
+        if (!bHasFile) {
+            m_eAcsType = ACS_MMF;
+            if (const DWORD nResult = CreateMMF(m_nFileSize, 1); nResult != MM_SUCCESS)
+                return nResult;
+        }
+        m_nAllMapFlg = m_pMapAdr[0] != nullptr ? 1 : 0;
+        m_bCreated = 1;
+        return MM_SUCCESS;
+    }
+
+    const SIZE_T nBytes = static_cast<SIZE_T>(m_nFileSize);
+    if (bHasFile && m_hMap != nullptr && m_pMapAdr[0] == nullptr) {
+        m_pMapAdr[0] = MapViewOfFileRetry(m_hMap, FILE_MAP_ALL_ACCESS, 0, 0, nBytes);
+        if (m_pMapAdr[0] == nullptr)
+            return MM_STORE_VIEW;
+    } else {
+        m_eAcsType = ACS_MEMORY;
+        m_pMapAdr[0] = AllocMemoryBlock(nBytes, 0);
+        if (m_pMapAdr[0] == nullptr)
+            return MM_NO_MEMORY;
+    }
+    m_nAllMapFlg = 1;
+    m_bCreated = 1;
+    return MM_SUCCESS;
+}
+
+DWORD CImageCtrl::Destroy()
+{
+    if (m_eAcsType == ACS_MEMORY || m_eAcsType == ACS_FILEIO) {
+        FreeMemoryBlock(m_pMapAdr[0]);
+        m_pMapAdr[0] = nullptr;
+    } else if (m_eAcsType == ACS_MMF) {
+        UnmapSlots();
+        CloseMapping();
+        if (m_hFile != INVALID_HANDLE_VALUE)
+            CloseHandle(m_hFile);
+        m_hFile = INVALID_HANDLE_VALUE;
+    }
+    return MM_SUCCESS;
+}
+
+void* CImageCtrl::MapBandAdress(DWORD nOffset, DWORD nBytes, int nSlot)
+{
+    const ULONGLONG nPos = ULONGLONG{static_cast<DWORD>(m_nHdrSize)} + nOffset;
+    if (!IsSlot(nSlot) || nPos >= static_cast<DWORD>(m_nFileSize))
+        return nullptr;
+    if (m_nAllMapFlg == 1)
+        return m_pMapAdr[0] != nullptr ? static_cast<BYTE*>(m_pMapAdr[0]) + nPos : nullptr;
+    return ReadMMF(static_cast<DWORD>(nPos), nBytes, &m_pMapAdr[nSlot]);
+}
+
+DWORD CImageCtrl::FreeBandAdress(int nSlot)
+{
+    if (!IsSlot(nSlot))
+        return MM_BAD_ARGUMENT;
+    if (m_eAcsType != ACS_MMF || m_nAllMapFlg == 1)
+        return MM_SUCCESS;
+    return ReleaseSlot(nSlot) ? MM_SUCCESS : MM_STORE_UNMAP;
+}
+
+DWORD CImageCtrl::MapBandAll(DWORD, DWORD nBytes, int)
+{
+    const void* pData = MapBandAdress(0, nBytes, 0);
+    const bool bMapped = pData != nullptr || m_pMapAdr[0] != nullptr;
+    m_nAllMapFlg = bMapped ? 1 : 0;
+    return bMapped ? MM_SUCCESS : MM_STORE_NOT_MAPPED;
+}
+
+DWORD CImageCtrl::ConvertFile(int nSize)
+{
+    if (m_eAcsType == ACS_MMF && m_hFile != INVALID_HANDLE_VALUE) {
+        ReleaseSlot(0);
+        m_nAllMapFlg = 0;
+        return MM_SUCCESS;
+    }
+    // Only a created store owns the block in slot 0; the host's own is not ours to release.
+    if (m_eAcsType != ACS_MEMORY || m_bCreated == 0 || m_pMapAdr[0] == nullptr) {
+        SetLastError(ERROR_INVALID_HANDLE);
+        return Report(kLineConvertWrite);
+    }
+    if (nSize <= 0 || nSize > m_nFileSize)
+        return MM_BAD_ARGUMENT;
+    if (const DWORD nResult = WriteTempFile(nSize); nResult != MM_SUCCESS)
+        return nResult;
+
+    FreeMemoryBlock(m_pMapAdr[0]);
+    m_pMapAdr[0] = nullptr;
+    m_nAllMapFlg = 0;
+    m_nFileSize = nSize;
+    m_eAcsType = ACS_MMF;
+    return MM_SUCCESS;
+}
+
+DWORD CImageCtrl::CreateMMF(int nSize, int bNewFile)
+{
+    if (bNewFile == 1) {
+        if (!MakeTempName())
+            return Report(kLineTempName);
+        m_hFile = CreateFileA(m_szFileName, GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                              FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+        if (m_hFile == INVALID_HANDLE_VALUE)
+            return GiveUpTempFile(kLineTempFile);
+    }
+    m_hMap = MapWritable(m_hFile, nSize);
+    if (m_hMap != nullptr)
+        return MM_SUCCESS;
+    CloseHandle(m_hFile); // a new file disappears with its handle
+    m_hFile = INVALID_HANDLE_VALUE;
+    return Report(kLineMapping);
+}
+
+void* CImageCtrl::ReadMMF(DWORD nPos, DWORD nBytes, void** ppView)
+{
+    if (m_hMap == nullptr)
+        return nullptr;
+    const ViewRange range = CoverRange(nPos, nBytes, static_cast<DWORD>(m_nFileSize));
+    *ppView = nullptr;
+    if (range.nBytes > 0) // to the platform, a length of 0 means the rest of the mapping
+        *ppView = MapViewOfFileRetry(m_hMap, FILE_MAP_ALL_ACCESS, 0, range.nStart, range.nBytes);
+    return *ppView != nullptr ? static_cast<BYTE*>(*ppView) + range.nDelta : nullptr;
+}
+
+bool CImageCtrl::ReleaseSlot(int nSlot)
+{
+    void* pView = m_pMapAdr[nSlot];
+    m_pMapAdr[nSlot] = nullptr;
+    return pView == nullptr || UnmapView(pView) != 0;
+}
+
+void CImageCtrl::UnmapSlots()
+{
+    for (int nSlot = 0; nSlot < MM_SLOT_COUNT; ++nSlot)
+        ReleaseSlot(nSlot);
+}
+
+void CImageCtrl::CloseMapping()
+{
+    if (m_hMap != nullptr)
+        CloseHandle(m_hMap);
+    m_hMap = nullptr;
+}
+
+// Makes an empty file in the temporary folder and puts its path into m_szFileName.
+bool CImageCtrl::MakeTempName()
+{
+    if (GetTempDirctoryName() != MM_SUCCESS && !IsTempFolderKnown()) {
+        SetLastError(ERROR_PATH_NOT_FOUND);
+        return false;
+    }
+    return GetTempFileNameA(ms_TempDirctoryName, "LRG", 0, m_szFileName) != 0;
+}
+
+// Reports why the temporary file could not be finished and takes it back: a full disk needs the room.
+DWORD CImageCtrl::GiveUpTempFile(int nLine)
+{
+    if (m_hFile != INVALID_HANDLE_VALUE)
+        CloseHandle(m_hFile);
+    m_hFile = INVALID_HANDLE_VALUE;
+    Report(nLine);
+    DeleteFileA(m_szFileName);
+    return MM_FILE_ACCESS;
+}
+
+// Writes the block's first nSize bytes to a new file and maps it; the block stays.
+DWORD CImageCtrl::WriteTempFile(int nSize)
+{
+    if (!MakeTempName())
+        return Report(kLineConvertName);
+    m_hFile = OpenSharedFile(m_szFileName, CREATE_ALWAYS);
+    if (m_hFile == INVALID_HANDLE_VALUE)
+        return GiveUpTempFile(kLineConvertFile);
+    DWORD nWritten = 0;
+    if (!WriteFileByView(m_hFile, m_pMapAdr[0], static_cast<DWORD>(nSize), &nWritten, kAppend,
+                         kFlushLoadPercent))
+        return GiveUpTempFile(kLineConvertWrite);
+
+    CloseHandle(m_hFile);
+    m_hFile = OpenSharedFile(m_szFileName, OPEN_EXISTING);
+    if (m_hFile == INVALID_HANDLE_VALUE)
+        return GiveUpTempFile(kLineConvertReopen);
+    m_hMap = MapWritable(m_hFile, nSize);
+    return m_hMap != nullptr ? MM_SUCCESS : GiveUpTempFile(kLineConvertMapping);
+}

@@ -1,0 +1,46 @@
+#pragma once
+// Descriptions of images that the host keeps in its own files or memory blocks.
+
+#include "Platform/PlatformTypes.h"
+
+/// How the bytes of a store or of an external image are reached.
+enum tag_E_ACSTYPE : int
+{
+    ACS_MMF = 0,    ///< a file through mapped views
+    ACS_MEMORY = 1, ///< a memory block
+    ACS_FILEIO = 2, ///< a file, read and written through a buffer
+    ACS_NONE = 3,   ///< nothing created yet
+};
+
+/// Role of an external image.
+enum tag_E_IMGTYPE : int
+{
+    IMG_INPUT = 0,  ///< read
+    IMG_OUTPUT = 1, ///< written back
+    IMG_WORK = 2,   ///< neither
+};
+
+/// Kinds of external layout, the values of T_ImgInf::nFileType.
+enum MM_FILE_TYPE : int
+{
+    MM_FILE_BITMAP = 0, ///< 8 bits a sample, a bitmap header ahead, 3-byte lines padded to 4 bytes
+    MM_FILE_RAW = 1,    ///< 16 bits a sample, no header, no padding
+};
+
+/// Bytes ahead of the pixels of a bitmap that the library writes.
+inline constexpr int MM_BITMAP_HEADER_BYTES = 54;
+
+/// One external image. The host fills it, usually with CreateParam, and keeps the file open or the block
+/// alive while the library works on it.
+struct T_ImgInf
+{
+    int nFileType;          ///< MM_FILE_TYPE
+    tag_E_ACSTYPE eAcsType; ///< how the data is reached
+    HANDLE hData;           ///< file handle (ACS_MMF, ACS_FILEIO) or block address (ACS_MEMORY); never owned
+    int nOffset;            ///< bitmap input: bytes from the signature "BM" to the first pixel byte
+    int nWidth;             ///< pixels
+    int nHeight;            ///< lines
+    int nSrcFormat;         ///< format code of the source: external for an input, else the object's
+    int nDstFormat;         ///< format code of the destination: the object's for an input, else external
+    int nLineBytes;         ///< bytes per external line; transfers of whole images do not read it
+};

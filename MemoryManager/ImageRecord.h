@@ -1,0 +1,51 @@
+#pragma once
+// The record that describes one image buffer and its current band.
+
+#include "Platform/PlatformTypes.h"
+
+/// Pixel format codes: bits 0 to 3 bytes per sample, bits 8 to 11 samples per pixel. The other bits are
+/// carried along and mean nothing here.
+enum MM_FORMAT : int
+{
+    MM_FORMAT_BGR24 = 0x1301,  ///< three 8-bit samples, 24-bit bitmap
+    MM_FORMAT_BGRA32 = 0x0401, ///< four 8-bit samples, 32-bit bitmap
+    MM_FORMAT_RAW48 = 0x1322,  ///< three 16-bit samples
+    MM_FORMAT_RAW64 = 0x0422,  ///< four 16-bit samples
+};
+
+/// Alignment argument: the low four bits are the type; 0x10 in the upper four asks for cleared memory.
+enum MM_ALIGN : int
+{
+    MM_ALIGN_PACKED = 0, ///< lines of width + 2 margins pixels
+    MM_ALIGN_SPARE = 1,  ///< packed, first pixel on a 16-byte boundary, 32 spare bytes
+    MM_ALIGN_LINES = 2,  ///< each sample plane line a multiple of 16 bytes, otherwise as 1
+    MM_ALIGN_CLEAR = 0x10,
+};
+
+/// One image buffer and the band of it that is mapped. The owner of the record keeps it on its own storage,
+/// usually zero-filled with nRatio 100; the library never allocates records.
+struct T_ImageLrg_tag
+{
+    unsigned char* pBase;  ///< start of the whole buffer, the first byte of the top margin
+    int nBufSize;          ///< bytes of the buffer: nLineBytes * nAllocHeight, + 32 for types 1 and 2
+    int nLineBytes;        ///< bytes from one buffer line to the next: nPixelBytes * nAllocWidth
+    int nPixelBytes;       ///< bytes per pixel
+    int nSampleBytes;      ///< bytes per sample
+    int nAllocWidth;       ///< pixels per buffer line, both side margins and alignment included
+    int nAllocHeight;      ///< lines of the buffer: nHeight + 2 * nMarginY
+    int nMarginX;          ///< margin pixels on each side
+    int nMarginY;          ///< margin lines above and below
+    unsigned char* pImage; ///< first image pixel; after a mapping the first pixel of the band
+    int nWidth;            ///< image width in pixels, without margins
+    int nHeight;           ///< image height in lines, without margins
+    int nLineSamples;      ///< samples per buffer line: nAllocWidth * nSamples
+    int nSamples;          ///< samples per pixel
+    int nFormat;           ///< pixel format code
+    int nAlignType;        ///< line alignment type 0, 1 or 2
+    int nBandLines;        ///< band height in lines
+    int nBandTop;          ///< first image line of the mapped band
+    int nBandBottom;       ///< last image line of the mapped band
+    int nFsize;            ///< frame: lines above and below, pixels beside a band that are mapped with it
+    int nRatio;            ///< weight against the step's output in percent, 100 unless set
+    int nFrameMode;        ///< frame fill mode 0 to 4
+};

@@ -1,0 +1,54 @@
+#pragma once
+// Whole-image import and export, image descriptions, and the error-log folder.
+
+#include "MemoryManager/CImageObj.h"
+#include "MemoryManager/ExternalImage.h"
+#include "MemoryManager/LogStack.h"
+#include "MemoryManager/ParameterRecords.h"
+
+/// Sets the folder that FileAccessErrorLog.txt is written to; it is used as a prefix and so ends with a
+/// separator. Longer texts are cut to 259 characters. Call it before other threads use the library.
+MM_API void SetErrLogPath(const char* pszFolder);
+
+/// The folder, "..\logdata\" unless set. The text stays the library's.
+MM_API const char* GetErrLogPath();
+
+/// Reads a bitmap or raw image from the host's file or block into an object, which first gives up what it
+/// holds. The object then has the description's size and nDstFormat, margins of 16 and aligned lines.
+///
+/// @param pObj       destination; owns the image from then on
+/// @param pInf       the external image; its file is open for reading (ACS_MMF: for writing too)
+/// @param nBottomUp  1: the external lines are stored last line first
+/// @param ppLog      host's log stack with room for four entries and the end mark, or null. The end entries
+///                   are written on success only.
+/// @return 0: every pixel is in its place; 1; 18 a size or format that no buffer can be made for; 49 no
+///         bitmap signature, or the file is shorter than its picture; 71; a code of the planner or of band
+///         mapping. After a failure the object holds nothing or an unfinished image: destroy it.
+///
+/// Any thread; one thread at a time on one object, file or block. The file's position is moved.
+MM_API DWORD ImportImg(CImageObj* pObj, T_ImgInf* pInf, int nBottomUp, T_LOG_STACK_tag** ppLog);
+
+/// Writes an object's image to the host's file (created empty, its header comes first for a bitmap) or block.
+///
+/// @param pObj    source; its image and charge are released, on failure too, but for those below
+/// @param pInf    the external image, not larger than the object's: what is larger of the object, at the
+///                right and the bottom, is left out
+/// @param nAlpha  what a fourth output sample receives: 1 all ones, 0 the object's own
+/// @return 0: every byte is in its place; 1, 18 or 49 from setting up (49: the header could not be written),
+///         and the object is as it was; after that 49 a band could not be written, 71, or a code of the
+///         planner or of band mapping
+///
+/// Any thread, as ImportImg. Can take a minute while the disk is full. Samples keep their width: an object of
+/// 8-bit samples goes to a bitmap, one of 16-bit samples to a raw image.
+MM_API DWORD ExportImg(CImageObj* pObj, T_ImgInf* pInf, int nBottomUp, T_LOG_STACK_tag** ppLog, int nAlpha);
+
+/// Turns the host's record of a pair of images into two descriptions. A data type outside 0 to 3 leaves the
+/// file type, the type's format and the line length of its description untouched; a line that does not fit 32
+/// bits has length 0, and such an image is refused by whatever is to read or write it.
+///
+/// @param nInFormat   object format for the input side
+/// @param nOutFormat  object format for the output side
+MM_API void CreateParam(ZBT_IMAGE_IN_FILE* pPair, int nInFormat, int nOutFormat, T_ImgInf* pIn,
+                        T_ImgInf* pOut);
+MM_API void CreateParam(ZBT_IMAGE_ON_MEMORY* pPair, int nInFormat, int nOutFormat, T_ImgInf* pIn,
+                        T_ImgInf* pOut);

@@ -1,0 +1,9 @@
+#pragma once
+// The whole interface of the library.
+
+#include "MemoryManager/CImageCtrl.h"
+#include "MemoryManager/CImageCtrlIO.h"
+#include "MemoryManager/CImageObj.h"
+#include "MemoryManager/CImageObjIO.h"
+#include "MemoryManager/ImgObjUty.h"
+#include "MemoryManager/ResultCodes.h"

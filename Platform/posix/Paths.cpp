@@ -1,0 +1,72 @@
+// Backslashes in the callers' paths become slashes here and nowhere else.
+// A backslash byte can also be the second half of a double-byte character, which must stay whole.
+
+#include "Platform/posix/PosixLayer.h"
+
+#include <cstring>
+
+namespace {
+
+/// Length of the UTF-8 character that starts at p, 0 when there is none; stops at the terminator by itself.
+int Utf8Length(const unsigned char* p)
+{
+    if (p[0] < 0x80)
+        return 1;
+    const int nLength = p[0] >= 0xF0 ? 4 : p[0] >= 0xE0 ? 3 : 2;
+    if (p[0] < 0xC2 || p[0] > 0xF4)
+        return 0;
+    for (int i = 1; i < nLength; ++i)
+        if ((p[i] & 0xC0) != 0x80)
+            return 0;
+    // Longer forms of short characters, halves of surrogate pairs, and numbers above the last character.
+    const bool bForbidden = (p[0] == 0xE0 && p[1] < 0xA0) || (p[0] == 0xED && p[1] > 0x9F) ||
+                            (p[0] == 0xF0 && p[1] < 0x90) || (p[0] == 0xF4 && p[1] > 0x8F);
+    return bForbidden ? 0 : nLength;
+}
+
+bool IsUtf8(const unsigned char* p)
+{
+    while (*p != 0) {
+        const int nLength = Utf8Length(p);
+        if (nLength == 0)
+            return false;
+        p += nLength;
+    }
+    return true;
+}
+
+/// First byte of a character of code page 932 that has two.
+bool IsLeadByte(unsigned char c)
+{
+    return (c >= 0x81 && c <= 0x9F) || (c >= 0xE0 && c <= 0xFC);
+}
+
+void BackslashesToSlashes(char* pszPath)
+{
+    auto* p = reinterpret_cast<unsigned char*>(pszPath);
+    const bool bSingleBytes = IsUtf8(p);
+    for (; *p != 0; ++p) {
+        if (!bSingleBytes && IsLeadByte(p[0]) && p[1] != 0)
+            ++p;
+        else if (*p == '\\')
+            *p = '/';
+    }
+}
+
+} // namespace
+
+namespace platform::posix {
+
+NativePath::NativePath(LPCSTR pszPath) : m_szPath{}, m_bValid(false)
+{
+    const std::size_t nLength = pszPath ? std::strlen(pszPath) : 0;
+    if (!pszPath || nLength >= sizeof m_szPath) {
+        FailErrno(pszPath ? ENAMETOOLONG : EINVAL);
+        return;
+    }
+    std::memcpy(m_szPath, pszPath, nLength + 1);
+    BackslashesToSlashes(m_szPath);
+    m_bValid = true;
+}
+
+} // namespace platform::posix

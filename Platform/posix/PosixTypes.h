@@ -1,0 +1,31 @@
+#pragma once
+// Types and export attributes outside Windows.
+//
+// A file HANDLE is a file descriptor cast to a pointer: a host opens its file with open(2) and passes
+// (HANDLE)(intptr_t)fd. Descriptor 0 is never handed out by this layer, since a null handle means none.
+
+#include <cstddef>
+#include <cstdint>
+#include <pthread.h>
+
+using BYTE = unsigned char;
+using WORD = std::uint16_t;
+using DWORD = std::uint32_t;
+using LONG = std::int32_t;
+using LONGLONG = std::int64_t;
+using ULONGLONG = std::uint64_t;
+using BOOL = int;
+using SIZE_T = std::size_t;
+using LPVOID = void*;
+using LPCVOID = const void*;
+using LPCSTR = const char*;
+using LPSTR = char*;
+using HANDLE = void*;
+
+struct CRITICAL_SECTION
+{
+    pthread_mutex_t mutex;
+};
+
+#define MM_EXPORT __attribute__((visibility("default")))
+#define MM_IMPORT __attribute__((visibility("default")))

@@ -1,0 +1,13 @@
+#pragma once
+// Types and export attributes on Windows: the system's own.
+
+#ifndef WIN32_LEAN_AND_MEAN
+#define WIN32_LEAN_AND_MEAN
+#endif
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#include <windows.h>
+
+#define MM_EXPORT __declspec(dllexport)
+#define MM_IMPORT __declspec(dllimport)

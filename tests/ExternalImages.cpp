@@ -1,0 +1,144 @@
+// I/O image objects over blocks of the host: set-up, sizes, every row of the conversions, band addresses.
+
+#include "TestImages.h"
+
+#include <algorithm>
+#include <string>
+
+namespace {
+
+constexpr char kUntouched = '.';
+constexpr int kFormat[] = {0, 0, 0, 0x301, 0x401, 0, 0x302, 0, 0x402}; // by bytes per pixel
+
+/// A set-up over a block that begins with a bitmap's signature and is large enough for anything here.
+struct Wrapped
+{
+    std::string sBlock = "BM" + std::string(10000, kUntouched);
+    CImageObjIO io;
+    int nHeader;
+
+    Wrapped(int nFileType, int nWidth, int nHeight, int nExternalFormat, int nObjectFormat,
+            tag_E_IMGTYPE eRole, int nTmpBufMode = 0)
+        : nHeader(nFileType == MM_FILE_BITMAP ? MM_BITMAP_HEADER_BYTES : 0)
+    {
+        T_ImgInf inf{nFileType, ACS_MEMORY,      sBlock.data(), nHeader, nWidth,
+                     nHeight,   nExternalFormat, nObjectFormat, 0};
+        if (eRole != IMG_INPUT)
+            std::swap(inf.nSrcFormat, inf.nDstFormat);
+        EXPECT_EQ(0u, io.InitForUnify(&inf, eRole, 0, 0, 0, MM_ALIGN_LINES, 0, nTmpBufMode));
+        io.SetBandInfo(0, 1);
+        io.Create(0, 0, 1);
+    }
+    char* Line(int n) { return sBlock.data() + nHeader + n * io.m_ImgInfoIO.nLineBytes; }
+};
+
+// Rows that whole transfers do not meet. A pixel of digits is converted; the result tells a digit for a
+// source byte, z for 0, F for 255, and a dot for what stays as it was.
+TEST(ExternalImages, ConvertWhatFitsAPixelAndLeaveUnknownCombinationsAlone)
+{
+    // clang-format off
+    const struct { tag_E_IMGTYPE eRole; int nFileType, nExternal, nObject, nAlpha; const char* pszLine; } cases[] = {
+        {IMG_INPUT, 0, 4, 3, 0, "........."}, {IMG_INPUT, 0, 6, 8, 0, "........."}, {IMG_INPUT, 2, 3, 4, 0, "........."},
+        {IMG_INPUT, 1, 4, 4, 0, "........."}, {IMG_INPUT, 1, 6, 4, 0, "0123....."}, {IMG_INPUT, 1, 8, 3, 0, "012......"},
+        {IMG_OUTPUT, 0, 3, 8, 2, "012z....."}, {IMG_OUTPUT, 0, 4, 8, 0, "0123....."}, {IMG_OUTPUT, 0, 4, 6, 1, "012F....."},
+        {IMG_OUTPUT, 0, 4, 4, 2, "........."}, {IMG_OUTPUT, 0, 4, 3, 2, "........."}, {IMG_OUTPUT, 0, 8, 8, 0, "........."},
+        {IMG_OUTPUT, 1, 8, 8, 2, "........."}, {IMG_OUTPUT, 1, 6, 4, 2, "0123zz..."}, {IMG_OUTPUT, 1, 6, 3, 0, "012zzz..."},
+        {IMG_OUTPUT, 1, 8, 4, 1, "0123zzFF."}, {IMG_OUTPUT, 1, 4, 4, 0, "........."}, {IMG_OUTPUT, 2, 3, 3, 0, "........."},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        Wrapped w(c.nFileType, 1, 2, kFormat[c.nExternal], kFormat[c.nObject], c.eRole);
+        w.io.SetAlpha(c.nAlpha);
+        std::string sLine(64, kUntouched);
+        const auto pObject = reinterpret_cast<unsigned char*>(sLine.data());
+        std::copy_n("01234567", 8, c.eRole == IMG_INPUT ? w.Line(1) : sLine.data());
+        T_ImageLrg_tag record{};
+        if (c.eRole == IMG_INPUT) {
+            ASSERT_EQ(0u, w.io.MapBandRangeBuf(1, 1, pObject, &record));
+        } else {
+            ASSERT_EQ(0u, w.io.MapBand(1, &record, MM_BAND_DOWNWARD, 0));
+            ASSERT_EQ(0u, w.io.UnmapBand(pObject, 0));
+            sLine.assign(w.Line(1), 64);
+        }
+        std::replace(sLine.begin(), sLine.end(), '\0', 'z');
+        std::replace(sLine.begin(), sLine.end(), '\xFF', 'F');
+        EXPECT_EQ(c.pszLine, sLine.substr(0, 9)) << c.nFileType << ' ' << c.nExternal << ' ' << c.nObject;
+    }
+}
+
+TEST(ExternalImages, AreRefusedWhenTheyDoNotFitAndLeaveTheObjectAlone)
+{
+    Wrapped w(1, 4, 4, 0x302, 0x402, IMG_INPUT);
+    const CImageCtrl* pStore = w.io.m_pImageCtrl;
+    // file type, width, height, object's and external format
+    const int cases[][5] = {{1, 40000, 40000, 0x1322, 0x1322},
+                            {0, 256999, 2089, 0x1301, 0x0401}, // by its header
+                            {1, -1, 4, 0x1322, 0x1322},
+                            {1, 4, 4, 0x1323, 0x1322}};
+    for (const auto& [nFileType, nWidth, nHeight, nObject, nExternal] : cases) {
+        T_ImgInf inf{nFileType, ACS_MEMORY, w.sBlock.data(), 0, nWidth, nHeight, nObject, nExternal, 0};
+        EXPECT_EQ(18u, w.io.InitForUnify(&inf, IMG_OUTPUT, 0, 0, 0, MM_ALIGN_LINES, 0, 0)) << nWidth;
+        EXPECT_TRUE(pStore == w.io.m_pImageCtrl && w.io.m_ImgInfoIO.nWidth == 4);
+        EXPECT_EQ(kUntouched, w.sBlock[MM_BITMAP_HEADER_BYTES - 1]) << "a header was written";
+    }
+}
+
+TEST(ExternalImages, AnswerThePlannerInExternalLines)
+{
+    CImageObj::ms_MinBand = 16;
+    for (const int nHeight : {100, 10}) {
+        Wrapped w(1, 8, nHeight, 0x302, 0x402, IMG_OUTPUT);
+        EXPECT_EQ(48 * std::min(16, nHeight) * 2, w.io.SetBandInfo(5, 2));
+        EXPECT_EQ(std::min(16, nHeight), w.io.GetBandHeight());
+        EXPECT_EQ(w.io.m_ImgInfo.nBufSize, w.io.SetBandInfo(0, 3));
+        EXPECT_EQ(nHeight, w.io.GetBandHeight());
+        w.io.m_ImgInfoIO.nFsize = 4;
+        w.io.SetBandInfo(40, 1);
+        EXPECT_EQ(std::min(32, nHeight), w.io.GetBandHeight());
+        w.io.m_nTmpBufMode = 1;
+        EXPECT_EQ(w.io.m_ImgInfo.nBufSize + 48 * nHeight, w.io.GetAreaSize());
+        w.io.m_nTmpBufMode = 2;
+        EXPECT_EQ(-1, w.io.GetAreaSize());
+    }
+}
+
+TEST(ExternalImages, SplitTheAreaByLineLength)
+{
+    const int cases[][4] = {
+        {3000, 4224, 9000000, 1245}, {3000, 4224, 100, 1}, {3000, 0, 9000, 3}, {0, 4224, 9000, 2}};
+    for (const auto& [nExternalLine, nObjectLine, nArea, nLines] : cases) {
+        Wrapped w(0, 10, 5, 0x301, 0x401, IMG_OUTPUT, 1);
+        w.io.m_ImgInfoIO.nLineBytes = nExternalLine;
+        w.io.m_ImgInfo.nLineBytes = nObjectLine;
+        w.io.Create(1, nArea, 1);
+        EXPECT_EQ(nLines, w.io.m_ImgInfo.nBandLines) << nExternalLine;
+        EXPECT_EQ(nLines, w.io.GetBandHeight()) << nExternalLine;
+    }
+}
+
+TEST(ExternalImages, MapTheLinesThatWereAskedFor)
+{
+    Wrapped w(0, 3, 100, 0x301, 0x401, IMG_OUTPUT);
+    w.io.SetBandInfo(16, 1);
+    // line, direction, result, first and last line
+    const int cases[][5] = {
+        {0, 0, 0, 0, 15},   {96, 0, 0, 96, 99}, {99, 0, 0, 99, 99},  {0, 1, 0, 0, 0},   {15, 1, 0, 0, 15},
+        {99, 1, 0, 84, 99}, {-1, 0, 107, 0, 0}, {100, 1, 107, 0, 0}, {5, 2, 118, 0, 0},
+    };
+    T_ImageLrg_tag record{};
+    for (const auto& [nLine, nDirection, nResult, nTop, nBottom] : cases) {
+        ASSERT_EQ(DWORD(nResult), w.io.MapBand(nLine, &record, nDirection, 0)) << nLine;
+        if (nResult != 0)
+            continue;
+        EXPECT_TRUE(record.nBandTop == nTop && record.nBandBottom == nBottom) << nLine;
+        EXPECT_TRUE(w.io.m_ImgInfoIO.nBandTop == nTop && record.nBandLines == nBottom - nTop + 1) << nLine;
+        EXPECT_EQ(w.Line(nTop), static_cast<void*>(record.pImage));
+        EXPECT_EQ(0u, w.io.UnmapBand(0));
+        EXPECT_EQ(kUntouched, *w.Line(nTop)) << "ending a band by its slot converts nothing";
+    }
+    EXPECT_EQ(MM_IO_RANGE_REVERSED, w.io.MapBandRange(5, 4, &record, 0));
+    EXPECT_EQ(MM_IO_RANGE_ADDRESS, w.io.MapBandRange(-1, 4, &record, 0));
+    EXPECT_EQ(MM_IO_BUFFER_ADDRESS, w.io.MapBandRangeBuf(100, 100, nullptr, &record));
+}
+
+} // namespace

@@ -1,0 +1,198 @@
+// Image objects: geometry taken over from a source, settings with limits, exchange, and their store's life.
+
+#include "TestImages.h"
+
+#include <climits>
+
+using ImageObject = BudgetTest;
+
+TEST_F(ImageObject, TakesItsGeometryFromASource)
+{
+    TestImage source(Geometry(100, 50, 4, MM_FORMAT_BGR24, MM_ALIGN_LINES));
+    source.SetFsize(2);
+    source.m_ImgInfo.nBandLines = 7;
+    const struct
+    {
+        const char* pszCase;
+        CImageObj image;
+        int nWidth, nHeight, nPixelBytes, nSamples, nLineBytes, nFormat;
+    } cases[] = {
+        {"as it is", CImageObj(&source), 100, 50, 3, 3, 336, MM_FORMAT_BGR24},
+        {"nothing replaced", CImageObj(&source, 0, -1, 0), 100, 50, 3, 3, 336, MM_FORMAT_BGR24},
+        {"own pixel size", CImageObj(&source, 10, 20, 5), 10, 20, 5, 3, 32 * 5, MM_FORMAT_BGR24},
+        {"own samples", CImageObj(&source, 10, 0, 1, 1, MM_FORMAT_RAW64, 0), 10, 50, 8, 4, 96,
+         MM_FORMAT_BGR24},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.pszCase);
+        const T_ImageLrg_tag& info = c.image.m_ImgInfo;
+        EXPECT_EQ(c.nWidth, info.nWidth);
+        EXPECT_EQ(c.nHeight, info.nHeight);
+        EXPECT_EQ(c.nPixelBytes, info.nPixelBytes);
+        EXPECT_EQ(c.nSamples, info.nSamples);
+        EXPECT_EQ(c.nLineBytes, info.nLineBytes);
+        EXPECT_EQ(c.nFormat, info.nFormat);
+        EXPECT_EQ(0, info.nBandLines + info.nFsize) << "band state is not taken over";
+        EXPECT_NE(nullptr, c.image.m_pImageCtrl);
+        EXPECT_NE(source.m_pImageCtrl, c.image.m_pImageCtrl);
+    }
+}
+
+TEST_F(ImageObject, CompletesAGeometryOrRefusesIt)
+{
+    CImageObj image;
+    EXPECT_EQ(1, image.IsOnMemory()) << "nothing needs nothing";
+    EXPECT_EQ(MM_SUCCESS, image.Destroy());
+    T_ImageLrg_tag info = Geometry(10, 4, 0, MM_FORMAT_RAW48);
+    ASSERT_EQ(MM_SUCCESS, image.SetImageInfo(&info));
+    EXPECT_EQ(60, info.nLineBytes);
+    EXPECT_EQ(240, image.GetAreaSize());
+
+    T_ImageLrg_tag huge = Geometry(INT_MAX, 4, 0, MM_FORMAT_RAW48);
+    EXPECT_EQ(MM_BAD_ARGUMENT, image.SetImageInfo(&huge));
+    EXPECT_EQ(0, huge.nPixelBytes);
+    EXPECT_EQ(240, image.GetAreaSize()) << "a refused geometry changes nothing";
+
+    image.m_nUnitMode = 1;
+    image.m_ImgInfo.nBandLines = 3;
+    ASSERT_EQ(MM_SUCCESS, image.SetImageInfo(&info));
+    EXPECT_EQ(8, info.nPixelBytes) << "unit bands have four samples";
+    EXPECT_EQ(3, info.nBandLines);
+    EXPECT_EQ(MM_SUCCESS, image.SetBandHeight(2));
+    image.m_ImgInfo.nBandLines = 1;
+    image.GetImageInfo(&info);
+    EXPECT_EQ(2, info.nBandLines) << "unit mode reports the height that was set";
+    T_ImageLrg_tag band{};
+    EXPECT_EQ(MM_UNKNOWN_MODE, image.MapBandRange(0, 0, &band, 0));
+}
+
+TEST_F(ImageObject, KeepsSettingsWithinTheirLimits)
+{
+    TestImage image(Geometry(100, 1000, 8));
+    image.m_ImgInfo.nBandLines = 20;
+    const struct
+    {
+        DWORD (CImageObj::*pSet)(int);
+        int nValue;
+        DWORD nResult;
+    } cases[] = {
+        {&CImageObj::SetFsize, 8, MM_SUCCESS},         {&CImageObj::SetFsize, 9, MM_BAD_FRAME_SIZE},
+        {&CImageObj::SetFsize, -1, MM_BAD_FRAME_SIZE}, {&CImageObj::SetRatio, 0, MM_SUCCESS},
+        {&CImageObj::SetRatio, -1, MM_BAD_RATIO},      {&CImageObj::SetBandHeight, 21, MM_BAD_BAND_HEIGHT},
+        {&CImageObj::SetBandHeight, 12, MM_SUCCESS},   {&CImageObj::SetBandHeight, 13, MM_BAD_BAND_HEIGHT},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(c.nResult, (image.*c.pSet)(c.nValue)) << c.nValue;
+    EXPECT_EQ(8, image.m_ImgInfo.nFsize);
+    EXPECT_EQ(12, image.GetBandHeight());
+}
+
+TEST_F(ImageObject, ChargesBandsWithTheirFrame)
+{
+    const struct
+    {
+        int nBand, nCount, nFsize, nLines, nBandLines;
+    } cases[] = {
+        {100, 2, 8, 200, 84},     {5, 1, 0, 16, 16},     {5, 1, 8, 16, 16},
+        {5000, 1, 0, 1016, 1000}, {0, 3, 8, 1016, 1000},
+    };
+    for (const auto& c : cases) {
+        TestImage image(Geometry(10, 1000, 8));
+        image.SetFsize(c.nFsize);
+        EXPECT_EQ(c.nLines * image.m_ImgInfo.nLineBytes, image.SetBandInfo(c.nBand, c.nCount)) << c.nBand;
+        EXPECT_EQ(c.nBandLines, image.m_ImgInfo.nBandLines) << c.nBand;
+        image.m_nAreaSize = 0; // the budget was never charged
+    }
+    TestImage wide(Geometry(500000000, 1));
+    EXPECT_EQ(INT_MAX, wide.SetBandInfo(1, 10)) << "held within 32 bits";
+    wide.m_nAreaSize = 0;
+}
+
+namespace {
+
+void WriteLines(CImageObj& image, int nSeed)
+{
+    T_ImageLrg_tag band{};
+    for (int nLine = 0; nLine < image.m_ImgInfo.nHeight; nLine = band.nBandBottom + 1) {
+        ASSERT_EQ(MM_SUCCESS, image.MapBand(nLine, &band, MM_BAND_DOWNWARD, 0));
+        for (int k = 0; k < band.nBandLines; ++k)
+            for (int x = 0; x < band.nWidth * band.nPixelBytes; ++x)
+                band.pImage[k * band.nLineBytes + x] =
+                    static_cast<unsigned char>(nSeed + (nLine + k) * 7 + x);
+        ASSERT_EQ(MM_SUCCESS, image.UnmapBand(0));
+    }
+}
+
+// Reads upwards in two-line ranges, so that other views than the writer's are used.
+void ExpectLines(CImageObj& image, int nSeed)
+{
+    T_ImageLrg_tag band{};
+    for (int nLast = image.m_ImgInfo.nHeight - 1; nLast >= 0; nLast -= 2) {
+        ASSERT_EQ(MM_SUCCESS, image.MapBandRange(std::max(nLast - 1, 0), nLast, &band, 3));
+        for (int k = 0; k < band.nBandLines; ++k)
+            for (int x = 0; x < band.nWidth * band.nPixelBytes; ++x)
+                ASSERT_EQ(static_cast<unsigned char>(nSeed + (band.nBandTop + k) * 7 + x),
+                          band.pImage[k * band.nLineBytes + x])
+                    << "line " << band.nBandTop + k << " byte " << x;
+        ASSERT_EQ(MM_SUCCESS, image.UnmapBand(3));
+    }
+}
+
+} // namespace
+
+// One image through every state of its store: the pixels stay, and each state costs what it says.
+TEST_F(ImageObject, KeepsItsPixelsInEveryKindOfStore)
+{
+    Shrink(4 * kMiB);
+    TestImage image(Geometry(301, 700, 3, MM_FORMAT_BGR24, MM_ALIGN_LINES));
+    const LONG nWhole = image.GetAreaSize();
+    ASSERT_EQ(MM_SUCCESS, Step({&image}, {}).Alloc());
+    WriteLines(image, 1);
+    ExpectLines(image, 1);
+    EXPECT_EQ(4 * kMiB - nWhole, CImageObj::AskFreeMemory());
+
+    ASSERT_EQ(MM_SUCCESS, image.CnvFileImg());
+    EXPECT_EQ(4 * kMiB, CImageObj::AskFreeMemory());
+    EXPECT_EQ(nullptr, image.m_pImageCtrl->GetMemPtr());
+    ExpectLines(image, 1);
+    T_ImageLrg_tag band{};
+    EXPECT_EQ(MM_RANGE_REVERSED, image.MapBand(0, &band, MM_BAND_DOWNWARD, 0)) << "not planned yet";
+
+    ASSERT_EQ(MM_SUCCESS, Step({&image}, {}).Alloc());
+    EXPECT_EQ(1, image.m_pImageCtrl->GetAllMapFlg());
+    ExpectLines(image, 1);
+    ASSERT_EQ(MM_SUCCESS, image.CnvFileImg());
+
+    Shrink(kMiB / 8);
+    ASSERT_EQ(MM_SUCCESS, Step({&image}, {}).Alloc());
+    EXPECT_EQ(0, image.m_pImageCtrl->GetAllMapFlg());
+    EXPECT_LT(image.m_ImgInfo.nBandLines, 700);
+    WriteLines(image, 3);
+    ExpectLines(image, 3);
+
+    CImageObj other;
+    other.ExchangeImg(&image);
+    EXPECT_EQ(nullptr, image.m_pImageCtrl);
+    EXPECT_EQ(kMiB / 8, CImageObj::AskFreeMemory()) << "a file that changes hands is planned afresh";
+    ExpectLines(other, 3);
+    EXPECT_EQ(MM_SUCCESS, other.Destroy());
+}
+
+TEST_F(ImageObject, MovesWhatMayExistOnce)
+{
+    {
+        TestImage source(Geometry(10, 10)), spare(Geometry(10, 10));
+        ASSERT_EQ(MM_TOO_MANY_OUTPUTS, Step({&source}, {&spare, &spare}).Alloc());
+        CImageObj target;
+        CImageObj::ExchangeImg(&target, &source);
+        EXPECT_EQ(1, target.m_nReserveTaken);
+        EXPECT_EQ(0, source.m_nReserveTaken);
+        EXPECT_EQ(nullptr, target.m_pImageCtrl);
+        EXPECT_EQ(10, target.m_ImgInfo.nWidth);
+        EXPECT_EQ(0, CImageObj::AskFreeMemory());
+        spare.ExchangeImg(&target);
+        EXPECT_EQ(1, spare.m_nReserveTaken);
+        EXPECT_EQ(0, target.m_nReserveTaken);
+    }
+    EXPECT_EQ(100 * kMiB, CImageObj::AskFreeMemory()) << "given back once";
+}

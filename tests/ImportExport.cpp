@@ -1,0 +1,248 @@
+// Whole images in and out through every layout, access type, line order and band height, byte for byte
+// against a picture that knows nothing of the library.
+
+#include "TestImages.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <tuple>
+
+#if defined(_WIN32)
+#include <io.h>
+#define fileno(pFile) _get_osfhandle(_fileno(pFile))
+#endif
+
+namespace {
+
+constexpr int kOwn = -1; // every sample is the picture's own
+constexpr std::size_t kHeader = MM_BITMAP_HEADER_BYTES;
+
+/// Format, samples and sample bytes of the external layouts, in the order of the host's data types.
+constexpr int kLayouts[][3] = {{0x1301, 3, 1}, {0x0401, 4, 1}, {0x1322, 3, 2}, {0x0422, 4, 2}};
+
+constexpr int kOnes[] = {0, 0xFF, 0xFFFF}; // by bytes per sample
+
+int Sample(int x, int y, int nSample, int nBytes)
+{
+    return (x * 40503 + y * 30011 + nSample * 7919 + 77) & kOnes[nBytes];
+}
+
+/// The host's file: a bitmap or raw image of samples of nDepth bytes, with nFourth for every fourth sample.
+std::string FileOf(int nType, int nDepth, int nWidth, int nHeight, int nBottomUp, int nFourth, char cPad)
+{
+    const auto& [nFormat, nSamples, nSampleBytes] = kLayouts[nType];
+    std::string sLines;
+    for (int i = 0; i < nHeight; ++i) {
+        for (int n = 0; n < nWidth * nSamples; ++n) {
+            const int nOwn = Sample(n / nSamples, nBottomUp ? nHeight - 1 - i : i, n % nSamples, nDepth);
+            const int nValue = n % nSamples == 3 && nFourth != kOwn ? nFourth : nOwn;
+            sLines.append(reinterpret_cast<const char*>(&nValue), std::size_t(nSampleBytes));
+        }
+        while (nType < 2 && sLines.size() % 4 != 0)
+            sLines += cPad;
+    }
+    return nType < 2 ? "BM" + std::string(kHeader - 2, 'h') + sLines : sLines;
+}
+
+struct HostFile
+{
+    std::FILE* pFile = std::tmpfile();
+
+    explicit HostFile(const std::string& s)
+    {
+        std::setvbuf(pFile, nullptr, _IONBF, 0);
+        std::fwrite(s.data(), 1, s.size(), pFile);
+    }
+    ~HostFile() { std::fclose(pFile); }
+    std::string Content() const
+    {
+        std::string s(1 << 17, '\0');
+        std::rewind(pFile);
+        s.resize(std::fread(s.data(), 1, s.size(), pFile));
+        return s;
+    }
+    HANDLE Handle() const { return reinterpret_cast<HANDLE>(std::intptr_t{fileno(pFile)}); }
+};
+
+/// One image through the library and out again.
+struct Transfer
+{
+    tag_E_ACSTYPE eAccess;
+    int nIn, nOut, nObjectFormat, nWidth, nHeight, nInBottomUp, nOutBottomUp, nAlpha;
+
+    template <class Pair> void Describe(void* hIn, void* hOut, T_ImgInf& in, T_ImgInf& out) const
+    {
+        Pair pair{hIn, 54, short(nIn), nWidth, nHeight, 0, hOut, 0, short(nOut), nWidth, nHeight};
+        CreateParam(&pair, nObjectFormat, nObjectFormat, &in, &out);
+        in.eAcsType = out.eAcsType = eAccess;
+    }
+
+    void Run(bool bWhole) const
+    {
+        const int nDepth = kLayouts[nIn][2];
+        const bool bOpaque = nAlpha == 1 || (nObjectFormat >> 8 & 0xF) == 3;
+        const int nFourth = bOpaque ? kOnes[kLayouts[nOut][2]] : nIn % 2 == 1 ? kOwn : kOnes[nDepth];
+        const std::string sWanted = FileOf(nOut, nDepth, nWidth, nHeight, nOutBottomUp, nFourth, '\0');
+        std::string sIn = FileOf(nIn, nDepth, nWidth, nHeight, nInBottomUp, kOwn, 'p');
+        sIn.insert(0, nIn < 2 ? "??B" : ""); // a bitmap begins where its signature is
+        std::string sOut(sWanted.size(), '\0');
+        const HostFile in(sIn), out("");
+        T_ImgInf inInf, outInf;
+        if (eAccess == ACS_MEMORY)
+            Describe<ZBT_IMAGE_ON_MEMORY>(sIn.data(), sOut.data(), inInf, outInf);
+        else
+            Describe<ZBT_IMAGE_IN_FILE>(in.Handle(), out.Handle(), inInf, outInf);
+
+        CImageObj image;
+        T_ImageLrg_tag band{};
+        ASSERT_EQ(0u, ImportImg(&image, &inInf, nInBottomUp, nullptr));
+        EXPECT_EQ(bWhole, image.IsOnMemory() == 1);
+        ASSERT_EQ(0u, image.MapBandRange(0, 0, &band, 0));
+        EXPECT_EQ(Sample(0, 0, 0, 1), int{*band.pImage}) << "the image is upside down";
+        EXPECT_EQ(0u, image.UnmapBand(0));
+        ASSERT_EQ(0u, ExportImg(&image, &outInf, nOutBottomUp, nullptr, nAlpha));
+        const std::string sGot = eAccess == ACS_MEMORY ? sOut : out.Content();
+        ASSERT_EQ(sWanted.size(), sGot.size());
+        EXPECT_EQ(0,
+                  sWanted.compare(nOut < 2 ? kHeader : 0, std::string::npos, sGot, nOut < 2 ? kHeader : 0));
+        EXPECT_EQ(nullptr, image.m_pImageCtrl);
+        EXPECT_EQ(CImageObj::ms_ReserveMemory, CImageObj::AskFreeMemory());
+    }
+};
+
+using ImportExport = BudgetTest;
+
+TEST_F(ImportExport, KeepEveryByte)
+{
+    const int paths[][3] = {{0, 0x1301, 0}, {0, 0x0401, 0}, {0, 0x0422, 2}, {1, 0x0401, 0}, {1, 0x0422, 2},
+                            {2, 0x1322, 2}, {2, 0x0422, 2}, {3, 0x1322, 2}, {3, 0x0422, 2}};
+    for (const bool bWhole : {true, false}) {
+        bWhole ? Reset() : Shrink(6000);
+        for (const auto& [nIn, nObject, nOut0] : paths)
+            for (const auto eAccess : {ACS_MMF, ACS_MEMORY, ACS_FILEIO})
+                for (int n = 0; n < 32; ++n) { // one bit each: samples out, alpha switch, line orders, width
+                    SCOPED_TRACE(testing::Message()
+                                 << nIn << ' ' << nObject << ' ' << eAccess << ' ' << n << bWhole);
+                    const int nOut = nOut0 + n / 16, nWidth = n % 2 ? 3 : 70;
+                    Transfer{eAccess, nIn, nOut, nObject, nWidth, 37, n / 2 % 2, n / 4 % 2, n / 8 % 2}.Run(
+                        bWhole);
+                    ASSERT_FALSE(HasFailure());
+                }
+    }
+}
+
+TEST_F(ImportExport, PairTheBandsOfSidesThatAreGivenDifferentHeights)
+{
+    const HostFile file("");
+    T_ImgInf inf{MM_FILE_BITMAP, ACS_FILEIO, file.Handle(), 0, 6000, 6000, 0x0401, 0x1301, 0};
+    CImageObjIO io;
+    ASSERT_EQ(0u, io.InitForUnify(&inf, IMG_OUTPUT, 0, 0, 0, MM_ALIGN_LINES, 1, 0));
+    TestImage image(Geometry(6000, 6000, 16, 0x0401, MM_ALIGN_LINES));
+    Step step({&image}, {&io});
+    ASSERT_EQ(0u, CImageObj::MemoryCalculation(&step.request, step.in.data(), step.out.data()));
+    EXPECT_EQ(1864, io.GetBandHeight());
+    EXPECT_EQ(1390, image.GetBandHeight());
+
+    CImageObj::ms_nOnMemory = 0;
+    CImageObj::InitBaseMemory(60000, 12000); // bands of 40 external lines and of 20 lines of the object
+    for (const int nBottomUp : {0, 1})
+        Transfer{ACS_FILEIO, 0, 0, 0x0401, 100, 207, 1, nBottomUp, 1}.Run(false);
+}
+
+TEST_F(ImportExport, ExportTheAskedPartOfAnObjectOfAnyGeometry)
+{
+    TestImage image(Geometry(5, 4, 1, 0x0422)); // lines of 7 pixels
+    Step step({&image}, {});
+    ASSERT_EQ(0u, step.Alloc());
+    T_ImageLrg_tag band{};
+    ASSERT_EQ(0u, image.MapBandRange(0, 3, &band, 0));
+    for (int i = 0; i < 3 * 56; ++i)
+        band.pImage[i] = static_cast<unsigned char>(i);
+    std::string sBlock(2 * 24, '\0');
+    T_ImgInf inf{MM_FILE_RAW, ACS_MEMORY, sBlock.data(), 0, 3, 2, 0x0422, 0x0422, 0};
+    ASSERT_EQ(0u, ExportImg(&image, &inf, 0, nullptr, 0));
+    for (int i = 0; i < 48; ++i)
+        EXPECT_EQ(static_cast<char>(i / 24 * 56 + i % 24), sBlock[std::size_t(i)]) << i;
+}
+
+TEST_F(ImportExport, PushEndEntriesOnSuccessOnly)
+{
+    T_LOG_STACK_tag stack[11];
+    T_LOG_STACK_tag* pNext = stack;
+    std::string sBlock(48, 'x');
+    T_ImgInf inf{MM_FILE_RAW, ACS_MEMORY, sBlock.data(), 0, 2, 3, 0x0422, 0x0422, 0};
+    CImageObj image;
+    EXPECT_EQ(0u, ImportImg(&image, &inf, 0, &pNext));
+    EXPECT_EQ(0u, ExportImg(&image, &inf, 0, &pNext, 0));
+    inf.nHeight = 1 << 30;
+    EXPECT_EQ(18u, ImportImg(&image, &inf, 0, &pNext));
+    ASSERT_EQ(stack + 10, pNext);
+    std::string sLog;
+    for (const T_LOG_STACK_tag* p = stack; p->nLogCode != 0; ++p) {
+        const std::string sSize = std::to_string(p->nLogData1) + "x" + std::to_string(p->nLogData2);
+        sLog += std::to_string(p->nLogCode) + (p->nLogCode == 50 ? "" : p->pszLogText);
+        sLog += p->nLogCode < 100 ? ", " : " " + sSize + ", ";
+    }
+    EXPECT_EQ("50, 32768[VMOX/A/_C_XXXX] 2003.08.14.0 2x3, 66, 32768 2x3, "
+              "50, 33024[VMOX/A/_C_XXXX] 2003.08.14.0 2x3, 66, 33024 2x3, "
+              "50, 32768[VMOX/A/_C_XXXX] 2003.08.14.0 2x1073741824, ",
+              sLog);
+    EXPECT_STRNE(stack[0].pszLogText, stack[4].pszLogText);
+    EXPECT_NE(stack[0].nLogData1, stack[2].nLogData1) << "the counter stands still";
+}
+
+TEST_F(ImportExport, FailWithoutLosingTrackOfTheImage)
+{
+    const auto folder = std::filesystem::temp_directory_path() / "import_export_log";
+    SetErrLogPath((folder / "").string().c_str());
+    const HostFile empty(""), noise(std::string(500, 'B')), shortFile(std::string(47, 'x'));
+    void *hEmpty = empty.Handle(), *hNoise = noise.Handle(), *hShort = shortFile.Handle();
+    void* hNone = reinterpret_cast<void*>(std::intptr_t{-1});
+    const std::tuple<const char*, bool, T_ImgInf, DWORD, bool> cases[] = {
+        {"no signature", true, {0, ACS_FILEIO, hNoise, 0, 2, 3, 0x1301, 0x0401, 0}, 49, false},
+        {"short file", true, {1, ACS_FILEIO, hShort, 0, 2, 3, 0x0422, 0x0422, 0}, 49, false},
+        {"short mapping", true, {1, ACS_MMF, hShort, 0, 2, 3, 0x0422, 0x0422, 0}, 49, false},
+        {"too large", false, {0, ACS_FILEIO, hEmpty, 0, 40000, 40000, 0x0401, 0x0401, 0}, 18, true},
+        {"beyond the object", false, {1, ACS_FILEIO, hEmpty, 0, 3, 3, 0x0422, 0x0422, 0}, 18, true},
+        {"no header", false, {0, ACS_FILEIO, hNone, 0, 2, 3, 0x0422, 0x1301, 0}, 49, true},
+        {"not to be planned", false, {1, ACS_NONE, hNone, 0, 2, 3, 0x0422, 0x0422, 0}, 33, false},
+    };
+    std::string sBlock(48, 'x');
+    T_ImgInf first{MM_FILE_RAW, ACS_MEMORY, sBlock.data(), 0, 2, 3, 0x0422, 0x0422, 0};
+    for (auto [pszCase, bImport, inf, nResult, bKept] : cases) {
+        SCOPED_TRACE(pszCase);
+        CImageObj image;
+        ASSERT_EQ(0u, ImportImg(&image, &first, 0, nullptr));
+        const void* pBlock = image.m_pImageCtrl->GetMemPtr();
+        const DWORD nGot =
+            bImport ? ImportImg(&image, &inf, 0, nullptr) : ExportImg(&image, &inf, 0, nullptr, 1);
+        EXPECT_EQ(nResult, nGot);
+        EXPECT_EQ(bKept, image.m_pImageCtrl && image.m_pImageCtrl->GetMemPtr() == pBlock);
+        Reset();
+    }
+    EXPECT_EQ("", empty.Content());
+    std::ifstream log(folder / "FileAccessErrorLog.txt");
+    const std::string sLog{std::istreambuf_iterator<char>(log), {}};
+    EXPECT_NE(std::string::npos, sLog.find("MemoryManager/CImageObjIO(189):LastError="));
+    EXPECT_NE(std::string::npos, sLog.find("MemoryManager/CImageObjIO(199):LastError="));
+    std::filesystem::remove_all(folder);
+    SetErrLogPath("..\\logdata\\");
+}
+
+TEST(CreateParam, LeavesUnknownTypesAloneAndTellsWhereABlocksPixelsWillStart)
+{
+    const int cases[][3] = {{0, 16, 54}, {1, 20, 54}, {2, 30, 0}, {3, 40, 0}, {4, 9, 7}, {-1, 9, 7}};
+    for (const auto& [nType, nLineBytes, nOffset] : cases) {
+        ZBT_IMAGE_ON_MEMORY pair{&pair, 1078, short(nType), 5, 6, 0, nullptr, 7, short(nType), 5, 8};
+        T_ImgInf in{9, ACS_NONE, nullptr, 9, 9, 9, 9, 9, 9}, out = in;
+        CreateParam(&pair, 11, 12, &in, &out);
+        EXPECT_TRUE(in.nLineBytes == nLineBytes && in.nDstFormat == 11 && in.nOffset == 1078) << nType;
+        EXPECT_TRUE(out.nLineBytes == nLineBytes && out.nSrcFormat == 12 && out.nOffset == 7) << nType;
+        EXPECT_TRUE(nLineBytes != 9 || (in.nFileType == 9 && in.nSrcFormat == 9 && out.nDstFormat == 9));
+        EXPECT_EQ(nOffset, int{pair.nOutOffset});
+    }
+}
+
+} // namespace

@@ -1,0 +1,230 @@
+// What the planner gives each image of a step, and what the budget holds afterwards.
+
+#include "TestImages.h"
+
+#include <random>
+
+using Planner = BudgetTest;
+
+namespace {
+
+T_ImageLrg_tag Lines(int nLineBytes, int nHeight, int nMargin = 0)
+{
+    return Geometry(nLineBytes, nHeight, nMargin, 0x101);
+}
+
+} // namespace
+
+TEST_F(Planner, KeepsSmallImagesWhole)
+{
+    TestImage in(Lines(8192, 1024)), out(Lines(8192, 1024));
+    Step step({&in}, {&out});
+    step.request.nMinBand = 64;
+    ASSERT_EQ(MM_SUCCESS, step.Alloc());
+    EXPECT_EQ(84 * kMiB, CImageObj::AskFreeMemory());
+    EXPECT_EQ(1024, in.m_ImgInfo.nBandLines);
+    EXPECT_EQ(ACS_MEMORY, out.m_pImageCtrl->GetAcsType());
+    EXPECT_EQ(64, CImageObj::ms_MinBand);
+    step.request.nMinBand = 8;
+    ASSERT_EQ(MM_SUCCESS, step.Alloc()) << "an image that is still held is not charged twice";
+    EXPECT_EQ(84 * kMiB, CImageObj::AskFreeMemory());
+    EXPECT_EQ(16, CImageObj::ms_MinBand);
+}
+
+TEST_F(Planner, SharesWhatIsLeft)
+{
+    const struct
+    {
+        const char* pszCase;
+        std::vector<int> inRatios;
+        int nOutRatio; // 0: no output
+        std::vector<int> bands;
+    } cases[] = {
+        {"equal ratios", {100}, 100, {500, 500}},
+        {"input at twice the ratio", {200}, 100, {667, 333}},
+        {"two inputs: one half, then half of the rest", {100, 100}, 0, {500, 250}},
+        {"one input alone", {100}, 0, {1000}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.pszCase);
+        CImageObj::InitBaseMemory(12 * kMiB, 12 * kMiB);
+        CImageObj::UpdateUseMemory(1000000 - 12 * kMiB);
+        std::vector<std::unique_ptr<TestImage>> images;
+        std::vector<CImageObj*> in, out;
+        for (int nRatio : c.inRatios) {
+            in.push_back(images.emplace_back(new TestImage(Lines(1000, 20000))).get());
+            in.back()->SetRatio(nRatio);
+        }
+        if (c.nOutRatio != 0) {
+            out.push_back(images.emplace_back(new TestImage(Lines(1000, 20000))).get());
+            out[0]->SetRatio(c.nOutRatio);
+        }
+        ASSERT_EQ(MM_SUCCESS, Step(in, out).Alloc());
+        LONG nLeft = 1000000;
+        for (std::size_t i = 0; i < images.size(); ++i) {
+            EXPECT_EQ(c.bands[i], images[i]->m_ImgInfo.nBandLines) << i;
+            EXPECT_EQ(c.bands[i] * 1000, images[i]->m_nAreaSize) << i;
+            EXPECT_EQ(ACS_MMF, images[i]->m_pImageCtrl->GetAcsType());
+            nLeft -= images[i]->m_nAreaSize;
+        }
+        EXPECT_EQ(nLeft, CImageObj::AskFreeMemory());
+    }
+}
+
+TEST_F(Planner, CapsTheOutputsBandWhenInputsAreWhole)
+{
+    TestImage in(Lines(2000, 10000)), out(Lines(10000, 20000));
+    ASSERT_EQ(MM_SUCCESS, Step({&in}, {&out}).Alloc());
+    EXPECT_EQ(20000000, in.m_nAreaSize);
+    EXPECT_EQ(2516, out.m_ImgInfo.nBandLines);
+    EXPECT_EQ(59697600, CImageObj::AskFreeMemory());
+
+    // At a tenth of the input's ratio the band is a tenth of the input's lines.
+    TestImage in2(Lines(2000, 10000)), out2(Lines(10000, 20000));
+    out2.SetRatio(10);
+    ASSERT_EQ(MM_SUCCESS, Step({&in2}, {&out2}).Alloc());
+    EXPECT_EQ(1000, out2.m_ImgInfo.nBandLines);
+
+    TestImage in3(Lines(2000, 10000)), out3(Lines(10000, 20000));
+    in3.SetRatio(0);
+    EXPECT_EQ(MM_RATIO_ZERO, Step({&in3}, {&out3}).Alloc());
+}
+
+TEST_F(Planner, BandsWhatIsLargerThanOneMapping)
+{
+    CImageObj::InitBaseMemory(400 * kMiB, 64 * kMiB);
+    TestImage in(Geometry(20480, 10240, 8, 0x101));
+    in.SetFsize(8);
+    Step step({&in}, {});
+    step.request.nMapCnt = 2;
+    ASSERT_EQ(MM_SUCCESS, step.Alloc());
+    const int nBuffer = 32 * kMiB / in.m_ImgInfo.nLineBytes;
+    EXPECT_EQ(nBuffer - 16, in.m_ImgInfo.nBandLines) << "the frame is part of the band buffer";
+    EXPECT_EQ(nBuffer * in.m_ImgInfo.nLineBytes * 2, in.m_nAreaSize);
+
+    // In memory if told so, whatever the size.
+    TestImage held(Lines(20480, 2048));
+    held.SetOnMemory();
+    ASSERT_EQ(MM_SUCCESS, Step({&held}, {}).Alloc());
+    EXPECT_EQ(1, held.IsOnMemory());
+}
+
+TEST_F(Planner, RefusesBadRequestsWithoutACharge)
+{
+    TestImage in(Lines(1000, 20000)), out(Lines(1000, 20000));
+    CImageObj bare;
+    const auto refuse = [&](Step step, DWORD nResult, const char* pszCase) {
+        EXPECT_EQ(nResult, step.Alloc()) << pszCase;
+        EXPECT_EQ(100 * kMiB, CImageObj::AskFreeMemory()) << pszCase;
+        EXPECT_EQ(0, in.m_nAreaSize) << pszCase;
+    };
+    refuse(Step({nullptr}, {&out}), MM_BAD_ARGUMENT, "no object");
+    refuse(Step({&in}, {&bare}), MM_BAD_ARGUMENT, "no store");
+    Step slots({&in}, {&out});
+    slots.request.nMapCnt = 11;
+    refuse(slots, MM_BAD_ARGUMENT, "more slots than a store has");
+    Step negative({}, {&out});
+    negative.request.nInCnt = -1;
+    refuse(negative, MM_BAD_ARGUMENT, "negative count");
+    refuse(Step({}, {&out, &out}), MM_TOO_MANY_OUTPUTS, "two outputs, no input to withhold the reserve for");
+}
+
+TEST_F(Planner, WithholdsTheReserveOnceUntilTheFirstInputGoes)
+{
+    {
+        TestImage in(Lines(1000, 20000)), out(Lines(1000, 20000));
+        Step step({&in}, {&out, &out});
+        EXPECT_EQ(MM_TOO_MANY_OUTPUTS, step.Alloc());
+        EXPECT_EQ(1, in.m_nReserveTaken);
+        EXPECT_EQ(0, CImageObj::AskFreeMemory());
+        EXPECT_EQ(MM_TOO_MANY_OUTPUTS, step.Alloc());
+        EXPECT_EQ(0, CImageObj::AskFreeMemory()) << "withheld a second time";
+
+        step.request.nOutCnt = 1;
+        EXPECT_EQ(MM_SUCCESS, step.Alloc());
+        EXPECT_EQ(16, in.m_ImgInfo.nBandLines) << "smallest bands while the reserve is withheld";
+        EXPECT_EQ(16, out.m_ImgInfo.nBandLines);
+    }
+    EXPECT_EQ(100 * kMiB, CImageObj::AskFreeMemory());
+
+    Shrink(kMiB);
+    TestImage zero(Lines(1000, 20000));
+    zero.SetRatio(0);
+    EXPECT_EQ(MM_RATIO_ZERO, Step({&zero}, {}).Alloc());
+    EXPECT_EQ(0, CImageObj::AskFreeMemory());
+}
+
+TEST_F(Planner, CarriesAnInputFromStepToStep)
+{
+    Shrink(4 * kMiB);
+    TestImage first(Lines(1000, 8000)), second(Lines(1000, 8000)), work(Lines(1000, 6000));
+    Step step({&first}, {&second}, {&work});
+    ASSERT_EQ(MM_SUCCESS, step.Alloc());
+    int in = 0, out = 0, tmp = 0, inFile = 0, outFile = 0, tmpFile = 0, inBand = 0, outBand = 0;
+    GetImageObjMemState(&step.request, step.in.data(), step.out.data(), step.tmp.data(), in, out, tmp, inFile,
+                        outFile, tmpFile, inBand, outBand);
+    EXPECT_EQ(0, in + out + tmp);
+    EXPECT_EQ(3, inFile + outFile + tmpFile);
+    EXPECT_EQ(first.m_ImgInfo.nBandLines, inBand);
+    EXPECT_EQ(second.m_ImgInfo.nBandLines, outBand);
+
+    EXPECT_EQ(MM_SUCCESS, CImageObj::MemoryRelease(&step.request, step.tmp.data()));
+    EXPECT_EQ(nullptr, work.m_pImageCtrl);
+    first.Destroy();
+    CImageObj::InitBaseMemory(100 * kMiB, 32 * kMiB);
+    CImageObj::UpdateUseMemory(-second.m_nAreaSize);
+    ASSERT_EQ(MM_SUCCESS, Step({&second}, {}).Alloc());
+    EXPECT_EQ(8000, second.m_ImgInfo.nBandLines) << "a file that fits now is mapped whole";
+    EXPECT_EQ(100 * kMiB - 8000000, CImageObj::AskFreeMemory());
+    EXPECT_EQ(1, second.m_pImageCtrl->GetAllMapFlg());
+}
+
+// Any step: charges and free budget add up to the reserve, every image can be walked line by line in its
+// bands, and the last release leaves the budget as it was.
+TEST_F(Planner, BalancesTheBudgetForAnyStep)
+{
+    std::mt19937 random(20);
+    const auto upTo = [&](int nMost) { return int(random() % unsigned(nMost + 1)); };
+    for (int nRound = 0; nRound < 60; ++nRound) {
+        SCOPED_TRACE(nRound);
+        Shrink(LONG(1 + upTo(8)) * kMiB / 4);
+        CImageObj::ms_nOnMemory = upTo(2) * 100000;
+        std::vector<std::unique_ptr<TestImage>> images;
+        Step step({}, {});
+        const auto add = [&](std::vector<CImageObj*>& list) {
+            const int nMargin = upTo(6);
+            auto& image = images.emplace_back(
+                new TestImage(Geometry(1 + upTo(400), 1 + upTo(1500), nMargin,
+                                       upTo(1) ? MM_FORMAT_RAW48 : MM_FORMAT_BGRA32, upTo(2))));
+            image->SetFsize(upTo(nMargin));
+            image->SetRatio(50 + upTo(200));
+            list.push_back(image.get());
+        };
+        for (int i = 1 + upTo(2); i > 0; --i)
+            add(step.in);
+        if (upTo(3) != 0)
+            add(step.out);
+        for (int i = upTo(2); i > 0; --i)
+            add(step.tmp);
+        step.request = {int(step.in.size()), int(step.out.size()), int(step.tmp.size()), 1 + upTo(2), 0,
+                        1 + upTo(40)};
+        ASSERT_EQ(MM_SUCCESS, step.Alloc());
+
+        LONG nCharged = 0;
+        for (const auto& image : images) {
+            nCharged += image->m_nAreaSize;
+            ASSERT_GT(image->m_nAreaSize, 0);
+            int nLine = 0;
+            for (T_ImageLrg_tag band{}; nLine < image->m_ImgInfo.nHeight; nLine = band.nBandBottom + 1) {
+                ASSERT_EQ(MM_SUCCESS, image->MapBand(nLine, &band, MM_BAND_DOWNWARD, 0));
+                ASSERT_EQ(nLine, band.nBandTop);
+                ASSERT_LE(band.nBandLines, std::max(image->m_ImgInfo.nBandLines, 1));
+                ASSERT_EQ(MM_SUCCESS, image->UnmapBand(0));
+            }
+            EXPECT_EQ(image->m_ImgInfo.nHeight, nLine);
+        }
+        EXPECT_EQ(CImageObj::ms_ReserveMemory, CImageObj::AskFreeMemory() + nCharged);
+        images.clear();
+        EXPECT_EQ(CImageObj::ms_ReserveMemory, CImageObj::AskFreeMemory());
+    }
+}

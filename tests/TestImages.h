@@ -1,0 +1,74 @@
+#pragma once
+// What several tests need: image geometries, one-image steps, and a budget of known size.
+
+#include "MemoryManager/MemoryManager.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <initializer_list>
+#include <vector>
+
+constexpr LONG kMiB = 1 << 20;
+
+inline T_ImageLrg_tag Geometry(int nWidth, int nHeight, int nMargin = 0, int nFormat = MM_FORMAT_BGRA32,
+                               int nAlign = MM_ALIGN_PACKED)
+{
+    T_ImageLrg_tag info{};
+    info.nWidth = nWidth;
+    info.nHeight = nHeight;
+    info.nMarginX = info.nMarginY = nMargin;
+    info.nFormat = nFormat;
+    info.nAlignType = nAlign;
+    info.nRatio = 100;
+    return info;
+}
+
+/// An object with a geometry, destroyed with its scope.
+class TestImage : public CImageObj
+{
+public:
+    explicit TestImage(T_ImageLrg_tag info) { EXPECT_EQ(MM_SUCCESS, SetImageInfo(&info)); }
+};
+
+/// One step's lists, kept together for the planner.
+struct Step
+{
+    std::vector<CImageObj*> in, out, tmp;
+    tag_MemAlloc request{};
+
+    Step(std::vector<CImageObj*> inputs, std::vector<CImageObj*> outputs,
+         std::vector<CImageObj*> temporaries = {})
+        : in(std::move(inputs)), out(std::move(outputs)), tmp(std::move(temporaries))
+    {
+        request.nInCnt = int(in.size());
+        request.nOutCnt = int(out.size());
+        request.nTmpCnt = int(tmp.size());
+    }
+    DWORD Alloc()
+    {
+        return CImageObj::MemoryAlloc(&request, in.data(), out.empty() ? nullptr : out.data(), tmp.data());
+    }
+};
+
+/// Starts every test with a budget of 100 MiB and gives the statics back as the library loads them.
+class BudgetTest : public testing::Test
+{
+protected:
+    BudgetTest() { Reset(); }
+    ~BudgetTest() override { Reset(); }
+
+    static void Reset()
+    {
+        CImageObj::ms_nOnMemory = 12 * kMiB;
+        CImageObj::SetUseMaxBandMemory(24);
+        CImageObj::InitBaseMemory(100 * kMiB, 32 * kMiB);
+        CImageObj::ms_MinBand = 16;
+    }
+    /// A small budget in which small images are banded too.
+    static void Shrink(LONG nReserve)
+    {
+        CImageObj::ms_nOnMemory = 0;
+        CImageObj::InitBaseMemory(nReserve, nReserve);
+    }
+};

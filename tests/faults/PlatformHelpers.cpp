@@ -1,0 +1,90 @@
+// Retries, range arithmetic, appends and the error log.
+
+#include "MemoryManager/ReportTexts.h"
+#include "StoreTest.h"
+#include <regex>
+
+using Helpers = StoreTest;
+
+TEST_F(Helpers, OnlyShortageIsRetriedAndForAMinute)
+{
+    // call that fails, asked to wait; error, failures; calls, milliseconds
+    const std::tuple<const char*, int, DWORD, int, int, DWORD> cases[] = {
+        {"MapViewOfFile", 1, 8, INT_MAX, 6000, 60000}, {"MapViewOfFile", 1, 5, INT_MAX, 1, 0},
+        {"VirtualAlloc", 1, 8, INT_MAX, 6000, 60000},  {"VirtualAlloc", 1, 8, 5999, 6000, 59990},
+        {"VirtualAlloc", 1, 87, INT_MAX, 1, 0},        {"VirtualAlloc", 0, 8, INT_MAX, 1, 0}};
+    for (const auto& [pszCall, bWait, nError, nFailures, nCalls, nTicks] : cases) {
+        faults::Begin({pszCall, 1, nFailures, nError});
+        void* pFound = *pszCall == 'V' ? AllocMemoryBlock(9, bWait) : MapViewOfFileRetry(nullptr, 4, 0, 0, 1);
+        EXPECT_TRUE(pFound != nullptr ? nFailures < INT_MAX : GetLastError() == nError) << pszCall;
+        EXPECT_EQ(std::pair(nCalls, nTicks), std::pair(faults::g_nCalls, faults::g_nTicks)) << pszCall;
+        FreeMemoryBlock(pFound);
+    }
+}
+
+TEST_F(Helpers, ViewRangesAreWholeGranulesCutAtTheEndOfTheFile)
+{
+    EXPECT_EQ(131072u, CoverRange(65535, 2, 200000).nBytes);
+    EXPECT_EQ(68928u, CoverRange(131072, 68929, 200000).nBytes);
+    EXPECT_EQ(0xFFFFu, CoverRange(0x7FFFFFF0, 0x20, 0x7FFFFFFF).nBytes);
+    EXPECT_EQ(0xFFFFFFFFu, CoverRange(0, 0xFFFFFFFF, 0xFFFFFFFF).nBytes);
+}
+
+TEST_F(Helpers, AppendsAndMappedRangesShowTheSameBytes)
+{
+    std::string sFile = std::string(12345, 'h') + Numbered(33 << 20);
+    const HANDLE hFile = OpenHost(sFile.substr(0, 12345));
+    DWORD nWritten = 0;
+    faults::Begin({"CopyToFile", 3, 1, 112});
+    EXPECT_FALSE(WriteFileByView(hFile, &sFile[12345], 33 << 20, &nWritten, kAppend, 60));
+    EXPECT_TRUE(GetLastError() == 112 && nWritten == 32u << 20) << "whole chunks only";
+    EXPECT_TRUE(WriteFileByView(hFile, &sFile[12345], 33 << 20, &nWritten, 12345, 0));
+    EXPECT_TRUE(WriteFileByView(hFile, "append", 6, &nWritten, kAppend, 101));
+    EXPECT_FALSE(WriteFileByView(hFile, "abc", 3, &nWritten, 0xFFFFFFFD, 60)) << "ends beyond 32 bits";
+    const HANDLE hMap = CreateFileMappingA(hFile, nullptr, PAGE_READWRITE, 0, 0, nullptr);
+    for (const DWORD nOffset : {65535u, 131072u, (33u << 20) + 12300}) {
+        char* pBytes = static_cast<char*>(MapFileRange(hFile, hMap, nOffset, 100000, nOffset == 131072));
+        EXPECT_EQ(0, sFile.compare(nOffset, 45, pBytes, 45));
+        if (nOffset == 131072)
+            sFile[nOffset] = *pBytes = 'w';
+        EXPECT_TRUE(UnmapView(pBytes - nOffset % 65536)) << "the view starts on its granule";
+    }
+    EXPECT_EQ(nullptr, MapFileRange(hFile, hMap, (33u << 20) + 12351, 1, 0)) << "at the end of the file";
+    EXPECT_TRUE(CloseHandle(hMap) && CloseHandle(hFile) && Take("host") == sFile + "append");
+}
+
+TEST_F(Helpers, TheLogKeepsEveryLineAndTheCountedOneOnlyTheLatest)
+{
+    ReportFileAccessError("MemoryManager/CImageCtrl", 287, 5);
+    ReportFileAccessError("MemoryManager/ImgObjUty", 7, 0xFFFFFFFF);
+    EXPECT_EQ("MemoryManager/CImageCtrl(287):LastError=5\nMemoryManager/ImgObjUty(7):LastError=-1\n",
+              Take("log"));
+    const auto here = fs::current_path();
+    fs::current_path(m_sFolder);
+    std::error_code ignored; // outside Windows, a folder of that name is the drive
+    fs::create_directory("c:", ignored);
+    ReportFileAccessError("MemoryManager/CImageCtrl", 287, 5);
+    ReportFileAccessErrorCounted("MemoryManager/CImageCtrlIO", 402, 112, 599);
+    fs::current_path(here);
+    const std::string sPattern = R"(MemoryManager/CImageCtrlIO\(402\):LastError=112,counter=599\nc:\\\n)";
+    const std::string sDrive =
+        sPattern + kTextDiskForCaller + R"(\d+\n)" + kTextDiskTotal + R"(\d+\n)" + kTextDiskFree;
+    EXPECT_TRUE(std::regex_search(Take("log"), std::regex("^" + sDrive + R"(\d+\n)")));
+    SetErrLogPath(std::string(300, 'x').c_str());
+    EXPECT_EQ(std::string(259, 'x'), GetErrLogPath());
+    SetErrLogPath("short\\path");
+    EXPECT_EQ("short\\path" + std::string(250, '\0'), std::string(GetErrLogPath(), 260));
+}
+
+TEST_F(Helpers, JapaneseTextsAreCodePage932)
+{
+    const std::pair<const char*, std::string> texts[] = {
+        {kTextDiskForCaller, "8CC482D18F6F82B591A482AA9798977082C582AB82E9836F8343836790943D00"},
+        {kTextDiskTotal, "836683428358834E915391CC82CC836F8343836790943D00"},
+        {kTextDiskFree, "836683428358834E915391CC82CC8BF382AB836F8343836790943D00"},
+        {kTextImport, "93FC97CD837483408343838B206F626A6563742095CF8AB78F88979D00"},
+        {kTextExport, "6F626A656374208F6F97CD837483408343838B95CF8AB78F88979D00"}};
+    for (const auto& [pszText, sHex] : texts)
+        for (std::size_t i = 0; i < sHex.size() / 2; ++i)
+            ASSERT_EQ(std::stoi(sHex.substr(2 * i, 2), nullptr, 16), static_cast<unsigned char>(pszText[i]));
+}

@@ -1,0 +1,94 @@
+#pragma once
+// The fixture of the store tests: host file, temporary files and error log in a folder of their own, an image
+// whose bytes tell where they belong, and a look at what is left when a test ends.
+
+#include "MemoryManager/CImageCtrlIO.h"
+#include "MemoryManager/ImgObjUty.h"
+#include "MemoryManager/PlatformHelpers.h"
+#include "Platform/Platform.h"
+#include <chrono>
+#include <climits>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+
+namespace fs = std::filesystem;
+
+inline std::string Numbered(int nBytes)
+{
+    std::string sBytes;
+    for (int i = 0; i < nBytes; ++i)
+        sBytes += static_cast<char>(i * 7 + i / 251);
+    return sBytes;
+}
+
+inline constexpr int kBytes = 299997, kBand = kBytes / 3, kHeader = 54, kWhole = kHeader + kBytes;
+inline const std::string kImage = Numbered(kBytes), kPicture = std::string(kHeader, 'h') + kImage;
+
+// Stores with their protected state in view.
+template <class Store> struct Opened : Store
+{
+    using Store::m_hMap, Store::ms_ExecuteFlg, Store::ms_TempDirctoryName;
+};
+
+class StoreTest : public testing::Test
+{
+protected:
+    StoreTest()
+    {
+        const auto nTime = std::chrono::steady_clock::now().time_since_epoch().count();
+        m_sFolder = (fs::temp_directory_path() / ("stores" + std::to_string(nTime)) / "").string();
+        fs::create_directories(m_sFolder + "temp");
+        std::strcpy(m_pszTemp, (m_sFolder + "temp/").c_str());
+        SetErrLogPath((m_sFolder + "log/").c_str());
+        faults::Begin();
+    }
+    ~StoreTest() override
+    {
+        *m_pszTemp = '\0'; // other tests find it again
+        fs::remove_all(m_sFolder);
+        EXPECT_EQ(0, faults::g_nBlocks | faults::g_nViews | faults::g_nHandles);
+    }
+    // The bytes of the files in one of the folders, one behind the other; the files are deleted.
+    std::string Take(const char* pszFolder) const
+    {
+        std::ostringstream bytes;
+        std::error_code noFolder;
+        for (const auto& file : fs::directory_iterator(m_sFolder + pszFolder, noFolder))
+            bytes << std::ifstream(file.path(), std::ios::binary).rdbuf();
+        fs::remove_all(m_sFolder + pszFolder);
+        fs::create_directory(m_sFolder + pszFolder);
+        return bytes.str();
+    }
+    HANDLE OpenHost(const std::string& sContent) const
+    {
+        const std::string sPath = m_sFolder + "host/file";
+        fs::create_directory(m_sFolder + "host");
+        std::ofstream(sPath, std::ios::binary) << sContent;
+        return CreateFileA(sPath.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                           nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    }
+    // Copies the image into the store or compares it, band by band. 69: no address.
+    static DWORD Pass(CImageCtrl& store, bool bIn)
+    {
+        DWORD nResult = 0;
+        for (int nAt = 0; nAt < kBytes && nResult == 0; nAt += kBand) {
+            void* pBand = store.MapBandAdress(static_cast<DWORD>(nAt), kBand, 0);
+            if (pBand == nullptr)
+                return 69;
+            if (auto* pExternal = dynamic_cast<CImageCtrlIO*>(&store)) {
+                EXPECT_EQ(pBand, pExternal->GetWrtBuf(nAt));
+            }
+            if (bIn)
+                kImage.copy(static_cast<char*>(pBand), kBand, static_cast<std::size_t>(nAt));
+            EXPECT_EQ(0,
+                      kImage.compare(static_cast<std::size_t>(nAt), kBand, static_cast<char*>(pBand), kBand));
+            nResult = store.FreeBandAdress(0);
+        }
+        return nResult;
+    }
+
+    char* m_pszTemp = Opened<CImageCtrl>::ms_TempDirctoryName;
+    std::string m_sFolder; // with its separator
+};

@@ -1,0 +1,19 @@
+#pragma once
+// Stands before the real header when a copy of the library is compiled for fault tests: every call that can
+// fail, and the clock, goes through the fault layer. Plain new names do no harm where other headers use an old one.
+
+#include "../../FaultLayer.h"
+
+#define VirtualAlloc FaultyVirtualAlloc
+#define VirtualFree FaultyVirtualFree
+#define CreateFileA FaultyCreateFileA
+#define ReadFile FaultyReadFile
+#define GetFileSize FaultyGetFileSize
+#define CloseHandle FaultyCloseHandle
+#define CreateFileMappingA FaultyCreateFileMappingA
+#define MapViewOfFile FaultyMapViewOfFile
+#define UnmapViewOfFile FaultyUnmapViewOfFile
+#define GetTempFileNameA FaultyGetTempFileNameA
+#define GetTickCount FaultyGetTickCount
+#define Sleep FaultySleep
+#define CopyToFile FaultyCopyToFile

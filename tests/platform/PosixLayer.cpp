@@ -1,0 +1,252 @@
+// The layer over POSIX with real files, mappings, signals, limits and processes that hold files and are
+// killed.
+
+#include "Platform/posix/PosixLayer.h"
+
+#include <array>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <gtest/gtest.h>
+#include <set>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+using namespace platform::posix;
+
+class PosixLayer : public testing::Test
+{
+protected:
+    using Names = std::set<std::string>;
+    static constexpr DWORD kShared = FILE_SHARE_READ | FILE_SHARE_WRITE, kDeleted = FILE_FLAG_DELETE_ON_CLOSE;
+    static constexpr SIZE_T kHuge = 2 << 20;
+    std::string m_sFolder = "/tmp/platformXXXXXX"; ///< of this test alone
+
+    PosixLayer() { EXPECT_NE(nullptr, mkdtemp(m_sFolder.data())); }
+    ~PosixLayer() override { std::filesystem::remove_all(m_sFolder); }
+    std::string At(const std::string& sName) const { return m_sFolder + "/" + sName; }
+    static HANDLE Open(const std::string& sPath, DWORD nShare = 0, DWORD nCreation = 2, DWORD nFlags = 0)
+    {
+        return CreateFileA(sPath.c_str(), 0xC0000000, nShare, nullptr, nCreation, nFlags, nullptr);
+    }
+    static HANDLE Map(HANDLE h, DWORD n) { return CreateFileMappingA(h, nullptr, 4, 0, n, nullptr); }
+    static BYTE* View(HANDLE h, DWORD n, SIZE_T nLen) { return (BYTE*)MapViewOfFile(h, 2, 0, n, nLen); }
+    std::string Put(const std::string& sName, const std::string& sText = "") const
+    {
+        std::filesystem::create_directories(std::filesystem::path(At(sName)).parent_path());
+        std::ofstream(At(sName)) << sText;
+        return At(sName);
+    }
+    Names Find(const std::string& sPattern) const
+    {
+        Names names;
+        WIN32_FIND_DATAA data;
+        const HANDLE hFind = FindFirstFileA((m_sFolder + "\\" + sPattern).c_str(), &data);
+        for (BOOL bMore = hFind != INVALID_HANDLE_VALUE; bMore; bMore = FindNextFileA(hFind, &data))
+            names.insert(data.cFileName);
+        return hFind != INVALID_HANDLE_VALUE && FindClose(hFind) ? names : Names{};
+    }
+    /// A process that does only this work must end well; one that exits with 77 cannot do it here.
+    static void InProcess(const std::function<void()>& work)
+    {
+        int nStatus = 0;
+        const pid_t nProcess = fork();
+        if (nProcess == 0)
+            _exit((work(), HasFailure() ? 1 : 0));
+        waitpid(nProcess, &nStatus, 0);
+        if (WIFEXITED(nStatus) && WEXITSTATUS(nStatus) == 77)
+            GTEST_SKIP() << "needs the right to mount a small file system";
+        EXPECT_EQ(0, nStatus) << "status as waitpid gives it";
+    }
+};
+
+TEST_F(PosixLayer, EveryRefusalHasItsCode)
+{
+    const std::string sFile = At("file"), sLink = At("link");
+    const HANDLE hFile = Open(sFile, kShared), hMap = Map(hFile, 200000), hNone = INVALID_HANDLE_VALUE;
+    const Descriptor appender(open(sFile.c_str(), O_RDWR | O_APPEND));
+    // clang-format off
+    const struct { const char* pszCase; DWORD nError; std::function<bool()> succeeds; } cases[] = {
+        {"a link laid for a new file", 5, [&] { return symlink("file", sLink.c_str()) != 0 || Open(sLink) != hNone; }},
+        {"new file there already", 80, [&] { return Open(sFile, 0, CREATE_NEW) != hNone; }},
+        {"unknown flag", 87, [&] { return Open(sFile, 0, CREATE_ALWAYS, 0x40000000) != hNone; }},
+        {"read the null handle", 6, [] { DWORD n; return ReadFile(nullptr, &n, 1, &n, nullptr); }},
+        {"map what only appends", 5, [&] { return Map(HandleOf(appender.Get()), 4); }},
+        {"view between granules", 1132, [&] { return View(hMap, 4096, 4); }},
+        {"view past the end", 5, [&] { return View(hMap, 65536, 200000 - 65535); }},
+        {"copy past the end", 5, [&] { return platform::CopyToFile(hFile, hMap, 199999, "ab", 2, false); }},
+        {"more memory than addresses", 8, [] { return VirtualAlloc(nullptr, SIZE_MAX, 0x3000, 4); }},
+    };
+    // clang-format on
+    for (const auto& c : cases)
+        EXPECT_TRUE(!c.succeeds() && GetLastError() == c.nError) << c.pszCase << ": " << GetLastError();
+}
+
+TEST_F(PosixLayer, SharingHoldsAgainstOtherProcessesUntilTheyAreKilled)
+{
+    const std::string sPath = At("LRG1.tmp");
+    for (const auto& [nShare, nFlags, bShares, nBytesLeft] :
+         {std::array<DWORD, 4>{0, 0, 0, kHuge}, {kShared, 0, 1, kHuge}, {0, kDeleted, 0, 0}}) {
+        const pid_t nHolder = fork();
+        if (nHolder == 0) {
+            std::memset(View(Map(Open(sPath, nShare, CREATE_ALWAYS, nFlags), kHuge), 0, 0), 1, kHuge);
+            raise(SIGSTOP);
+        }
+        waitpid(nHolder, nullptr, WUNTRACED);
+        EXPECT_EQ(bShares, static_cast<DWORD>(CloseHandle(Open(sPath, kShared, OPEN_EXISTING)))) << nFlags;
+        EXPECT_TRUE(Open(sPath, 0, OPEN_EXISTING) == INVALID_HANDLE_VALUE && GetLastError() == 32) << nFlags;
+        EXPECT_TRUE(!DeleteFileA(sPath.c_str()) && GetLastError() == 32) << "took a living process's file";
+        kill(nHolder, SIGKILL);
+        waitpid(nHolder, nullptr, 0);
+        EXPECT_TRUE(std::filesystem::file_size(sPath) == nBytesLeft && DeleteFileA(sPath.c_str())) << nFlags;
+    }
+}
+
+TEST_F(PosixLayer, TemporaryFilesKeepTheirNamesUnderCleanUpsAndLoseThemWithTheHandle)
+{
+    const std::jthread cleaner([this](const std::stop_token& end) {
+        while (!end.stop_requested())
+            for (const std::string& sName : Find("LRG*.*"))
+                DeleteFileA(At(sName).c_str());
+    });
+    for (int i = 0; i < 1500; ++i) {
+        char szName[MAX_PATH] = "";
+        GetTempFileNameA(m_sFolder.c_str(), "LRGX", 0, szName);
+        const HANDLE hFile = Open(szName, 0, CREATE_ALWAYS, kDeleted);
+        EXPECT_EQ(0, access(szName, F_OK)) << "store " << i << " lost its name";
+        EXPECT_TRUE(CloseHandle(hFile) && access(szName, F_OK) != 0) << "store " << i << " left its name";
+    }
+}
+
+TEST_F(PosixLayer, NamelessDataIsPrivateAndTakesOnlyItsOwnNameAlong)
+{
+    Put("data~", "left by a killed process");
+    InProcess([&] {
+        close(0);
+        std::filesystem::current_path(m_sFolder);
+        const HANDLE hMine = Open("mine", 0, CREATE_NEW, kDeleted),
+                     hGone = Open("gone", 0, CREATE_NEW, kDeleted);
+        const Descriptor data = OpenUnlinked("data");
+        struct stat file = {};
+        for (const int n : {DescriptorOf(hMine), DescriptorOf(Map(hMine, 1)), data.Get()})
+            EXPECT_TRUE(n > 2 && fcntl(n, F_GETFD) == FD_CLOEXEC && fstat(n, &file) == 0 &&
+                        file.st_nlink == 0);
+        EXPECT_TRUE(stat("mine", &file) == 0 && file.st_mode == (S_IFREG | 0600));
+        std::filesystem::remove("gone");
+        Put("gone", "somebody else's");
+        std::filesystem::current_path("/");
+        EXPECT_TRUE(CloseHandle(hMine) && CloseHandle(hGone));
+    });
+    EXPECT_EQ((Names{".", "..", "gone"}), Find("*"));
+}
+
+TEST_F(PosixLayer, NamesKeepDoubleBytesMatchWithoutCaseAndFitTheirBuffers)
+{
+    EXPECT_STREQ("a/\xE6\x97\xA5/b", NativePath("a\\\xE6\x97\xA5\\b").Text()) << "UTF-8";
+    EXPECT_STREQ("a/\x83\x5C\xB1/", NativePath("a\\\x83\x5C\xB1\\").Text()) << "two bytes, then one";
+    EXPECT_STREQ("\xED\xA0\x95\\", NativePath("\xED\xA0\x95\\").Text()) << "looks like UTF-8 only";
+    for (const char* pszName : {"LRG1.tmp", "lrg2", "LrGa.b.c", "xLRG.tmp"})
+        Put(pszName);
+    EXPECT_EQ((Names{"LRG1.tmp", "lrg2", "LrGa.b.c"}), Find("LRG*.*"));
+    EXPECT_EQ((Names{"LRG1.tmp", "xLRG.tmp"}), Find("*rG?*TMP"));
+    char szName[MAX_PATH];
+    const std::string sLongest = m_sFolder + std::string(259 - 15 - m_sFolder.size(), '/');
+    EXPECT_NE(0u, GetTempFileNameA(sLongest.c_str(), "LRGX", 0, szName)) << "a name of 259 characters fits";
+    EXPECT_EQ(0u, GetTempFileNameA((sLongest + "/////").c_str(), "LRG", 0, szName));
+}
+
+TEST_F(PosixLayer, ViewsCopiesAndReadsShowTheSameBytesAtEveryGranule)
+{
+    const DWORD nSize = 5 * (1 << 20) + 100;
+    const HANDLE hFile = Open(At("file")), hMap = Map(hFile, nSize);
+    for (DWORD nOffset = 0; nOffset < nSize; nOffset += 65536)
+        for (const DWORD nWanted : {100u, 65536u, 2u << 20}) {
+            const DWORD nBytes = std::min(nWanted, nSize - nOffset), nMark = nOffset + nBytes;
+            BYTE* pView = View(hMap, nOffset, nMark == nSize ? 0 : nBytes);
+            DWORD nFound = 0, nRead = 0;
+            EXPECT_TRUE(platform::CopyToFile(hFile, hMap, nMark - 4, &nMark, 4, nBytes == 100));
+            EXPECT_EQ(0, std::memcmp(pView + nBytes - 4, &nMark, 4)) << "a copy does not show in a view";
+            std::memcpy(pView, &nOffset, 4);
+            SetFilePointer(hFile, static_cast<LONG>(nOffset), nullptr, FILE_BEGIN);
+            EXPECT_TRUE(ReadFile(hFile, &nFound, 4, &nRead, nullptr) && nFound == nOffset) << nFound;
+            EXPECT_TRUE(FlushViewOfFile(pView + 50, 0) && !FlushViewOfFile(pView + 50, nBytes - 49));
+            EXPECT_TRUE(UnmapViewOfFile(pView) && !UnmapViewOfFile(pView));
+        }
+    EXPECT_TRUE(CloseHandle(hFile) && UnmapViewOfFile(View(hMap, 0, 0)) && CloseHandle(hMap));
+}
+
+TEST_F(PosixLayer, GrowthOnAFullDiskIsRefusedAndLeavesTheLength)
+{
+    InProcess([&] {
+        if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            mount("none", m_sFolder.c_str(), "tmpfs", 0, "size=100m") != 0)
+            _exit(77);
+        const HANDLE hFile = Open(At("file"));
+        EXPECT_TRUE(Map(hFile, 5000) && !Map(hFile, 160 << 20) && GetLastError() == 112) << GetLastError();
+        EXPECT_EQ(5000u, GetFileSize(hFile, nullptr)) << "the next append would leave a gap";
+        BYTE* pView = View(Map(hFile, 90 << 20), 0, 0);
+        Put("filler", std::string(20 << 20, 'f'));
+        std::memset(pView, 1, 90 << 20); // a signal here if the growth had not reserved the blocks
+    });
+}
+
+TEST_F(PosixLayer, LimitsAreErrorsAndSignalsCutNothingShort)
+{
+    const std::string sLong = Put("long", std::string(3 << 20, 'l'));
+    InProcess([&] {
+        std::signal(SIGALRM, [](int) {});
+        ualarm(1000, 1000);
+        const DWORD nBefore = GetTickCount();
+        Sleep(60);
+        EXPECT_GE(GetTickCount() - nBefore, 60u);
+        EXPECT_TRUE(Map(HandleOf(open("/dev/shm", O_TMPFILE | O_RDWR, 0600)), 50 << 20));
+        const rlimit limit = {1 << 20, 1 << 20};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        const HANDLE hFile = Open(At("file")), hLong = Open(sLong, kShared, OPEN_EXISTING);
+        EXPECT_TRUE(Map(hFile, 1 << 20) && !Map(hFile, (1 << 20) + 1) && GetLastError() == 223);
+        EXPECT_FALSE(platform::CopyToFile(hLong, Map(hLong, 0), 2 << 20, "x", 1, false));
+        EXPECT_FALSE(platform::OpenTextFile(sLong.c_str(), "a"));
+    });
+}
+
+TEST_F(PosixLayer, ThreadsFindTheirOwnBlocksAndViews)
+{
+    const HANDLE hMap = Map(Open(At("file")), 4 * 65536);
+    const auto work = [&](DWORD nThread) {
+        for (int i = 0; i < 400; ++i) {
+            const SIZE_T nBytes =
+                std::array<SIZE_T, 4>{2, kHuge - 1, kHuge, 3 * kHuge + 5000}[static_cast<SIZE_T>(i) % 4];
+            auto* pBlock = static_cast<BYTE*>(VirtualAlloc(nullptr, nBytes, 0x103000, PAGE_READWRITE));
+            EXPECT_EQ(0, pBlock[0]++ + pBlock[nBytes - 1]++);
+            EXPECT_TRUE(nBytes < kHuge || reinterpret_cast<std::uintptr_t>(pBlock) % kHuge == 0) << nBytes;
+            EXPECT_TRUE(UnmapViewOfFile(std::memset(View(hMap, nThread * 65536, 65536), i, 65536)));
+            EXPECT_TRUE(VirtualFree(pBlock, 0, MEM_RELEASE));
+        }
+    };
+    const std::jthread first(work, 1), second(work, 2);
+}
+
+TEST_F(PosixLayer, MemoryLoadIsTheFullerOfMachineAndControlGroups)
+{
+    // clang-format off
+    const struct { const char* pszName; const char* pszGroups; const char* files[6]; unsigned nLoad; } cases[] = {
+        {"above/", "0::/above/b\n", {"above/memory.max", "400000\n", "above/memory.current", "390000\n",
+            "above/memory.stat", "anon 1\ninactive_file 30000\n"}, 90},
+        {"inside/", "3:cpu:/\n9:memory:/out/side\n0::/a\n", {"memory/memory.limit_in_bytes", "500000",
+            "memory/memory.usage_in_bytes", "500000", "memory/memory.stat", "total_inactive_file 100000\n"}, 80}};
+    // clang-format on
+    for (const auto& c : cases) {
+        Put(std::string(c.pszName) + "proc/self/cgroup", c.pszGroups);
+        Put(std::string(c.pszName) + "proc/meminfo",
+            "MemTotal: 1000 kB\nMemFree: 1 kB\nMemAvailable: 400 kB\n");
+        for (int i = 0; i < 6 && c.files[i]; i += 2)
+            Put(std::string(c.pszName) + "sys/fs/cgroup/" + c.files[i], c.files[i + 1]);
+        EXPECT_EQ(c.nLoad, ReadMemoryUse(At(c.pszName).c_str()).nLoad) << c.pszName;
+    }
+}

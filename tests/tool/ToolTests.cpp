@@ -1,0 +1,304 @@
+// The program as a user meets it: what it makes, refuses, says, takes and leaves behind.
+
+#include <csignal>
+#include <filesystem>
+#include <fmt/format.h>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <random>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using std::string;
+using testing::AllOf;
+using testing::HasSubstr;
+
+// clang-format off
+/// nStatus: the exit status, or minus the number of the signal that ended the command.
+struct Outcome { int nStatus; string szOut, szErr; };
+
+struct Layout { const char* pszName; int nSamples, nBytes; };
+constexpr Layout kLayouts[] = {{"bgr24", 3, 1}, {"bgra32", 4, 1}, {"raw48", 3, 2}, {"raw64", 4, 2}};
+
+/// Samples from top to bottom and left to right.
+struct Picture { Layout layout; int nWidth, nHeight; std::vector<unsigned> samples; };
+// clang-format on
+
+/// Runs shell command lines, in which $IMGBAND is the program, in a fresh folder; "tmp" in it is for its
+/// temporary files.
+class Tool : public testing::Test
+{
+protected:
+    Tool()
+    {
+        string szFolder = (std::filesystem::temp_directory_path() / "imgband-test-XXXXXX").string();
+        m_szFolder = mkdtemp(szFolder.data());
+        std::filesystem::create_directories(m_szFolder + "/work/tmp");
+    }
+    ~Tool() override { std::filesystem::remove_all(m_szFolder); }
+
+    string At(const string& szName) const
+    {
+        return szName[0] == '/' ? szName : m_szFolder + "/work/" + szName;
+    }
+    void Save(const string& szName, const string& szBytes) const { std::ofstream(At(szName)) << szBytes; }
+    string Load(const string& szName) const
+    {
+        std::ifstream file(At(szName));
+        return string(std::istreambuf_iterator<char>(file), {});
+    }
+
+    /// Calls fnLook with the process number every millisecond until the command has ended.
+    template <class Look> Outcome Watch(const string& szCommand, Look fnLook) const
+    {
+        const string szLine = fmt::format("cd {0}/work && export TMPDIR={0}/work/tmp IMGBAND={1} && "
+                                          "exec >../out 2>../err && {2}",
+                                          m_szFolder, IMGBAND_PROGRAM, szCommand);
+        const pid_t nChild = fork();
+        if (nChild == 0) {
+            std::signal(SIGINT, SIG_DFL);
+            execl("/bin/sh", "sh", "-c", szLine.c_str(), nullptr);
+        }
+        int nState = 0;
+        for (; waitpid(nChild, &nState, WNOHANG) == 0; usleep(1000))
+            fnLook(nChild);
+        return {WIFEXITED(nState) ? WEXITSTATUS(nState) : -WTERMSIG(nState), Load("../out"), Load("../err")};
+    }
+    static void JustWait(pid_t) {}
+    Outcome Shell(const string& szCommand) const { return Watch(szCommand, JustWait); }
+    Outcome Run(const string& szArguments) const { return Shell("exec $IMGBAND " + szArguments); }
+    string Files() const { return Shell("find . ! -type d | sort | tr '\\n' ' '").szOut; }
+
+    string m_szFolder;
+};
+
+Picture RandomPicture(const Layout& layout, int nWidth, int nHeight)
+{
+    std::minstd_rand random(static_cast<unsigned>(nWidth * nHeight));
+    Picture picture{layout, nWidth, nHeight, {}};
+    picture.samples.resize(static_cast<std::size_t>(nWidth * nHeight * layout.nSamples));
+    const unsigned nMask = layout.nBytes == 1 ? 0xFF
+                           : nWidth % 2       ? 0xFFFF
+                                              : 0x1FF; // 255 is where clamping begins
+    for (unsigned& nSample : picture.samples)
+        nSample = static_cast<unsigned>(random() >> 8) & nMask;
+    return picture;
+}
+
+void Put(string& szBytes, unsigned nValue, int nBytes)
+{
+    for (int i = 0; i < nBytes; ++i)
+        szBytes.push_back(static_cast<char>(nValue >> 8 * i));
+}
+
+/// The file that holds the picture.
+string Encode(const Picture& in, bool bTopDown = false)
+{
+    const int nUsed = in.nWidth * in.layout.nSamples * in.layout.nBytes;
+    const bool bBitmap = in.layout.nBytes == 1;
+    const int nPad = bBitmap ? (4 - nUsed % 4) % 4 : 0, nImage = (nUsed + nPad) * in.nHeight;
+    string szBytes = bBitmap ? "BM" : "";
+    if (bBitmap)
+        for (const int nField : {54 + nImage, 0, 54, 40, in.nWidth, bTopDown ? -in.nHeight : in.nHeight,
+                                 1 | 8 * in.layout.nSamples << 16, 0, nImage, 0, 0, 0, 0})
+            Put(szBytes, static_cast<unsigned>(nField), 4);
+    const int nLine = in.nWidth * in.layout.nSamples;
+    for (int i = 0; i < in.nHeight; ++i) {
+        const int nFirst = nLine * (bBitmap && !bTopDown ? in.nHeight - 1 - i : i);
+        for (int k = 0; k < nLine; ++k)
+            Put(szBytes, in.samples[static_cast<std::size_t>(nFirst + k)], in.layout.nBytes);
+        Put(szBytes, 0, nPad);
+    }
+    return szBytes;
+}
+
+Picture Expected(const Picture& in, const Layout& to, bool bTurn, bool bFullRange, bool bKeepAlpha)
+{
+    Picture out{to, in.nWidth, in.nHeight, {}};
+    for (int i = 0, nPixels = in.nWidth * in.nHeight; i < nPixels; ++i)
+        for (int k = 0; k < to.nSamples; ++k) {
+            const int nFrom = (bTurn ? nPixels - 1 - i : i) * in.layout.nSamples + k;
+            unsigned n = in.samples[static_cast<std::size_t>(nFrom) % in.samples.size()];
+            if (in.layout.nBytes < to.nBytes)
+                n = bFullRange ? n * 257 : n;
+            else if (in.layout.nBytes > to.nBytes)
+                n = bFullRange ? (n + 128) / 257 : std::min(n, 255u);
+            const bool bOpaque = k == 3 && (in.layout.nSamples == 3 || !bKeepAlpha);
+            out.samples.push_back(bOpaque ? (1u << 8 * to.nBytes) - 1 : n);
+        }
+    return out;
+}
+
+TEST_F(Tool, ConvertsEveryFormatInEveryWay)
+{
+    const std::pair<int, int> sizes[] = {{1, 1}, {3, 5}, {2, 7}, {33, 19}, {16, 4}};
+    const char* accesses[] = {"file", "memory", "mmap"};
+    for (std::size_t i = 0; i < 4 * 4 * 8 * 3; ++i) {
+        // Four cases with 16-bit samples do not fit the budget.
+        const auto [nWidth, nHeight] = i % 101 == 34 ? std::pair(1501, 1103) : sizes[i % 5];
+        const bool bTurn = i / 4 % 2 == 1, bFullRange = i / 8 % 2 == 1, bKeepAlpha = i / 16 % 2 == 1;
+        const Picture in = RandomPicture(kLayouts[i % 4], nWidth, nHeight);
+        const Layout& to = kLayouts[i / 32 % 4];
+        const string szArguments =
+            fmt::format("convert in out --quiet --budget 12M --from {} --size {}x{} --to {} {} --range {} "
+                        "--alpha {} --access {}",
+                        in.layout.pszName, nWidth, nHeight, to.pszName, bTurn ? "--turn" : "",
+                        bFullRange ? "full" : "keep", bKeepAlpha ? "keep" : "opaque", accesses[i / 128]);
+        SCOPED_TRACE(szArguments);
+        Save("in", Encode(in, nWidth % 2 == 1));
+        EXPECT_EQ("0", Shell("$IMGBAND " + szArguments + " 2>&1; echo -n $?").szOut);
+        EXPECT_TRUE(Load("out") == Encode(Expected(in, to, bTurn, bFullRange, bKeepAlpha))) << "other bytes";
+    }
+}
+
+TEST_F(Tool, ConvertsInPlaceAndThroughALink)
+{
+    const Picture picture = RandomPicture(kLayouts[0], 5, 4);
+    Save("a.bmp", Encode(picture));
+    EXPECT_EQ("640",
+              Shell("chmod 640 a.bmp; ln -s a.bmp b.bmp; $IMGBAND convert a.bmp a.bmp --turn && $IMGBAND "
+                    "convert b.bmp b.bmp --to raw48 --access mmap && test -L b.bmp && stat -Lc %a b.bmp")
+                  .szOut.substr(0, 3));
+    EXPECT_TRUE(Load("a.bmp") == Encode(Expected(picture, kLayouts[2], true, true, true)));
+}
+
+TEST_F(Tool, ExchangesPicturesWithAnIndependentProgram)
+{
+    if (access("/usr/bin/convert", X_OK) != 0)
+        GTEST_SKIP() << "ImageMagick is not installed";
+    string szPpm = "P6\n33 19\n255\n";
+    for (const unsigned nSample : RandomPicture(kLayouts[0], 33, 19).samples)
+        Put(szPpm, nSample, 1);
+    Save("in.ppm", szPpm);
+    const Outcome outcome = Shell(
+        "convert in.ppm BMP3:a.bmp && $IMGBAND convert a.bmp b.raw && $IMGBAND convert b.raw c.bmp --from "
+        "raw48 "
+        "--size 33x19 --to bgra32 && convert -size 33x19 -depth 16 -endian LSB bgr:b.raw -depth 8 b.ppm && "
+        "convert c.bmp -alpha off c.ppm && cmp in.ppm b.ppm && cmp in.ppm c.ppm");
+    EXPECT_EQ(0, outcome.nStatus) << outcome.szOut << outcome.szErr;
+}
+
+TEST_F(Tool, MakesTheSamePictureAgainAndTellsWhatItIs)
+{
+    for (const string szPattern : {"photo", "gradient", "noise"}) {
+        const Outcome outcome =
+            Shell("make=\"$IMGBAND make --size 61x47 --pattern " + szPattern +
+                  "\"; $make a.bmp && "
+                  "$make b.raw --access mmap && $make c.bmp --seed 2 --access memory && $IMGBAND convert "
+                  "b.raw b.bmp "
+                  "--from raw48 --size 61x47 --to bgr24 && cmp a.bmp b.bmp && ! cmp a.bmp c.bmp");
+        EXPECT_EQ(0, outcome.nStatus) << szPattern;
+    }
+    EXPECT_EQ("bgr24", nlohmann::json::parse(Run("info a.bmp --json").szOut).at("format"));
+}
+
+TEST_F(Tool, RefusesBadBitmaps)
+{
+    // clang-format off
+    const struct { const char* pszWords; std::size_t nAt; unsigned nValue; int nBytes; } cases[] = {
+        {"is not a bitmap", 0, 'X', 1},   {"OS/2", 14, 12, 4},              {"unknown bitmap header", 14, 41, 4},
+        {"inside the header", 10, 53, 4}, {"promises", 10, 0xFFFFFFFF, 4},  {"promises", 10, 55, 4},
+        {"impossible size", 18, 0, 4},    {"impossible", 18, 1u << 31, 4},  {"promises", 18, 0x7FFFFFFF, 4},
+        {"impossible size", 22, 0, 4},    {"impossible", 22, 1u << 31, 4},  {"promises", 22, 0xFFFFFFFB, 4},
+        {"2 planes", 26, 2, 2},           {"palette", 28, 8, 2},            {"16-bit", 28, 16, 2},
+        {"48 bits", 28, 48, 2},           {"run-length", 30, 1, 4},         {"bit-field", 30, 3, 4},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.pszWords << ": " << c.nValue << " at " << c.nAt);
+        string szBytes = Encode(RandomPicture(kLayouts[0], 5, 4)), szPatch;
+        Put(szPatch, c.nValue, c.nBytes);
+        Save("bad.bmp", szBytes.replace(c.nAt, szPatch.size(), szPatch));
+        const Outcome outcome = Run("convert bad.bmp out.bmp");
+        EXPECT_EQ(3, outcome.nStatus);
+        EXPECT_THAT(outcome.szErr, AllOf(HasSubstr("imgband: bad.bmp: "), HasSubstr(c.pszWords)));
+    }
+    EXPECT_EQ("./bad.bmp ", Files());
+}
+
+TEST_F(Tool, RefusesWrongCommandLinesAndFiles)
+{
+    // clang-format off
+    const struct { int nStatus; const char* pszArguments; const char* pszWords; } cases[] = {
+        {2, "", "subcommand"},                                 {2, "convert a.bmp", "OUT"},
+        {2, "convert a.bmp b.bmp --to bgr8", "bgr8"},          {2, "convert a.bmp b.bmp --budget 2G", "2G"},
+        {2, "convert a.bmp b.bmp --band-cap 1500K", "MiB"},    {2, "info a.bmp --quiet --verbose", "verbose"},
+        {2, "convert a.bmp b", "--to"},                        {2, "convert - b.bmp", "not supported"},
+        {2, "convert a.raw b.bmp --from raw48", "--size"},     {2, "make b.bmp --size 30000x30000", "2 GiB"},
+        {3, "info a.raw --from raw48 --size 5x3", "take 90"},  {3, "info a.raw --from raw64 --size 5x5", "take 200"},
+        {3, "convert none.bmp b.bmp", "No such file"},         {3, "convert a.bmp b.bmp --from bgra32", "bgr24"},
+        {4, "convert a.bmp none/b.bmp", "none/b.bmp"},         {4, "convert a.bmp tmp --to bgr24", "not a regular"},
+        {4, "convert a.bmp /dev/null --to bgr24", "regular"},  {4, "make b.bmp --size 2x2 --temp-dir none", "--temp"},
+    };
+    // clang-format on
+    Save("a.bmp", Encode(RandomPicture(kLayouts[0], 5, 4)));
+    Save("a.raw", Encode(RandomPicture(kLayouts[2], 5, 4)));
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.pszArguments);
+        const Outcome outcome = Run(c.pszArguments + string(" --json"));
+        EXPECT_EQ(c.nStatus, outcome.nStatus);
+        EXPECT_THAT(outcome.szErr, HasSubstr(c.pszWords));
+        const auto json = nlohmann::json::parse(outcome.szOut);
+        EXPECT_EQ(outcome.szErr, "imgband: " + json.at("error").at("message").get<string>() + "\n");
+        EXPECT_EQ(c.nStatus, json.at("exit_status"));
+    }
+    EXPECT_EQ("./a.bmp ./a.raw ", Files());
+}
+
+// The output has 10 MB, the temporary file 14 MB: the second limit lets only the output through.
+TEST_F(Tool, EndsWithASentenceWhereThereIsNoRoom)
+{
+    for (const auto& [nBlocks, pszWords] : {std::pair(1000, "big.bmp: "), {22000, "system error 223"}}) {
+        const Outcome outcome =
+            Shell(fmt::format("ulimit -f {}; $IMGBAND make big.bmp --size 1501x2303 --budget 12M", nBlocks));
+        EXPECT_EQ(4, outcome.nStatus);
+        EXPECT_THAT(outcome.szErr, AllOf(HasSubstr(pszWords), HasSubstr("ulimit -f"), HasSubstr("; try "),
+                                         HasSubstr(fmt::format("available {}", 512 * nBlocks))));
+        EXPECT_EQ("", Files());
+    }
+}
+
+TEST_F(Tool, LeavesNothingAfterASignal)
+{
+    for (const auto& [nSignal, nStatus] : {std::pair(SIGTERM, 143), {SIGINT, 130}, {SIGKILL, -SIGKILL}}) {
+        const auto fnSend = [this, nNumber = nSignal](pid_t nChild) {
+            if (!std::filesystem::is_empty(At("tmp"))) // the output's file is older
+                kill(nChild, nNumber);
+        };
+        EXPECT_EQ(nStatus, Watch("exec $IMGBAND make a.bmp --size 9000x9000 --budget 12M", fnSend).nStatus);
+        EXPECT_EQ("", Shell("find tmp -type f -size +0").szOut) << "bytes are left in the temporary folder";
+        EXPECT_EQ("", nSignal == SIGKILL ? "" : Files());
+    }
+    EXPECT_EQ("", Shell("$IMGBAND make a.bmp --size 2x2; ls tmp").szOut) << "the next run does not clean up";
+}
+
+// Private memory as the kernel sees it, not as the program tells it.
+TEST_F(Tool, StaysInsideTheBudget)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "a sanitizer's own memory would be counted";
+#endif
+    EXPECT_EQ(0, Run("make a.bmp --size 4000x4000 --pattern gradient").nStatus);
+    for (const auto& [nMiB, szTo] :
+         {std::pair(12, "bgra32 --turn"), {16, "raw48 --range keep"}, {64, "raw64"}}) {
+        int nPeak = 0;
+        const auto fnLook = [&nPeak, this](pid_t nChild) {
+            const string szStatus = Load(fmt::format("/proc/{}/status", nChild));
+            const std::size_t nField = szStatus.find("RssAnon:");
+            if (szStatus.starts_with("Name:\timgband") && nField != string::npos)
+                nPeak = std::max(nPeak, std::atoi(szStatus.c_str() + nField + 8) >> 10);
+        };
+        EXPECT_EQ(0,
+                  Watch(fmt::format("exec $IMGBAND convert a.bmp b --budget {}M --to {}", nMiB, szTo), fnLook)
+                      .nStatus);
+        EXPECT_GT(nPeak, 3) << "the bands were not seen";
+        EXPECT_LE(nPeak, nMiB + 24);
+    }
+}
+
+} // namespace

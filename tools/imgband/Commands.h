@@ -1,0 +1,9 @@
+#pragma once
+// The subcommands. Each does its whole job, fills the report, or throws Failure.
+
+#include "Options.h"
+#include "Report.h"
+
+void RunMake(const Options& options, Report& report);
+void RunInfo(const Options& options, Report& report);
+void RunConvert(const Options& options, Report& report);

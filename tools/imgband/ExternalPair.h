@@ -1,0 +1,42 @@
+#pragma once
+// The external pictures of one run as the library is told of them.
+
+#include "InputFile.h"
+#include "OutputFile.h"
+
+#include <memory>
+
+/// Object formats on the two sides of a run: what the import makes, and what the export is given.
+struct ObjectFormats
+{
+    int nInput;
+    int nOutput;
+};
+
+/// Describes input and output to the library. With memory access it holds both pictures in blocks of its own,
+/// which is memory beside the budget.
+class ExternalPair
+{
+public:
+    /// @param pInput  null when nothing is read
+    ExternalPair(Access eAccess, const InputFile* pInput, OutputFile& output, Format eTo, ImageSize size,
+                 ObjectFormats objects);
+
+    T_ImgInf& Input() { return m_inputInf; }
+    T_ImgInf& Output() { return m_outputInf; }
+
+    /// Writes the output's block to the file; nothing to do for the other access types.
+    void DeliverOutput();
+
+private:
+    template <class Pair>
+    void Describe(Pair& pair, const InputFile* pInput, ImageSize size, ObjectFormats objects);
+
+    OutputFile& m_output;
+    Format m_eTo;
+    std::unique_ptr<unsigned char[]> m_pInputBlock;
+    std::unique_ptr<unsigned char[]> m_pOutputBlock;
+    std::int64_t m_nOutputBytes;
+    T_ImgInf m_inputInf = {};
+    T_ImgInf m_outputInf = {};
+};

@@ -1,0 +1,85 @@
+// Names, endings and sizes of the picture formats.
+
+#include "Formats.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+
+namespace {
+
+struct FormatFacts
+{
+    const char* pszName;
+    int nSamples;
+    int nSampleBytes;
+};
+
+constexpr FormatFacts kFacts[] = {{"bgr24", 3, 1}, {"bgra32", 4, 1}, {"raw48", 3, 2}, {"raw64", 4, 2}};
+
+const FormatFacts& FactsOf(Format eFormat)
+{
+    return kFacts[static_cast<int>(eFormat)];
+}
+
+} // namespace
+
+const char* FormatName(Format eFormat)
+{
+    return FactsOf(eFormat).pszName;
+}
+
+std::optional<Format> FormatFromName(std::string_view szName)
+{
+    for (const Format eFormat : {Format::Bgr24, Format::Bgra32, Format::Raw48, Format::Raw64})
+        if (szName == FormatName(eFormat))
+            return eFormat;
+    return std::nullopt;
+}
+
+std::optional<Format> FormatFromEnding(const std::string& szPath, int nSamples)
+{
+    std::string szEnding = std::filesystem::path(szPath).extension().string();
+    std::transform(szEnding.begin(), szEnding.end(), szEnding.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    if (szEnding == ".bmp" || szEnding == ".dib")
+        return nSamples == 4 ? Format::Bgra32 : Format::Bgr24;
+    if (szEnding == ".raw")
+        return nSamples == 4 ? Format::Raw64 : Format::Raw48;
+    return std::nullopt;
+}
+
+bool IsBitmap(Format eFormat)
+{
+    return SampleBytes(eFormat) == 1;
+}
+
+int SampleCount(Format eFormat)
+{
+    return FactsOf(eFormat).nSamples;
+}
+
+int SampleBytes(Format eFormat)
+{
+    return FactsOf(eFormat).nSampleBytes;
+}
+
+std::int64_t LineBytes(Format eFormat, int nWidth)
+{
+    const std::int64_t nBytes = std::int64_t{nWidth} * SampleCount(eFormat) * SampleBytes(eFormat);
+    return IsBitmap(eFormat) ? (nBytes + 3) / 4 * 4 : nBytes;
+}
+
+std::int64_t FileBytes(Format eFormat, ImageSize size)
+{
+    // A line has at most 2^34 bytes and there are at most 2^31 of them: the product can pass 63 bits.
+    const std::int64_t nLine = LineBytes(eFormat, size.nWidth);
+    if (nLine > (INT64_MAX - kBitmapHeaderBytes) / size.nHeight)
+        return INT64_MAX;
+    return nLine * size.nHeight + (IsBitmap(eFormat) ? kBitmapHeaderBytes : 0);
+}
+
+int ObjectFormat(int nSampleBytes)
+{
+    return nSampleBytes == 1 ? MM_FORMAT_BGRA32 : MM_FORMAT_RAW64;
+}

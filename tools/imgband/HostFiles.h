@@ -1,0 +1,84 @@
+#pragma once
+// All that the tool asks of the operating system beyond the standard library.
+//
+// Failures of files are thrown as std::system_error. One thread uses this, except where told otherwise.
+
+#include "Platform/PlatformTypes.h"
+
+#include <cstdint>
+#include <functional>
+#include <stop_token>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace host {
+
+/// Readies the process before any file is opened: no file can get the number that means "none", and a
+/// file-size limit or a closed pipe is an error to report instead of the program's end.
+void PrepareProcess();
+
+/// From here on an interrupt removes the provisional file and starts the program again in place of this run,
+/// with these arguments behind the exit status, so that the new run cleans up what this one held.
+void RestartOnInterrupt(const std::string& szCommand, const std::vector<std::string>& arguments);
+
+/// An open file, closed by its destructor.
+class File
+{
+public:
+    /// @param bAlsoWrite  also open for writing, which views of the file need
+    static File OpenForReading(const std::string& szPath, bool bAlsoWrite);
+
+    /// Creates an empty file of a new name in a folder, open for reading and writing, and gives its path. It
+    /// vanishes on an interrupt until it is published or discarded. One at a time.
+    static File CreateProvisional(const std::string& szFolder, std::string& szPath);
+
+    File(File&& other) noexcept;
+    File& operator=(File&&) = delete;
+    ~File();
+
+    /// For the library, which never closes it, except after a failed mapping.
+    HANDLE Handle() const;
+
+    std::int64_t Size() const;
+
+    /// Reads nBytes from nOffset on; fewer only at the end of the file.
+    std::size_t ReadAt(std::int64_t nOffset, void* pBuffer, std::size_t nBytes) const;
+
+    void Append(const void* pData, std::size_t nBytes);
+
+    /// Has the file's bytes on the disk when it returns.
+    void Flush();
+    void Close();
+
+private:
+    explicit File(int nFile) : m_nFile(nFile) {}
+
+    int m_nFile;
+};
+
+/// Gives a provisional file, closed and flushed, its final name; a file that has the name is replaced.
+void Publish(const std::string& szProvisional, const std::string& szTarget);
+
+/// Removes a provisional file.
+void Discard(const std::string& szProvisional) noexcept;
+
+bool MayWrite(const std::string& szPath);
+
+/// Largest number of bytes that a file of this process may have.
+std::uintmax_t FileSizeLimit();
+
+/// The folder of the library's temporary files; SetTemporaryFolder changes it before the library is used.
+std::string TemporaryFolder();
+void SetTemporaryFolder(const std::string& szFolder);
+
+/// A file name that nobody can foresee, with this beginning.
+std::string UnusedName(const std::string& szBeginning);
+
+/// Starts a thread that interrupts never reach, so that they stay the main thread's.
+std::jthread StartWatcher(std::function<void(std::stop_token)> fnWatch);
+
+/// Bytes of private (anonymous) memory that the process has resident now; below 0 when unknown. Any thread.
+std::int64_t PrivateBytes() noexcept;
+
+} // namespace host

@@ -1,0 +1,283 @@
+// The operating system's side of the tool on POSIX systems.
+
+#include "HostFiles.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <random>
+#include <system_error>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace host {
+namespace {
+
+constexpr int kInterrupts[] = {SIGHUP, SIGINT, SIGTERM};
+constexpr std::size_t kMostArguments = 8;
+
+// What the interrupt handler uses. Everything here is complete before the handler can see it.
+std::string g_szProvisional;
+std::vector<std::string> g_arguments; // program, command, status, further arguments
+std::array<char*, kMostArguments + 1> g_argv;
+char g_szStatus[4];
+
+[[noreturn]] void ThrowLastError(const char* pszCall)
+{
+    throw std::system_error(errno, std::system_category(), pszCall);
+}
+
+sigset_t InterruptSet()
+{
+    sigset_t set;
+    sigemptyset(&set);
+    for (const int nSignal : kInterrupts)
+        sigaddset(&set, nSignal);
+    return set;
+}
+
+/// Interrupts wait for the end of the scope, so that the handler never sees half a change.
+class InterruptsHeld
+{
+public:
+    InterruptsHeld()
+    {
+        const sigset_t set = InterruptSet();
+        pthread_sigmask(SIG_BLOCK, &set, &m_before);
+    }
+    ~InterruptsHeld() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
+    InterruptsHeld(const InterruptsHeld&) = delete;
+    InterruptsHeld& operator=(const InterruptsHeld&) = delete;
+
+private:
+    sigset_t m_before;
+};
+
+// Only calls that are allowed in a handler. The locks and data of the library's temporary files end with
+// this program's image; their empty names are what the new image cleans up.
+void OnInterrupt(int nSignal)
+{
+    if (!g_szProvisional.empty())
+        unlink(g_szProvisional.c_str());
+    const int nStatus = 128 + nSignal;
+    g_szStatus[0] = static_cast<char>('0' + nStatus / 100);
+    g_szStatus[1] = static_cast<char>('0' + nStatus / 10 % 10);
+    g_szStatus[2] = static_cast<char>('0' + nStatus % 10);
+    execv("/proc/self/exe", g_argv.data());
+    _exit(nStatus);
+}
+
+void SyncFolderOf(const std::string& szPath)
+{
+    const std::string szFolder = std::filesystem::path(szPath).parent_path().string();
+    const int nFolder = open(szFolder.empty() ? "." : szFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (nFolder < 0)
+        return;
+    fsync(nFolder); // best effort: the file is complete under its name whatever this says
+    close(nFolder);
+}
+
+} // namespace
+
+void PrepareProcess()
+{
+    int nFile;
+    do
+        nFile = open("/dev/null", O_RDWR);
+    while (nFile >= 0 && nFile <= 2);
+    if (nFile > 2)
+        close(nFile);
+    std::signal(SIGXFSZ, SIG_IGN);
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+void RestartOnInterrupt(const std::string& szCommand, const std::vector<std::string>& arguments)
+{
+    const InterruptsHeld held;
+    g_arguments = {"imgband", szCommand, ""};
+    g_arguments.insert(g_arguments.end(), arguments.begin(), arguments.end());
+    g_argv.fill(nullptr);
+    for (std::size_t i = 0; i < std::min(g_arguments.size(), kMostArguments); ++i)
+        g_argv[i] = g_arguments[i].data();
+    g_argv[2] = g_szStatus;
+
+    struct sigaction action = {};
+    action.sa_handler = OnInterrupt;
+    action.sa_mask = InterruptSet();
+    for (const int nSignal : kInterrupts) {
+        struct sigaction before = {};
+        sigaction(nSignal, nullptr, &before);
+        if (before.sa_handler != SIG_IGN) // whoever started us wants it ignored: nohup, a background job
+            sigaction(nSignal, &action, nullptr);
+    }
+}
+
+File File::OpenForReading(const std::string& szPath, bool bAlsoWrite)
+{
+    // A named pipe without a writer would make the call wait for one.
+    const int nFile = open(szPath.c_str(), (bAlsoWrite ? O_RDWR : O_RDONLY) | O_CLOEXEC | O_NONBLOCK);
+    if (nFile < 0)
+        ThrowLastError("open");
+    return File(nFile);
+}
+
+File File::CreateProvisional(const std::string& szFolder, std::string& szPath)
+{
+    const InterruptsHeld held;
+    int nFile;
+    do {
+        szPath = szFolder + "/" + UnusedName(".imgband-");
+        nFile = open(szPath.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    } while (nFile < 0 && errno == EEXIST);
+    if (nFile < 0)
+        ThrowLastError("create");
+    g_szProvisional = szPath;
+    return File(nFile);
+}
+
+File::File(File&& other) noexcept : m_nFile(std::exchange(other.m_nFile, -1)) {}
+
+File::~File()
+{
+    if (m_nFile >= 0)
+        close(m_nFile);
+}
+
+HANDLE File::Handle() const
+{
+    return reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(m_nFile));
+}
+
+std::int64_t File::Size() const
+{
+    struct stat status = {};
+    if (fstat(m_nFile, &status) != 0)
+        ThrowLastError("fstat");
+    return status.st_size;
+}
+
+std::size_t File::ReadAt(std::int64_t nOffset, void* pBuffer, std::size_t nBytes) const
+{
+    std::size_t nDone = 0;
+    while (nDone < nBytes) {
+        const ssize_t nRead = pread(m_nFile, static_cast<char*>(pBuffer) + nDone, nBytes - nDone,
+                                    static_cast<off_t>(nOffset) + static_cast<off_t>(nDone));
+        if (nRead < 0 && errno == EINTR)
+            continue;
+        if (nRead < 0)
+            ThrowLastError("read");
+        if (nRead == 0)
+            break;
+        nDone += static_cast<std::size_t>(nRead);
+    }
+    return nDone;
+}
+
+void File::Append(const void* pData, std::size_t nBytes)
+{
+    const char* pRest = static_cast<const char*>(pData);
+    while (nBytes > 0) {
+        const ssize_t nWritten = write(m_nFile, pRest, nBytes);
+        if (nWritten < 0 && errno == EINTR)
+            continue;
+        if (nWritten < 0)
+            ThrowLastError("write");
+        pRest += nWritten;
+        nBytes -= static_cast<std::size_t>(nWritten);
+    }
+}
+
+void File::Flush()
+{
+    int nResult;
+    do
+        nResult = fsync(m_nFile);
+    while (nResult != 0 && errno == EINTR);
+    if (nResult != 0 && errno != EINVAL) // a file system without flushing
+        ThrowLastError("fsync");
+}
+
+void File::Close()
+{
+    if (close(std::exchange(m_nFile, -1)) != 0 && errno != EINTR)
+        ThrowLastError("close");
+}
+
+void Publish(const std::string& szProvisional, const std::string& szTarget)
+{
+    const InterruptsHeld held;
+    if (std::rename(szProvisional.c_str(), szTarget.c_str()) != 0)
+        ThrowLastError("rename");
+    g_szProvisional.clear();
+    SyncFolderOf(szTarget);
+}
+
+void Discard(const std::string& szProvisional) noexcept
+{
+    const InterruptsHeld held;
+    unlink(szProvisional.c_str());
+    g_szProvisional.clear();
+}
+
+bool MayWrite(const std::string& szPath)
+{
+    return access(szPath.c_str(), W_OK) == 0;
+}
+
+std::uintmax_t FileSizeLimit()
+{
+    rlimit limit = {};
+    return getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY ? limit.rlim_cur
+                                                                                   : UINTMAX_MAX;
+}
+
+std::string TemporaryFolder()
+{
+    const char* pszFolder = std::getenv("TMPDIR");
+    return pszFolder && *pszFolder ? pszFolder : "/tmp";
+}
+
+void SetTemporaryFolder(const std::string& szFolder)
+{
+    setenv("TMPDIR", szFolder.c_str(), 1);
+}
+
+std::string UnusedName(const std::string& szBeginning)
+{
+    std::random_device device;
+    char szNumber[20];
+    std::snprintf(szNumber, sizeof szNumber, "%08x%08x", device(), device());
+    return szBeginning + szNumber;
+}
+
+std::jthread StartWatcher(std::function<void(std::stop_token)> fnWatch)
+{
+    const InterruptsHeld held; // a thread begins with the mask of its maker
+    return std::jthread(std::move(fnWatch));
+}
+
+std::int64_t PrivateBytes() noexcept
+{
+    char szStatus[4096];
+    const int nFile = open("/proc/self/status", O_RDONLY | O_CLOEXEC);
+    if (nFile < 0)
+        return -1;
+    const ssize_t nRead = read(nFile, szStatus, sizeof szStatus - 1);
+    close(nFile);
+    if (nRead <= 0)
+        return -1;
+    szStatus[nRead] = 0;
+    const char* pszField = std::strstr(szStatus, "RssAnon:");
+    return pszField ? std::int64_t{1024} * std::atoll(pszField + 8) : -1;
+}
+
+} // namespace host

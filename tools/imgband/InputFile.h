@@ -1,0 +1,27 @@
+#pragma once
+// The picture file that a command reads.
+
+#include "BitmapHeader.h"
+#include "HostFiles.h"
+#include "Options.h"
+
+/// An open input whose header was read and found true. Throws Failure (BadInput, WrongCommandLine).
+class InputFile
+{
+public:
+    explicit InputFile(const Options& options);
+
+    const PictureFacts& Facts() const { return m_facts; }
+    const std::string& Path() const { return m_szPath; }
+    HANDLE Handle() const { return m_file.Handle(); }
+
+    /// Fills a block with the first nBytes of the file.
+    void ReadWhole(unsigned char* pBlock, std::size_t nBytes) const;
+
+private:
+    PictureFacts Identify(const Options& options) const;
+
+    std::string m_szPath;
+    host::File m_file;
+    PictureFacts m_facts;
+};

@@ -1,0 +1,147 @@
+// One run's use of the library: set-up and results.
+
+#include "Library.h"
+
+#include "HostFiles.h"
+#include "MemoryManager/MemoryManager.h"
+
+#include <filesystem>
+#include <fmt/format.h>
+
+namespace {
+
+std::string ChooseTemporaryFolder(const Options& options)
+{
+    if (!options.szTempDir.empty())
+        host::SetTemporaryFolder(options.szTempDir);
+    const std::string szFolder = host::TemporaryFolder();
+    std::error_code error;
+    if (!std::filesystem::is_directory(szFolder, error))
+        throw Failure(ExitStatus::NoRoom, szFolder, "there is no such folder for temporary files",
+                      "--temp-dir DIR");
+    return szFolder;
+}
+
+ExitStatus StatusOfSystemError(std::optional<int> nError)
+{
+    if (!nError)
+        return ExitStatus::NoRoom; // what kept the library from its log kept it from the file
+    switch (*nError) {
+    case 2:   // file not found
+    case 3:   // path not found
+    case 5:   // access denied
+    case 80:  // file exists
+    case 112: // disk full
+    case 206: // name too long
+    case 223: // file-size limit
+        return ExitStatus::NoRoom;
+    default:
+        return ExitStatus::JobFailed;
+    }
+}
+
+std::optional<int> SystemErrorOf(const std::optional<LoggedError>& logged)
+{
+    return logged ? std::optional(logged->nSystemError) : std::nullopt;
+}
+
+bool IsFromExternalImage(const std::optional<LoggedError>& logged)
+{
+    return logged &&
+           (logged->szUnit == "MemoryManager/CImageObjIO" || logged->szUnit == "MemoryManager/CImageCtrlIO");
+}
+
+} // namespace
+
+Library::Library(const Options& options)
+    : m_szTemporaryFolder(ChooseTemporaryFolder(options)), m_log(m_szTemporaryFolder)
+{
+    host::RestartOnInterrupt(kInterruptedCommand, {m_log.Folder(), options.bJson ? "--json" : ""});
+    CImageObj::InitBaseMemory(options.nBudget, options.nOneMapping);
+    CImageObj::SetUseMaxBandMemory(options.nBandCap);
+    m_nBudget = CImageObj::AskFreeMemory();
+    if (const DWORD nCode = CImageCtrl::CleanTempFolder())
+        Fail(Failure(ExitStatus::NoRoom, m_szTemporaryFolder, "cannot be the folder for temporary files",
+                     "--temp-dir DIR with a shorter name"),
+             nCode);
+}
+
+void Library::Fail(Failure failure, DWORD nCode) const
+{
+    failure.library = LibraryResult{nCode, SystemErrorOf(m_log.LastError())};
+    throw failure;
+}
+
+void Library::FailTemporary(DWORD nCode, std::int64_t nTemporaryBytes) const
+{
+    const std::optional<int> nError = SystemErrorOf(m_log.LastError());
+    Failure failure(StatusOfSystemError(nError), m_szTemporaryFolder, "a temporary file could not be made",
+                    "--temp-dir DIR, or a larger --budget");
+    std::error_code error;
+    const std::uintmax_t nOnDisk = std::filesystem::space(m_szTemporaryFolder, error).available;
+    failure.room = Room{static_cast<std::uintmax_t>(nTemporaryBytes),
+                        std::min(error ? UINTMAX_MAX : nOnDisk, host::FileSizeLimit())};
+    if (!host::MayWrite(m_szTemporaryFolder)) {
+        failure.szWhat += ", for there is no permission to write there";
+        failure.room.reset();
+    }
+    Fail(failure, nCode);
+}
+
+void Library::CheckImport(DWORD nCode, const std::string& szInput, std::int64_t nTemporaryBytes) const
+{
+    switch (nCode) {
+    case MM_SUCCESS:
+        return;
+    case MM_FILE_ACCESS:
+        if (!IsFromExternalImage(m_log.LastError()))
+            FailTemporary(nCode, nTemporaryBytes);
+        [[fallthrough]];
+    case MM_NO_MAPPING:
+    case MM_EXTERNAL_VIEW:
+    case MM_IO_BUFFER_ADDRESS:
+        Fail(Failure(ExitStatus::BadInput, szInput, "could not be read"), nCode);
+    case MM_NO_MEMORY:
+        Fail(Failure(ExitStatus::JobFailed, szInput, "could not be held in memory", "a smaller --budget"),
+             nCode);
+    default:
+        Fail(Failure(ExitStatus::JobFailed, szInput, "could not be imported"), nCode);
+    }
+}
+
+void Library::CheckStep(DWORD nCode, const std::string& szStep, std::int64_t nTemporaryBytes) const
+{
+    switch (nCode) {
+    case MM_SUCCESS:
+        return;
+    case MM_FILE_ACCESS:
+        FailTemporary(nCode, nTemporaryBytes);
+    case MM_NO_MEMORY:
+        Fail(
+            Failure(ExitStatus::JobFailed, "", szStep + ": there is not enough memory", "a smaller --budget"),
+            nCode);
+    default:
+        Fail(Failure(ExitStatus::JobFailed, "", szStep + ": failed"), nCode);
+    }
+}
+
+void Library::CheckExport(DWORD nCode, const std::string& szOutput, Room room) const
+{
+    if (nCode == MM_SUCCESS)
+        return;
+    Failure failure(ExitStatus::JobFailed, szOutput, "could not be written");
+    if (nCode == MM_FILE_ACCESS) {
+        failure.eStatus = StatusOfSystemError(SystemErrorOf(m_log.LastError()));
+        failure.room = room;
+        failure.szTry = "another folder for OUT";
+    } else if (nCode == MM_NO_MEMORY) {
+        failure.szTry = "a smaller --budget";
+    }
+    Fail(failure, nCode);
+}
+
+void CleanUpInterruptedRun(const std::string& szLogFolder)
+{
+    CImageCtrl::CleanTempFolder();
+    ErrorLog::Remove(szLogFolder);
+}

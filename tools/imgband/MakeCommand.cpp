@@ -1,0 +1,79 @@
+// imgband make: paints a picture into an image object, band by band, and exports it.
+
+#include "Commands.h"
+#include "Scene.h"
+#include "Transfer.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+Format ChooseFormat(const Options& options)
+{
+    const std::optional<Format> eFormat = options.eTo ? options.eTo : FormatFromEnding(options.szOutput, 3);
+    if (!eFormat)
+        throw Failure(ExitStatus::WrongCommandLine, options.szOutput, "the name's ending tells no format",
+                      "--to FORMAT");
+    return *eFormat;
+}
+
+DWORD PaintBand(CImageObj& object, int nTop, Scene& scene, std::vector<std::uint16_t>& line)
+{
+    T_ImageLrg_tag band = {};
+    if (const DWORD nCode = object.MapBand(nTop, &band, MM_BAND_DOWNWARD, 0))
+        return nCode;
+    for (int i = 0; i < band.nBandLines; ++i) {
+        unsigned char* pLine = band.pImage + static_cast<std::ptrdiff_t>(i) * band.nLineBytes;
+        scene.PaintLine(nTop + i, line.data());
+        if (band.nSampleBytes == 1)
+            std::transform(line.begin(), line.end(), pLine, NarrowSample);
+        else
+            std::memcpy(pLine, line.data(), line.size() * sizeof line[0]);
+    }
+    return object.UnmapBand(0);
+}
+
+void PaintStep(const Run& run, PlannedImage& object, ImageSize size)
+{
+    run.report.BeginStep();
+    tag_MemAlloc request; // one image, which is filled instead of read
+    CImageObj* images[] = {&object};
+    DWORD nCode = CImageObj::MemoryAlloc(&request, images, nullptr, nullptr);
+    const ImagePlan plan = object.Plan("object");
+
+    const auto pScene = MakeScene(run.options.ePattern, size, run.options.nSeed);
+    std::vector<std::uint16_t> line(static_cast<std::size_t>(size.nWidth) * Scene::kSamples);
+    for (int nTop = 0; nCode == MM_SUCCESS && nTop < size.nHeight; nTop += plan.nBandLines)
+        nCode = PaintBand(object, nTop, *pScene, line);
+    run.library.CheckStep(nCode, "painting", object.m_ImgInfo.nBufSize);
+    run.report.EndStep("paint", {plan});
+}
+
+} // namespace
+
+void RunMake(const Options& options, Report& report)
+{
+    const Format eTo = ChooseFormat(options);
+    const ImageSize size = *options.size;
+    const int nObjectFormat = ObjectFormat(SampleBytes(eTo));
+    if (!FitsLibrary(eTo, size, 0, nObjectFormat))
+        FailTooLarge(ExitStatus::WrongCommandLine, options.szOutput, size);
+
+    const Library library(options);
+    DescribeLibrary(report, library);
+    OutputFile output(options.szOutput);
+    output.CheckRoom(FileBytes(eTo, size));
+    ExternalPair pair(options.eAccess, nullptr, output, eTo, size, {nObjectFormat, nObjectFormat});
+    const Run run{options, library, report, pair};
+
+    PlannedImage object(library.Budget());
+    library.CheckStep(object.SetGeometry(size.nWidth, size.nHeight, nObjectFormat), "set-up", 0);
+    PaintStep(run, object, size);
+    ExportStep(run, output, object, eTo, true);
+    output.Publish();
+
+    DescribePicture(report, options.szOutput, eTo, size);
+}

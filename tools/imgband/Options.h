@@ -1,0 +1,65 @@
+#pragma once
+// The command line.
+
+#include "Formats.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+enum class Command
+{
+    None, ///< help or version was printed, or the command line was refused before one was found
+    Make,
+    Info,
+    Convert,
+};
+
+/// How the library reaches the external pictures.
+enum class Access
+{
+    File,   ///< reading and writing bands through buffers
+    Memory, ///< whole pictures in blocks of the tool
+    Mmap,   ///< views of the files
+};
+
+enum class Pattern
+{
+    Photo,
+    Gradient,
+    Noise,
+};
+
+struct Options
+{
+    Command eCommand = Command::None;
+    std::string szInput;
+    std::string szOutput;
+    std::optional<Format> eFrom;
+    std::optional<Format> eTo;
+    std::optional<ImageSize> size; ///< of a raw input, or of what is made
+
+    bool bTurn = false;
+    bool bFullRange = true;
+    bool bKeepAlpha = true;
+
+    Pattern ePattern = Pattern::Photo;
+    std::uint64_t nSeed = 1;
+
+    LONG nBudget = 100 << 20;    ///< bytes
+    LONG nOneMapping = 32 << 20; ///< bytes
+    LONG nBandCap = 24;          ///< MiB
+    std::string szTempDir;       ///< empty: the system's
+    Access eAccess = Access::File;
+
+    bool bJson = false;
+    bool bQuiet = false;
+    bool bVerbose = false;
+};
+
+const char* CommandName(Command eCommand);
+const char* AccessName(Access eAccess);
+
+/// Fills the options. eCommand None: there was only help or the version to print, which is done.
+/// Throws Failure (WrongCommandLine); bJson is right even then.
+void ParseCommandLine(int nArguments, char** ppArguments, Options& options);

@@ -1,0 +1,77 @@
+// The program: runs a subcommand and turns its outcome into messages and the exit status.
+
+#include "Commands.h"
+#include "HostFiles.h"
+#include "Library.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+
+namespace {
+
+ExitStatus RunCommand(const Options& options)
+{
+    Report report(options);
+    try {
+        switch (options.eCommand) {
+        case Command::None:
+            break;
+        case Command::Make:
+            RunMake(options, report);
+            break;
+        case Command::Info:
+            RunInfo(options, report);
+            break;
+        case Command::Convert:
+            RunConvert(options, report);
+            break;
+        }
+        report.PrintSuccess();
+        return ExitStatus::Done;
+    } catch (const Failure& failure) {
+        report.PrintFailure(failure);
+        return failure.eStatus;
+    } catch (const std::exception& e) {
+        const Failure failure(ExitStatus::JobFailed, "", e.what());
+        report.PrintFailure(failure);
+        return failure.eStatus;
+    }
+}
+
+ExitStatus RunProgram(int nArguments, char** ppArguments)
+{
+    Options options;
+    try {
+        ParseCommandLine(nArguments, ppArguments, options);
+    } catch (const Failure& failure) {
+        Report(options).PrintFailure(failure);
+        return failure.eStatus;
+    }
+    return options.eCommand == Command::None ? ExitStatus::Done : RunCommand(options);
+}
+
+/// What is left to do for a run that a signal ended: the arguments are its exit status, log folder and
+/// --json.
+int FinishInterruptedRun(int nArguments, char** ppArguments)
+{
+    const int nStatus = nArguments > 2 ? std::atoi(ppArguments[2]) : 0;
+    CleanUpInterruptedRun(nArguments > 3 ? ppArguments[3] : "");
+    PrintInterrupted(nStatus, nArguments > 4 && std::string_view(ppArguments[4]) == "--json");
+    return nStatus;
+}
+
+} // namespace
+
+int main(int nArguments, char** ppArguments)
+{
+    host::PrepareProcess();
+    if (nArguments > 1 && std::string_view(ppArguments[1]) == kInterruptedCommand)
+        return FinishInterruptedRun(nArguments, ppArguments);
+    const ExitStatus eStatus = RunProgram(nArguments, ppArguments);
+    if (std::fflush(stdout) != 0 && eStatus == ExitStatus::Done) {
+        std::fputs("imgband: standard output could not be written\n", stderr);
+        return static_cast<int>(ExitStatus::NoRoom);
+    }
+    return static_cast<int>(eStatus);
+}
