@@ -43,11 +43,6 @@ HANDLE OpenSharedFile(const char* pszPath, DWORD nCreation)
                        nCreation, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
-bool IsSlot(int nSlot)
-{
-    return nSlot >= 0 && nSlot < MM_SLOT_COUNT;
-}
-
 } // namespace
 
 CImageCtrl::CImageCtrl()

@@ -88,6 +88,7 @@ protected:
     /// *ppView is the view's base, null when it could not be mapped; untouched while there is no mapping.
     void* ReadMMF(DWORD nPos, DWORD nBytes, void** ppView);
 
+    static bool IsSlot(int nSlot) { return nSlot >= 0 && nSlot < MM_SLOT_COUNT; }
     bool ReleaseSlot(int nSlot); ///< unmaps the slot's view, if any; the slot is empty whatever comes of it
     void UnmapSlots();           ///< releases the views of all slots
     void CloseMapping();         ///< closes m_hMap, if any

@@ -82,7 +82,7 @@ void* CImageCtrlIO::MapBandAdress(DWORD nOffset, DWORD nBytes, int nSlot)
 {
     const ULONGLONG nPos = ULONGLONG{static_cast<DWORD>(m_nHdrSize)} + nOffset;
     const DWORD nEnd = m_nFileSize > 0 ? static_cast<DWORD>(m_nFileSize) : DWORD{INT32_MAX};
-    if (nSlot < 0 || nSlot >= MM_SLOT_COUNT || nPos >= nEnd || nBytes > INT32_MAX)
+    if (!IsSlot(nSlot) || nPos >= nEnd || nBytes > INT32_MAX)
         return nullptr;
 
     void* pBand = nullptr;
@@ -105,7 +105,7 @@ void* CImageCtrlIO::MapBandAdress(DWORD nOffset, DWORD nBytes, int nSlot)
 
 DWORD CImageCtrlIO::FreeBandAdress(int nSlot)
 {
-    if (nSlot < 0 || nSlot >= MM_SLOT_COUNT)
+    if (!IsSlot(nSlot))
         return MM_BAD_ARGUMENT;
     if (m_eAcsType == ACS_MMF) {
         if (nSlot == 0)

@@ -122,13 +122,13 @@ DWORD CImageObjIO::UnmapBand(unsigned char* pBuffer, int nSlot)
     if (!pStore)
         return MM_BAD_ARGUMENT;
     const std::int64_t nLines = std::int64_t{m_ImgInfo.nBandBottom} - m_ImgInfo.nBandTop + 1;
-    const bool bFromWorkBuffer = pBuffer == nullptr;
-    if (bFromWorkBuffer && nLines * m_ImgInfo.nLineBytes <= WorkBufferBytes())
+    if (!pBuffer && nLines * m_ImgInfo.nLineBytes <= WorkBufferBytes())
         pBuffer = pStore->GetTMPBuf(0);
     // A band that lies in the work buffer is not on loan from the store, which then has a place for it only
-    // when it holds the image whole.
+    // when it holds the image whole. The two records may name different bands after MapBandRange.
     const bool bOnLoan = m_ImgInfoIO.pImage && m_ImgInfoIO.pImage != pStore->GetTMPBuf(0);
-    if (m_nConvert == 1 && pBuffer && (bOnLoan || pStore->GetAllMapFlg() == 1)) {
+    const bool bInImage = m_ImgInfoIO.nBandTop + nLines <= m_ImgInfoIO.nHeight;
+    if (m_nConvert == 1 && pBuffer && bInImage && (bOnLoan || pStore->GetAllMapFlg() == 1)) {
         unsigned char* pDst = pStore->GetWrtBuf(m_ImgInfoIO.nBandTop * m_ImgInfoIO.nLineBytes);
         if (pDst)
             ConvertOutData(m_ImgInfo.nBandTop, m_ImgInfo.nBandBottom, pBuffer, pDst, &m_ImgInfo,

@@ -72,13 +72,6 @@ struct Transfer
     tag_E_ACSTYPE eAccess;
     int nIn, nOut, nObjectFormat, nWidth, nHeight, nInBottomUp, nOutBottomUp, nAlpha;
 
-    template <class Pair> void Describe(void* hIn, void* hOut, T_ImgInf& in, T_ImgInf& out) const
-    {
-        Pair pair{hIn, 54, short(nIn), nWidth, nHeight, 0, hOut, 0, short(nOut), nWidth, nHeight};
-        CreateParam(&pair, nObjectFormat, nObjectFormat, &in, &out);
-        in.eAcsType = out.eAcsType = eAccess;
-    }
-
     void Run(bool bWhole) const
     {
         const int nDepth = kLayouts[nIn][2];
@@ -89,11 +82,10 @@ struct Transfer
         sIn.insert(0, nIn < 2 ? "??B" : ""); // a bitmap begins where its signature is
         std::string sOut(sWanted.size(), '\0');
         const HostFile in(sIn), out("");
-        T_ImgInf inInf, outInf;
-        if (eAccess == ACS_MEMORY)
-            Describe<ZBT_IMAGE_ON_MEMORY>(sIn.data(), sOut.data(), inInf, outInf);
-        else
-            Describe<ZBT_IMAGE_IN_FILE>(in.Handle(), out.Handle(), inInf, outInf);
+        void* pIn = eAccess == ACS_MEMORY ? sIn.data() : in.Handle();
+        void* pOut = eAccess == ACS_MEMORY ? sOut.data() : out.Handle();
+        T_ImgInf inInf{nIn > 1, eAccess, pIn, 54, nWidth, nHeight, kLayouts[nIn][0], nObjectFormat, 0};
+        T_ImgInf outInf{nOut > 1, eAccess, pOut, 0, nWidth, nHeight, nObjectFormat, kLayouts[nOut][0], 0};
 
         CImageObj image;
         T_ImageLrg_tag band{};
@@ -167,6 +159,23 @@ TEST_F(ImportExport, ExportTheAskedPartOfAnObjectOfAnyGeometry)
         EXPECT_EQ(static_cast<char>(i / 24 * 56 + i % 24), sBlock[std::size_t(i)]) << i;
 }
 
+TEST_F(ImportExport, ConvertIntoTheWorkBufferOnlyWhatItHolds)
+{
+    const std::string sFile = FileOf(3, 2, 4, 40, 0, kOwn, '\0'); // lines of 32 bytes, 320 in the object
+    const HostFile file(sFile);
+    T_ImgInf inf{MM_FILE_RAW, ACS_FILEIO, file.Handle(), 0, 4, 40, 0x0422, 0x0422, 0};
+    CImageObjIO io;
+    ASSERT_EQ(0u, io.InitForUnify(&inf, IMG_INPUT, 0, 0, 0, MM_ALIGN_LINES, 0, 1));
+    ASSERT_EQ(0u, io.Create(1 << 20, 40 * 352, 1)); // 1280 bytes of work buffer: four lines of the object
+    const char* pWork = reinterpret_cast<char*>(static_cast<CImageCtrlIO*>(io.m_pImageCtrl)->GetTMPBuf(0));
+    for (const int nLast : {4, 3}) {
+        T_ImageLrg_tag band{};
+        ASSERT_EQ(0u, io.MapBandRange(2, nLast, &band, 0));
+        EXPECT_EQ(io.m_pImageCtrl->GetMemPtr(), band.pImage);
+        EXPECT_EQ(nLast == 3 ? sFile.substr(64, 32) : std::string(32, '\0'), std::string(pWork + 640, 32));
+    }
+}
+
 TEST_F(ImportExport, PushEndEntriesOnSuccessOnly)
 {
     T_LOG_STACK_tag stack[11];
@@ -231,17 +240,26 @@ TEST_F(ImportExport, FailWithoutLosingTrackOfTheImage)
     SetErrLogPath("..\\logdata\\");
 }
 
+template <class Pair> void CheckParam(int nType, int nLineBytes, tag_E_ACSTYPE eAccess, int nOffset)
+{
+    Pair pair{&pair, 1078, short(nType), 5, 6, 0, nullptr, 7, short(nType), 5, 8};
+    T_ImgInf in{9, ACS_NONE, nullptr, 9, 9, 9, 9, 9, 9}, out = in;
+    CreateParam(&pair, 11, 12, &in, &out);
+    const bool bKnown = nLineBytes != 9;
+    const int nFormat = bKnown ? kLayouts[nType][0] : 9, nFileType = bKnown ? nType / 2 : 9;
+    EXPECT_TRUE(in.eAcsType == eAccess && in.hData == &pair && in.nOffset == 1078 && in.nHeight == 6);
+    EXPECT_TRUE(in.nFileType == nFileType && in.nSrcFormat == nFormat && in.nDstFormat == 11) << nType;
+    EXPECT_TRUE(out.nFileType == nFileType && out.nSrcFormat == 12 && out.nDstFormat == nFormat) << nType;
+    EXPECT_TRUE(in.nLineBytes == nLineBytes && out.nLineBytes == nLineBytes && out.nHeight == 8) << nType;
+    EXPECT_EQ(nOffset, int{pair.nOutOffset});
+}
+
 TEST(CreateParam, LeavesUnknownTypesAloneAndTellsWhereABlocksPixelsWillStart)
 {
     const int cases[][3] = {{0, 16, 54}, {1, 20, 54}, {2, 30, 0}, {3, 40, 0}, {4, 9, 7}, {-1, 9, 7}};
     for (const auto& [nType, nLineBytes, nOffset] : cases) {
-        ZBT_IMAGE_ON_MEMORY pair{&pair, 1078, short(nType), 5, 6, 0, nullptr, 7, short(nType), 5, 8};
-        T_ImgInf in{9, ACS_NONE, nullptr, 9, 9, 9, 9, 9, 9}, out = in;
-        CreateParam(&pair, 11, 12, &in, &out);
-        EXPECT_TRUE(in.nLineBytes == nLineBytes && in.nDstFormat == 11 && in.nOffset == 1078) << nType;
-        EXPECT_TRUE(out.nLineBytes == nLineBytes && out.nSrcFormat == 12 && out.nOffset == 7) << nType;
-        EXPECT_TRUE(nLineBytes != 9 || (in.nFileType == 9 && in.nSrcFormat == 9 && out.nDstFormat == 9));
-        EXPECT_EQ(nOffset, int{pair.nOutOffset});
+        CheckParam<ZBT_IMAGE_ON_MEMORY>(nType, nLineBytes, ACS_MEMORY, nOffset);
+        CheckParam<ZBT_IMAGE_IN_FILE>(nType, nLineBytes, ACS_FILEIO, 7);
     }
 }
 

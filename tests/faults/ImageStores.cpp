@@ -35,13 +35,13 @@ TEST_F(ImageStores, HandOutTheSameBytesInEveryStateAndLeaveNothingWhateverFails)
         {"cpg", 0, kHeader, ACS_MMF, 0}, {"cpg", kBytes, kHeader, ACS_MEMORY, 1}, {"cpgwg", 0, kHeader, ACS_MMF, 1}};
     // clang-format on
     for (const auto& [pszPath, nLimit, nHeader, eType, nAllMapped] : cases)
-        for (int nCall = 1, nCalls = 1; nCalls >= nCall; ++nCall) {
+        for (auto [nCall, bFailed] = std::pair(1, true); bFailed; ++nCall) {
             SCOPED_TRACE(testing::Message() << pszPath << ", limit " << nLimit << ", call " << nCall);
             const DWORD nResult = Walk(pszPath, nLimit, {"", nCall}, nHeader);
-            nCalls = faults::g_nCalls;
+            bFailed = faults::g_nCalls >= nCall;
             faults::Begin();
             char* pWhole = static_cast<char*>(m_store.GetMemPtr());
-            if (nCalls < nCall) { // nothing failed
+            if (!bFailed) {
                 EXPECT_TRUE(nResult == 0 && m_store.GetAcsType() == eType &&
                             m_store.GetAllMapFlg() == nAllMapped);
                 EXPECT_EQ(nAllMapped == 1, pWhole && m_store.MapBandAdress(5, 1, 3) == pWhole + nHeader + 5);

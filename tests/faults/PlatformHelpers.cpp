@@ -40,7 +40,11 @@ TEST_F(Helpers, AppendsAndMappedRangesShowTheSameBytes)
     EXPECT_TRUE(GetLastError() == 112 && nWritten == 32u << 20) << "whole chunks only";
     EXPECT_TRUE(WriteFileByView(hFile, &sFile[12345], 33 << 20, &nWritten, 12345, 0));
     EXPECT_TRUE(WriteFileByView(hFile, "append", 6, &nWritten, kAppend, 101));
-    EXPECT_FALSE(WriteFileByView(hFile, "abc", 3, &nWritten, 0xFFFFFFFD, 60)) << "ends beyond 32 bits";
+    EXPECT_TRUE(!WriteFileByView(hFile, "abc", 3, &nWritten, 0xFFFFFFFD, 60) && GetLastError() == 223);
+    fs::resize_file(m_sFolder + "host/file", 5ull << 30);
+    EXPECT_TRUE(!WriteFileByView(hFile, "abc", 3, &nWritten, kAppend, 60) && GetLastError() == 223)
+        << "behind 4 GiB";
+    fs::resize_file(m_sFolder + "host/file", sFile.size() + 6);
     const HANDLE hMap = CreateFileMappingA(hFile, nullptr, PAGE_READWRITE, 0, 0, nullptr);
     for (const DWORD nOffset : {65535u, 131072u, (33u << 20) + 12300}) {
         char* pBytes = static_cast<char*>(MapFileRange(hFile, hMap, nOffset, 100000, nOffset == 131072));

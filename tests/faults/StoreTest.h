@@ -73,17 +73,16 @@ protected:
     static DWORD Pass(CImageCtrl& store, bool bIn)
     {
         DWORD nResult = 0;
-        for (int nAt = 0; nAt < kBytes && nResult == 0; nAt += kBand) {
-            void* pBand = store.MapBandAdress(static_cast<DWORD>(nAt), kBand, 0);
+        for (DWORD nAt = 0; nAt < DWORD{kBytes} && nResult == 0; nAt += kBand) {
+            void* pBand = store.MapBandAdress(nAt, kBand, 0);
             if (pBand == nullptr)
                 return 69;
             if (auto* pExternal = dynamic_cast<CImageCtrlIO*>(&store)) {
-                EXPECT_EQ(pBand, pExternal->GetWrtBuf(nAt));
+                EXPECT_EQ(pBand, pExternal->GetWrtBuf(static_cast<int>(nAt)));
             }
             if (bIn)
-                kImage.copy(static_cast<char*>(pBand), kBand, static_cast<std::size_t>(nAt));
-            EXPECT_EQ(0,
-                      kImage.compare(static_cast<std::size_t>(nAt), kBand, static_cast<char*>(pBand), kBand));
+                std::memcpy(pBand, &kImage[nAt], kBand);
+            EXPECT_EQ(0, std::memcmp(pBand, &kImage[nAt], kBand)) << nAt;
             nResult = store.FreeBandAdress(0);
         }
         return nResult;

@@ -62,10 +62,10 @@ void RunConvert(const Options& options, Report& report)
     ExternalPair pair(options.eAccess, &input, output, eTo, facts.size, route.objects);
     const Run run{options, library, report, pair};
 
-    PlannedImage object(library.Budget());
+    PlannedImage object;
     ImportStep(run, input, object, route.bReversed);
     if (route.pConvert) {
-        PlannedImage converted(library.Budget());
+        PlannedImage converted;
         library.CheckStep(converted.SetGeometry(facts.size.nWidth, facts.size.nHeight, route.objects.nOutput),
                           "set-up", 0);
         ConvertStep(run, object, converted, route.pConvert);

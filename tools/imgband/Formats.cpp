@@ -29,14 +29,6 @@ const char* FormatName(Format eFormat)
     return FactsOf(eFormat).pszName;
 }
 
-std::optional<Format> FormatFromName(std::string_view szName)
-{
-    for (const Format eFormat : {Format::Bgr24, Format::Bgra32, Format::Raw48, Format::Raw64})
-        if (szName == FormatName(eFormat))
-            return eFormat;
-    return std::nullopt;
-}
-
 std::optional<Format> FormatFromEnding(const std::string& szPath, int nSamples)
 {
     std::string szEnding = std::filesystem::path(szPath).extension().string();

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 
 /// In the order of MM_DATA_TYPE.
 enum class Format
@@ -28,7 +27,6 @@ struct ImageSize
 inline constexpr std::int64_t kBitmapHeaderBytes = 54;
 
 const char* FormatName(Format eFormat);
-std::optional<Format> FormatFromName(std::string_view szName);
 
 /// The format of a file name's ending with this many samples a pixel; none for an unknown ending.
 std::optional<Format> FormatFromEnding(const std::string& szPath, int nSamples);

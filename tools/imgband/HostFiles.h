@@ -72,8 +72,16 @@ std::uintmax_t FileSizeLimit();
 std::string TemporaryFolder();
 void SetTemporaryFolder(const std::string& szFolder);
 
+/// A folder in memory for small private files of the run, so that a full disk can still be written about and
+/// a killed run leaves nothing in the temporary folder; the temporary folder where the system has none.
+std::string RuntimeFolder();
+
 /// A file name that nobody can foresee, with this beginning.
 std::string UnusedName(const std::string& szBeginning);
+
+/// This process's number, and whether a process of a number lives.
+int ProcessNumber();
+bool IsRunning(int nProcess);
 
 /// Starts a thread that interrupts never reach, so that they stay the main thread's.
 std::jthread StartWatcher(std::function<void(std::stop_token)> fnWatch);

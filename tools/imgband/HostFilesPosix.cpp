@@ -251,12 +251,31 @@ void SetTemporaryFolder(const std::string& szFolder)
     setenv("TMPDIR", szFolder.c_str(), 1);
 }
 
+std::string RuntimeFolder()
+{
+    const char* pszOwn = std::getenv("XDG_RUNTIME_DIR");
+    for (const char* pszFolder : {pszOwn ? pszOwn : "", "/dev/shm"})
+        if (access(pszFolder, W_OK | X_OK) == 0)
+            return pszFolder;
+    return TemporaryFolder();
+}
+
 std::string UnusedName(const std::string& szBeginning)
 {
     std::random_device device;
     char szNumber[20];
     std::snprintf(szNumber, sizeof szNumber, "%08x%08x", device(), device());
     return szBeginning + szNumber;
+}
+
+int ProcessNumber()
+{
+    return getpid();
+}
+
+bool IsRunning(int nProcess)
+{
+    return kill(nProcess, 0) == 0 || errno == EPERM;
 }
 
 std::jthread StartWatcher(std::function<void(std::stop_token)> fnWatch)
@@ -267,12 +286,11 @@ std::jthread StartWatcher(std::function<void(std::stop_token)> fnWatch)
 
 std::int64_t PrivateBytes() noexcept
 {
+    // Open for the process's life: a thread that opened it each time could be given a number that is about
+    // to be closed a second time, as happens after a failed mapping.
+    static const int nFile = open("/proc/self/status", O_RDONLY | O_CLOEXEC);
     char szStatus[4096];
-    const int nFile = open("/proc/self/status", O_RDONLY | O_CLOEXEC);
-    if (nFile < 0)
-        return -1;
-    const ssize_t nRead = read(nFile, szStatus, sizeof szStatus - 1);
-    close(nFile);
+    const ssize_t nRead = pread(nFile, szStatus, sizeof szStatus - 1, 0);
     if (nRead <= 0)
         return -1;
     szStatus[nRead] = 0;

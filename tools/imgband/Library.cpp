@@ -54,7 +54,7 @@ bool IsFromExternalImage(const std::optional<LoggedError>& logged)
 } // namespace
 
 Library::Library(const Options& options)
-    : m_szTemporaryFolder(ChooseTemporaryFolder(options)), m_log(m_szTemporaryFolder)
+    : m_szTemporaryFolder(ChooseTemporaryFolder(options)), m_log(host::RuntimeFolder())
 {
     host::RestartOnInterrupt(kInterruptedCommand, {m_log.Folder(), options.bJson ? "--json" : ""});
     CImageObj::InitBaseMemory(options.nBudget, options.nOneMapping);

@@ -12,7 +12,7 @@ class Library
 public:
     explicit Library(const Options& options);
 
-    /// Budget in bytes that the library works with, all of it free while nothing is held.
+    /// Budget in bytes that the library works with.
     LONG Budget() const { return m_nBudget; }
 
     const std::string& TemporaryFolder() const { return m_szTemporaryFolder; }

@@ -6,19 +6,39 @@
 #include "MemoryManager/MemoryManager.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
+
+namespace fs = std::filesystem;
 
 namespace {
 
 constexpr const char* kLogName = "FileAccessErrorLog.txt";
 
+// Then the number of the run's process.
+constexpr const char* kNameBeginning = "imgband-";
+
+void RemoveLogsOfDeadRuns(const std::string& szParent)
+{
+    const std::size_t nBeginning = std::strlen(kNameBeginning);
+    std::error_code error;
+    for (fs::directory_iterator entry(szParent, error), end; !error && entry != end; entry.increment(error)) {
+        const std::string szName = entry->path().filename().string();
+        const int nProcess = szName.starts_with(kNameBeginning) ? std::atoi(szName.c_str() + nBeginning) : 0;
+        if (nProcess > 0 && !host::IsRunning(nProcess))
+            ErrorLog::Remove(entry->path().string() + "/");
+    }
+}
+
 } // namespace
 
 // The name cannot be foreseen: in a folder that others can write to, nobody can have put a link there.
 ErrorLog::ErrorLog(const std::string& szParent)
-    : m_szFolder(szParent + "/" + host::UnusedName("imgband-") + "/")
+    : m_szFolder(szParent + "/" +
+                 host::UnusedName(kNameBeginning + std::to_string(host::ProcessNumber()) + "-") + "/")
 {
+    RemoveLogsOfDeadRuns(szParent);
     SetErrLogPath(m_szFolder.c_str());
 }
 
@@ -43,6 +63,6 @@ std::optional<LoggedError> ErrorLog::LastError() const
 void ErrorLog::Remove(const std::string& szFolder)
 {
     std::error_code error;
-    std::filesystem::remove(szFolder + kLogName, error);
-    std::filesystem::remove(szFolder.substr(0, szFolder.find_last_not_of('/') + 1), error);
+    fs::remove(szFolder + kLogName, error);
+    fs::remove(szFolder.substr(0, szFolder.find_last_not_of('/') + 1), error);
 }

@@ -16,7 +16,7 @@ struct LoggedError
 class ErrorLog
 {
 public:
-    /// Sets the library's log to a new folder name in szParent.
+    /// Sets the library's log to a new folder name in szParent, and removes there what killed runs left.
     explicit ErrorLog(const std::string& szParent);
     ~ErrorLog();
     ErrorLog(const ErrorLog&) = delete;

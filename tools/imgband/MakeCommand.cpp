@@ -69,7 +69,7 @@ void RunMake(const Options& options, Report& report)
     ExternalPair pair(options.eAccess, nullptr, output, eTo, size, {nObjectFormat, nObjectFormat});
     const Run run{options, library, report, pair};
 
-    PlannedImage object(library.Budget());
+    PlannedImage object;
     library.CheckStep(object.SetGeometry(size.nWidth, size.nHeight, nObjectFormat), "set-up", 0);
     PaintStep(run, object, size);
     ExportStep(run, output, object, eTo, true);

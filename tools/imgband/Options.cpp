@@ -216,12 +216,6 @@ const char* CommandName(Command eCommand)
     return kNames[static_cast<int>(eCommand)];
 }
 
-const char* AccessName(Access eAccess)
-{
-    static constexpr const char* kNames[] = {"file", "memory", "mmap"};
-    return kNames[static_cast<int>(eAccess)];
-}
-
 void ParseCommandLine(int nArguments, char** ppArguments, Options& options)
 {
     options.bJson = Contains(nArguments, ppArguments, "--json");

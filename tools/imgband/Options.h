@@ -58,7 +58,6 @@ struct Options
 };
 
 const char* CommandName(Command eCommand);
-const char* AccessName(Access eAccess);
 
 /// Fills the options. eCommand None: there was only help or the version to print, which is done.
 /// Throws Failure (WrongCommandLine); bJson is right even then.

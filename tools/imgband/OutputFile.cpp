@@ -33,8 +33,11 @@ std::string ResolveTarget(const std::string& szPath)
 {
     std::error_code error;
     const fs::file_status status = fs::status(szPath, error);
-    if (status.type() == fs::file_type::not_found)
+    if (status.type() == fs::file_type::not_found) {
+        if (fs::is_symlink(fs::symlink_status(szPath, error)))
+            throw Failure(ExitStatus::NoRoom, szPath, "is a link to nothing", "another name for OUT");
         return szPath;
+    }
     if (status.type() == fs::file_type::none)
         FailWriting(szPath, "cannot be written", error);
     if (!fs::is_regular_file(status))

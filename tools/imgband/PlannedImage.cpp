@@ -49,5 +49,12 @@ ImagePlan PlannedImage::Plan(const std::string& szImage) const
 void PlannedImage::Note()
 {
     m_noted = Plan("object");
-    m_nExternalCharge = m_nBudget - AskFreeMemory() - m_nAreaSize;
+    m_nExternalCharge = m_nFreeBefore - FreeWithoutExternal();
+}
+
+// The budget that would be free without this object's charge, and without the reserve that a second planning
+// attempt withholds while it lives.
+LONG PlannedImage::FreeWithoutExternal() const
+{
+    return AskFreeMemory() + m_nAreaSize + (m_nReserveTaken ? ms_ReserveMemory : 0);
 }

@@ -23,15 +23,15 @@ struct ImagePlan
 class PlannedImage final : public CImageObj
 {
 public:
-    /// @param nBudget  free budget while nothing is held
-    explicit PlannedImage(LONG nBudget) : m_nBudget(nBudget) {}
-
     void GetImageInfo(T_ImageLrg_tag* pInfo) override;
     int GetBandHeight() override;
 
     /// Gives it a size and a format with four samples, to be planned.
     /// @return a code of SetImageInfo
     DWORD SetGeometry(int nWidth, int nHeight, int nFormat);
+
+    /// To be called ahead of ImportImg and ExportImg: what is missing from the budget then is not theirs.
+    void BeginTransfer() { m_nFreeBefore = FreeWithoutExternal(); }
 
     /// The object as it is held now.
     ImagePlan Plan(const std::string& szImage) const;
@@ -44,8 +44,9 @@ public:
 
 private:
     void Note();
+    LONG FreeWithoutExternal() const;
 
-    LONG m_nBudget;
+    LONG m_nFreeBefore = 0;
     LONG m_nExternalCharge = 0;
     ImagePlan m_noted{};
 };

@@ -92,7 +92,9 @@ void PeakMemory::Look() noexcept
 std::int64_t PeakMemory::Take()
 {
     Look();
-    return m_nPeak.exchange(-1);
+    const std::int64_t nPeak = m_nPeak.exchange(-1);
+    Look(); // what is held already counts for the next interval too
+    return nPeak;
 }
 
 Report::Report(const Options& options) : m_options(options)
@@ -123,6 +125,7 @@ void Report::BeginStep()
 
 void Report::EndStep(const std::string& szName, const std::vector<ImagePlan>& images)
 {
+    WarnAboutBudget(szName, images);
     if (!m_pPeak)
         return;
     const double nSeconds = SecondsSince(m_stepBegin);
@@ -138,6 +141,19 @@ void Report::EndStep(const std::string& szName, const std::vector<ImagePlan>& im
     m_steps.push_back(step);
     if (m_options.bVerbose)
         Print(stderr, szText);
+}
+
+void Report::WarnAboutBudget(const std::string& szName, const std::vector<ImagePlan>& images) const
+{
+    std::int64_t nCharged = 0;
+    for (const ImagePlan& plan : images)
+        nCharged += plan.nCharged;
+    const std::int64_t nBudget = m_settings.value("budget_bytes", nCharged);
+    if (nCharged > nBudget && !m_options.bQuiet)
+        Print(stderr,
+              fmt::format("imgband: {}: the smallest bands of so wide a picture take {}, more than the "
+                          "budget of {}\n",
+                          szName, MiB(nCharged), MiB(nBudget)));
 }
 
 ordered_json Report::Head(ExitStatus eStatus) const

@@ -60,6 +60,7 @@ private:
     nlohmann::ordered_json Head(ExitStatus eStatus) const;
     void AddSteps(nlohmann::ordered_json& json) const;
     void TellTotal() const;
+    void WarnAboutBudget(const std::string& szName, const std::vector<ImagePlan>& images) const;
 
     const Options& m_options;
     std::unique_ptr<PeakMemory> m_pPeak; ///< only where its figures are told

@@ -80,6 +80,7 @@ void ImportStep(const Run& run, const InputFile& input, PlannedImage& object, bo
 {
     run.report.BeginStep();
     T_ImgInf& inf = run.pair.Input();
+    object.BeginTransfer();
     const DWORD nCode = ImportImg(&object, &inf, bReversed ? 1 : 0, nullptr);
     run.library.CheckImport(nCode, input.Path(), ObjectBytes(input.Facts().size, inf.nDstFormat).value_or(0));
     EndTransfer(run, "import", ExternalPlan(run, "input", input.Facts().eFormat, object), object.NotedPlan());
@@ -111,6 +112,7 @@ void ExportStep(const Run& run, OutputFile& output, PlannedImage& object, Format
     T_ImgInf& inf = run.pair.Output();
     const std::int64_t nBytes = FileBytes(eTo, {inf.nWidth, inf.nHeight});
     output.CheckRoom(nBytes); // again: temporary files may have taken it
+    object.BeginTransfer();
     const DWORD nCode = ExportImg(&object, &inf, IsBitmap(eTo) ? 1 : 0, nullptr, bOwnAlpha ? 0 : 1);
     run.library.CheckExport(nCode, output.Path(),
                             {static_cast<std::uintmax_t>(nBytes), output.AvailableBytes()});

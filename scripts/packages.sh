@@ -1,0 +1,24 @@
+# Sourced by the other scripts: installs Debian packages that are missing. Needs root, or sudo, only then.
+
+need_packages() {
+    local missing=() package
+    for package in "$@"; do
+        dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+    echo "Installing: ${missing[*]}"
+    local as_root=()
+    [ "$(id -u)" -eq 0 ] || as_root=(sudo)
+    local try
+    for try in 1 2 3; do
+        "${as_root[@]}" apt-get update -qq &&
+            "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+                apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null && return 0
+        sleep $((try * 5))
+    done
+    echo "Could not install: ${missing[*]}" >&2
+    return 1
+}
+
+# What every build of library and tool needs.
+BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libfmt-dev)

@@ -1,0 +1,152 @@
+// A whole pipeline, import to export, and single objects, with every platform call failing in turn. Whatever
+// fails: the right bytes or a code, nothing left alive, and the budget where it is documented to be.
+
+#include "MemoryManager/CImageObj.h"
+#include "MemoryManager/ResultCodes.h"
+#include "StoreTest.h"
+
+namespace {
+
+constexpr int kWidth = 64, kHeight = 300, kLineBytes = 3 * kWidth;
+
+std::string Bitmap()
+{
+    return std::string("BM") + std::string(kHeader - 2, 'h') + Numbered(kLineBytes * kHeight);
+}
+
+class Pipeline : public StoreTest
+{
+protected:
+    Pipeline() { CImageObj::ms_nOnMemory = 0; }
+
+    // The bitmap to 32 bits in the object and back, inside the budget. *pExported are the pixels.
+    DWORD Run(LONG nBudget, const faults::Plan& plan, std::string* pExported)
+    {
+        CImageObj::InitBaseMemory(nBudget, nBudget);
+        const HANDLE hIn = OpenHost(Bitmap());
+        const std::string sOut = m_sFolder + "host/out";
+        fs::remove(sOut);
+        const HANDLE hOut = CreateFileA(sOut.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                        FILE_ATTRIBUTE_NORMAL, nullptr);
+        T_ImgInf in{MM_FILE_BITMAP, ACS_FILEIO, hIn, kHeader, kWidth, kHeight, 0, 0, kLineBytes}, out = in;
+        in.nSrcFormat = out.nDstFormat = MM_FORMAT_BGR24;
+        in.nDstFormat = out.nSrcFormat = MM_FORMAT_BGRA32;
+        out.hData = hOut;
+        DWORD nResult;
+        {
+            faults::Begin(plan);
+            CImageObj image;
+            nResult = ImportImg(&image, &in, 1, nullptr);
+            if (nResult == MM_SUCCESS)
+                nResult = ExportImg(&image, &out, 1, nullptr, 1);
+        }
+        m_nCalls = faults::g_nCalls;
+        m_nTicks = faults::g_nTicks;
+        faults::Begin();
+        CloseHandle(hIn);
+        CloseHandle(hOut);
+        std::ostringstream bytes;
+        bytes << std::ifstream(sOut, std::ios::binary).rdbuf();
+        *pExported = bytes.str().substr(std::min<std::size_t>(kHeader, bytes.str().size()));
+        return nResult;
+    }
+    int m_nCalls = 0;   // that the last run's plan could have failed
+    DWORD m_nTicks = 0; // milliseconds slept in it
+};
+
+} // namespace
+
+TEST_F(Pipeline, EndsWithTheRightBytesOrACodeWhateverFails)
+{
+    // A charge is lost only where a store could not be made: the planner's second attempt must find less.
+    const struct
+    {
+        const char* pszCall;
+        bool bMakesStores;
+    } calls[] = {
+        {"VirtualAlloc", true},     {"CreateFileA", true},    {"CreateFileMappingA", true},
+        {"GetTempFileNameA", true}, {"MapViewOfFile", false}, {"UnmapViewOfFile", false},
+        {"ReadFile", true},         {"GetFileSize", true},    {"CopyToFile", false},
+        {"CloseHandle", false},     {"VirtualFree", false},
+    };
+    const std::string sPixels = Bitmap().substr(kHeader);
+    for (LONG nBudget : {1 << 16, 1 << 20})
+        for (const auto& call : calls)
+            for (DWORD nError : {5, 8, 112})
+                for (auto [n, bFailed] = std::pair(1, true); bFailed; ++n) {
+                    SCOPED_TRACE(testing::Message() << call.pszCall << " " << n << ", error " << nError
+                                                    << ", budget " << nBudget);
+                    std::string sExported;
+                    const DWORD nResult = Run(nBudget, {call.pszCall, n, 1, nError}, &sExported);
+                    bFailed = m_nCalls >= n;
+                    if (nResult == MM_SUCCESS) {
+                        ASSERT_TRUE(sExported == sPixels) << "other bytes";
+                    } else {
+                        ASSERT_TRUE(bFailed && std::string("unknown result code") != MM_ResultText(nResult));
+                    }
+                    ASSERT_LE(CImageObj::AskFreeMemory(), nBudget);
+                    ASSERT_TRUE((bFailed && call.bMakesStores) || CImageObj::AskFreeMemory() == nBudget);
+                    ASSERT_EQ(0, faults::g_nBlocks | faults::g_nViews | faults::g_nHandles);
+                    ASSERT_EQ("", Take("temp"));
+                }
+}
+
+TEST_F(Pipeline, WritesABandThatTheDiskHadNoRoomForAtFirst)
+{
+    std::string sExported;
+    ASSERT_EQ(MM_SUCCESS, Run(1 << 16, {"CreateFileMappingA", 4, 300, ERROR_DISK_FULL}, &sExported));
+    EXPECT_TRUE(sExported == Bitmap().substr(kHeader));
+    EXPECT_EQ(300u * 100, m_nTicks) << "a pause after every failed attempt";
+}
+
+TEST_F(Pipeline, PlansOnceMoreWithSmallestBandsWhenAStoreCannotBeMade)
+{
+    const LONG nBudget = 1 << 18;
+    CImageObj::InitBaseMemory(nBudget, nBudget);
+    T_ImageLrg_tag info{};
+    info.nWidth = kWidth;
+    info.nHeight = 2000;
+    info.nFormat = MM_FORMAT_BGRA32;
+    info.nRatio = 100;
+    {
+        CImageObj in, out;
+        in.SetImageInfo(&info);
+        out.SetImageInfo(&info);
+        CImageObj* pIn = &in;
+        CImageObj* pOut = &out;
+        tag_MemAlloc request;
+        request.nOutCnt = 1;
+        faults::Begin({"GetTempFileNameA", 1, 1, 5});
+        ASSERT_EQ(MM_SUCCESS, CImageObj::MemoryAlloc(&request, &pIn, &pOut, nullptr));
+        EXPECT_EQ(1, in.m_nReserveTaken);
+        EXPECT_EQ(16, out.m_ImgInfo.nBandLines);
+        EXPECT_EQ(16, in.m_ImgInfo.nBandLines);
+        EXPECT_EQ(-nBudget - in.m_nAreaSize - out.m_nAreaSize, CImageObj::AskFreeMemory());
+    }
+    EXPECT_EQ(0, CImageObj::AskFreeMemory()) << "the reserve is back, the first attempt's charges are not";
+
+    // A standalone buffer that cannot be had costs nothing.
+    CImageObj::InitBaseMemory(nBudget, nBudget);
+    T_ImageLrg_tag buffer{};
+    faults::Begin({"VirtualAlloc", 1, 10000, ERROR_NOT_ENOUGH_MEMORY});
+    EXPECT_EQ(MM_NO_MEMORY, CImageObj::AllcImgBufLrg(&buffer, 10, 10, 0, 0, MM_FORMAT_BGR24, 0));
+    EXPECT_EQ(60000u, faults::g_nTicks) << "as long as memory may be short";
+    EXPECT_EQ(nullptr, buffer.pBase);
+    EXPECT_EQ(nBudget, CImageObj::AskFreeMemory());
+
+    // An image that could not become a file is where it was, charge and pixels included.
+    CImageObj image;
+    CImageObj* pImage = &image;
+    tag_MemAlloc request;
+    info.nHeight = 100;
+    image.SetImageInfo(&info);
+    faults::Begin();
+    ASSERT_EQ(MM_SUCCESS, CImageObj::MemoryAlloc(&request, &pImage, nullptr, nullptr));
+    const LONG nCharged = image.m_nAreaSize;
+    for (const char* pszCall : {"GetTempFileNameA", "CreateFileA", "CopyToFile", "CreateFileMappingA"}) {
+        faults::Begin({pszCall, 1, 1, ERROR_DISK_FULL});
+        EXPECT_EQ(MM_FILE_ACCESS, image.CnvFileImg()) << pszCall;
+        EXPECT_EQ(nCharged, image.m_nAreaSize);
+        EXPECT_EQ(1, image.IsOnMemory());
+    }
+}
