@@ -9,8 +9,9 @@ namespace {
 
 constexpr LONG kMiB = 1 << 20;
 
-void MapBands(benchmark::State& state, LONG nBudget)
+void MapBands(benchmark::State& state, bool bInMemory)
 {
+    const LONG nBudget = bInMemory ? 100 * kMiB : 12 * kMiB;
     CImageObj::InitBaseMemory(nBudget, nBudget);
     T_ImageLrg_tag info{};
     info.nWidth = 4000;
@@ -22,8 +23,11 @@ void MapBands(benchmark::State& state, LONG nBudget)
         CImageObj* pImage = &image;
         tag_MemAlloc request;
         image.SetImageInfo(&info);
+        if (bInMemory)
+            image.SetOnMemory();
         if (CImageObj::MemoryAlloc(&request, &pImage, nullptr, nullptr) != MM_SUCCESS)
             state.SkipWithError("not planned");
+        image.SetBandHeight(500);
         T_ImageLrg_tag band{};
         int nLine = 0;
         for (auto _ : state) {
@@ -42,11 +46,11 @@ void MapBands(benchmark::State& state, LONG nBudget)
 
 void MapBandInMemory(benchmark::State& state)
 {
-    MapBands(state, 100 * kMiB);
+    MapBands(state, true);
 }
 void MapBandInFile(benchmark::State& state)
 {
-    MapBands(state, 12 * kMiB);
+    MapBands(state, false);
 }
 
 } // namespace

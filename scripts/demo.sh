@@ -31,7 +31,7 @@ run() { # arguments of imgband: prints its plan, and holds its peak against the 
     printf '\n$ imgband'
     printf ' %s' "$@"
     printf ' --budget %sM --verbose\n' "$budget_mib"
-    "$imgband" "$@" --budget "${budget_mib}M" --temp-dir "$folder" --verbose --json 2>&1 >last-run.json
+    { "$imgband" "$@" --budget "${budget_mib}M" --temp-dir "$folder" --verbose --json >last-run.json; } 2>&1
     local peak limit=$(((budget_mib + margin_mib) * 1048576))
     peak=$(sed -n 's/^  "peak_private_bytes": \([0-9]*\).*/\1/p' last-run.json)
     if [ -z "$peak" ] || [ "$peak" -gt "$limit" ]; then

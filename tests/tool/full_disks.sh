@@ -36,10 +36,12 @@ for kind in tmpfs ext4; do
     [ ! -e out.bmp ] || fail "a refused job left its output"
 
     # Killed while its image lies in a temporary file: the data has no name, an empty name may stay.
-    "$imgband" make small.bmp --size 2000x1600 --quiet
+    "$imgband" make small.bmp --size 2000x1500 --quiet
     for delay in 0.01 0.02 0.03 0.04 0.05 0.06; do
-        timeout -s KILL "$delay" "$imgband" convert small.bmp out.bmp --to bgra32 --budget 12M \
-            --temp-dir "$disk" --quiet || true
+        "$imgband" convert small.bmp out.bmp --to bgra32 --budget 12M --temp-dir "$disk" --quiet &
+        sleep "$delay"
+        kill -KILL $! 2>/dev/null || true
+        wait $! 2>/dev/null || true # its room and locks are free only then
     done
     [ "$(find "$disk" -type f -size +0 | wc -l)" -eq 0 ] || fail "a killed run leaves bytes: $(ls -l "$disk")"
     : >"$disk/LRGFFFF.tmp"
