@@ -7,6 +7,7 @@
 #include "MemoryManager/ResultCodes.h"
 #include "Platform/Platform.h"
 
+#include <algorithm>
 #include <cstdint>
 
 static_assert(sizeof(void*) != 4 || sizeof(CImageCtrl) == 344);
@@ -52,15 +53,20 @@ CImageCtrl::CImageCtrl()
 {
 }
 
+CImageCtrl::CImageCtrl(const CImageCtrl& other) = default;
+CImageCtrl& CImageCtrl::operator=(const CImageCtrl& other) = default;
+
 DWORD CImageCtrl::Create(LONG nSize, LONG nLimit, int nSlots)
 {
     const LONGLONG nFileSize = LONGLONG{m_nHdrSize} + nSize;
-    if (nSize < 0 || nFileSize > INT32_MAX)
+    if (nSize < 0 || m_nHdrSize < 0 || nFileSize > INT32_MAX)
         return MM_BAD_ARGUMENT;
     m_nFileSize = static_cast<int>(nFileSize);
     m_nMapCnt = nSlots;
 
     const bool bHasFile = m_hFile != INVALID_HANDLE_VALUE;
+    if (bHasFile && m_hMap != nullptr) // a file made by ConvertFile has no room for a header
+        m_nFileSize = static_cast<int>(std::min(static_cast<DWORD>(m_nFileSize), FileLength(m_hFile)));
     if (nSize > nLimit) {
         if (!bHasFile) {
             m_eAcsType = ACS_MMF;
@@ -124,6 +130,11 @@ DWORD CImageCtrl::FreeBandAdress(int nSlot)
 
 DWORD CImageCtrl::MapBandAll(DWORD, DWORD nBytes, int)
 {
+    // Band addresses are counted from slot 0, so its view must start at the file's beginning.
+    if (m_nHdrSize >= static_cast<int>(AllocationGranularity())) {
+        m_nAllMapFlg = 0;
+        return MM_STORE_NOT_MAPPED;
+    }
     const void* pData = MapBandAdress(0, nBytes, 0);
     const bool bMapped = pData != nullptr || m_pMapAdr[0] != nullptr;
     m_nAllMapFlg = bMapped ? 1 : 0;
@@ -153,6 +164,66 @@ DWORD CImageCtrl::ConvertFile(int nSize)
     m_nFileSize = nSize;
     m_eAcsType = ACS_MMF;
     return MM_SUCCESS;
+}
+
+void* CImageCtrl::GetMemPtr() const
+{
+    return m_pMapAdr[0];
+}
+
+void CImageCtrl::SetImageData(void* pData)
+{
+    m_pMapAdr[0] = pData;
+}
+
+void* CImageCtrl::GetFHandle() const
+{
+    return m_hFile;
+}
+
+void CImageCtrl::SetFileHandle(void* hFile)
+{
+    m_hFile = hFile;
+}
+
+void CImageCtrl::SetFileSize(int nSize)
+{
+    m_nFileSize = nSize;
+}
+
+void CImageCtrl::SetHdrSize(int nSize)
+{
+    m_nHdrSize = nSize;
+}
+
+tag_E_ACSTYPE CImageCtrl::GetAcsType() const
+{
+    return m_eAcsType;
+}
+
+void CImageCtrl::SetAcsType(tag_E_ACSTYPE eType)
+{
+    m_eAcsType = eType;
+}
+
+tag_E_IMGTYPE CImageCtrl::GetImgType() const
+{
+    return m_eImgType;
+}
+
+void CImageCtrl::SetImgType(tag_E_IMGTYPE eType)
+{
+    m_eImgType = eType;
+}
+
+int CImageCtrl::GetAllMapFlg() const
+{
+    return m_nAllMapFlg;
+}
+
+int CImageCtrl::IsCreated() const
+{
+    return m_bCreated;
 }
 
 DWORD CImageCtrl::CreateMMF(int nSize, int bNewFile)

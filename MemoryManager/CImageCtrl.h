@@ -19,7 +19,10 @@ inline constexpr int MM_SLOT_COUNT = 10;
 class MM_API CImageCtrl
 {
 public:
+    /// An empty store: no file, no block, access type ACS_NONE, role IMG_WORK.
     CImageCtrl();
+    CImageCtrl(const CImageCtrl& other);
+    CImageCtrl& operator=(const CImageCtrl& other);
 
     /// Makes the store: a memory block when nSize <= nLimit, else a temporary file with nSlots view slots.
     /// A store that has a file and a mapping already is mapped whole, or kept for band views. Not for a store
@@ -44,7 +47,7 @@ public:
     virtual DWORD FreeBandAdress(int nSlot);
 
     /// Maps the first nBytes of the data into slot 0 and addresses every band from there on.
-    /// @return 0; 66 nothing could be mapped
+    /// @return 0; 66 nothing could be mapped, or the header is longer than the allocation granularity
     DWORD MapBandAll(DWORD nUnused, DWORD nBytes, int nUnusedSlot);
 
     /// Turns a memory block, or a file mapped whole, into a file reached through band views.
@@ -52,21 +55,21 @@ public:
     /// The file made here is an ordinary one: it stays in the temporary folder until that is cleaned.
     /// @param nSize  bytes of the block to write; the file has exactly these, header or not
     /// @return 0; 49 (logged): there was neither block nor file, or the block is as it was and the file gone;
-    ///         18 more bytes than the block has
+    ///         18 no bytes, or more than the block has
     DWORD ConvertFile(int nSize);
 
-    void* GetMemPtr() const { return m_pMapAdr[0]; }
-    void SetImageData(void* pData) { m_pMapAdr[0] = pData; }
-    void* GetFHandle() const { return m_hFile; }
-    void SetFileHandle(void* hFile) { m_hFile = hFile; }
-    void SetFileSize(int nSize) { m_nFileSize = nSize; }
-    void SetHdrSize(int nSize) { m_nHdrSize = nSize; }
-    tag_E_ACSTYPE GetAcsType() const { return m_eAcsType; }
-    void SetAcsType(tag_E_ACSTYPE eType) { m_eAcsType = eType; }
-    tag_E_IMGTYPE GetImgType() const { return m_eImgType; }
-    void SetImgType(tag_E_IMGTYPE eType) { m_eImgType = eType; }
-    int GetAllMapFlg() const { return m_nAllMapFlg; }
-    int IsCreated() const { return m_bCreated; }
+    void* GetMemPtr() const;              ///< slot 0: the block or whole view, or a band's view; may be null
+    void SetImageData(void* pData);       ///< puts a block into slot 0; the host's stays the host's
+    void* GetFHandle() const;             ///< the temporary file or the host's; -1 when there is none
+    void SetFileHandle(void* hFile);      ///< gives the store a host's file, which stays the host's
+    void SetFileSize(int nSize);          ///< header and data in bytes
+    void SetHdrSize(int nSize);           ///< bytes ahead of the image data; set it before Create
+    tag_E_ACSTYPE GetAcsType() const;     ///< how the bytes are reached
+    void SetAcsType(tag_E_ACSTYPE eType); ///< for stores over a host's image, before Create
+    tag_E_IMGTYPE GetImgType() const;     ///< role of the image
+    void SetImgType(tag_E_IMGTYPE eType); ///< for stores over a host's image, before Create
+    int GetAllMapFlg() const;             ///< 1: everything is addressable through slot 0
+    int IsCreated() const;                ///< 1 after a successful Create
 
     /// Finds the temporary folder, once per process. Any thread.
     /// @return 0; 18 it could not be determined
@@ -100,10 +103,10 @@ protected:
     int m_nMapCnt;                  ///< slots in use
     int m_nAllMapFlg;               ///< 1: everything is addressable through slot 0
     int m_nFileSize;                ///< header + data in bytes; views end there
-    tag_E_ACSTYPE m_eAcsType;
-    int m_nHdrSize; ///< bytes ahead of the image data
-    tag_E_IMGTYPE m_eImgType;
-    int m_bCreated; ///< 1 after a successful Create
+    tag_E_ACSTYPE m_eAcsType;       ///< how the bytes are reached
+    int m_nHdrSize;                 ///< bytes ahead of the image data
+    tag_E_IMGTYPE m_eImgType;       ///< role of the image
+    int m_bCreated;                 ///< 1 after a successful Create
 
     static char ms_TempDirctoryName[261]; ///< with its trailing separator; empty until found
     static int ms_ExecuteFlg;             ///< nonzero: GetTempDirctoryName refuses

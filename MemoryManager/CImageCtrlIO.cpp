@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 
 static_assert(sizeof(void*) != 4 || sizeof(CImageCtrlIO) == 356);
@@ -31,9 +32,41 @@ constexpr int kAttemptOther = 60;
 constexpr int kAttemptsOver = 600;
 constexpr DWORD kAttemptPauseMs = 100;
 
+// Bytes ahead of a work buffer that hold its size; they keep it aligned to cache lines.
+constexpr SIZE_T kWorkBufferHead = 64;
+
 } // namespace
 
 CImageCtrlIO::CImageCtrlIO() : m_pTmpBuf(nullptr), m_nBandOffset(0), m_nBandSize(0) {}
+
+CImageCtrlIO::CImageCtrlIO(const CImageCtrlIO& other) = default;
+CImageCtrlIO& CImageCtrlIO::operator=(const CImageCtrlIO& other) = default;
+
+// The library exports these under this class's name too.
+void* CImageCtrlIO::GetFHandle() const
+{
+    return CImageCtrl::GetFHandle();
+}
+
+void CImageCtrlIO::SetFileHandle(void* hFile)
+{
+    CImageCtrl::SetFileHandle(hFile);
+}
+
+void CImageCtrlIO::SetFileSize(int nSize)
+{
+    CImageCtrl::SetFileSize(nSize);
+}
+
+void CImageCtrlIO::SetImageData(void* pData)
+{
+    CImageCtrl::SetImageData(pData);
+}
+
+void CImageCtrlIO::SetHederSize(int nSize)
+{
+    SetHdrSize(nSize);
+}
 
 DWORD CImageCtrlIO::Create(LONG nSize, LONG nLimit, int nSlots)
 {
@@ -73,8 +106,7 @@ DWORD CImageCtrlIO::Create(LONG nSize, LONG nLimit, int nSlots)
 DWORD CImageCtrlIO::Destroy()
 {
     ReleaseBacking();
-    FreeMemoryBlock(m_pTmpBuf);
-    m_pTmpBuf = nullptr;
+    ReleaseWorkBuffer();
     return MM_SUCCESS;
 }
 
@@ -117,23 +149,28 @@ DWORD CImageCtrlIO::FreeBandAdress(int nSlot)
     return WriteBack();
 }
 
-bool CImageCtrlIO::HoldsAllotment(LONG nSize, LONG nLimit) const
-{
-    const bool bWhole = nSize <= nLimit;
-    if (m_bCreated == 0 || (m_nAllMapFlg == 1) != bWhole)
-        return false;
-    if (m_eAcsType == ACS_FILEIO)
-        return BufferCapacity() == static_cast<SIZE_T>(BufferBytes(nSize, nLimit));
-    return m_hMap != nullptr;
-}
-
 DWORD CImageCtrlIO::CreateTMPBuf(int nBytes)
 {
-    FreeMemoryBlock(m_pTmpBuf);
-    m_pTmpBuf = nullptr;
-    if (nBytes > 0)
-        m_pTmpBuf = static_cast<unsigned char*>(AllocMemoryBlock(static_cast<SIZE_T>(nBytes), 0));
-    return m_pTmpBuf != nullptr ? MM_SUCCESS : MM_NO_MEMORY;
+    ReleaseWorkBuffer();
+    if (nBytes < 1)
+        return MM_NO_MEMORY;
+    const SIZE_T nSize = static_cast<SIZE_T>(nBytes);
+    void* pBlock = AllocMemoryBlock(kWorkBufferHead + nSize, 0);
+    if (pBlock == nullptr)
+        return MM_NO_MEMORY;
+    std::memcpy(pBlock, &nSize, sizeof nSize);
+    m_pTmpBuf = static_cast<unsigned char*>(pBlock) + kWorkBufferHead;
+    return MM_SUCCESS;
+}
+
+unsigned char* CImageCtrlIO::GetTMPBuf(int nOffset)
+{
+    return m_pTmpBuf != nullptr ? m_pTmpBuf + nOffset : nullptr;
+}
+
+unsigned char* CImageCtrlIO::GetTempBuf(int nOffset)
+{
+    return GetTMPBuf(nOffset);
 }
 
 unsigned char* CImageCtrlIO::GetWrtBuf(int nOffset)
@@ -146,6 +183,26 @@ unsigned char* CImageCtrlIO::GetWrtBuf(int nOffset)
     if (m_eAcsType == ACS_MMF)
         return pStart + static_cast<DWORD>(m_nBandOffset) % AllocationGranularity();
     return pStart;
+}
+
+bool CImageCtrlIO::HoldsAllotment(LONG nSize, LONG nLimit) const
+{
+    if (m_eAcsType == ACS_MEMORY)
+        return m_nAllMapFlg == 1;
+    const bool bWhole = nSize <= nLimit;
+    if (m_bCreated == 0 || (m_nAllMapFlg == 1) != bWhole)
+        return false;
+    if (m_eAcsType == ACS_FILEIO)
+        return BufferCapacity() == static_cast<SIZE_T>(BufferBytes(nSize, nLimit));
+    return m_hMap != nullptr;
+}
+
+SIZE_T CImageCtrlIO::WorkBufferBytes() const
+{
+    SIZE_T nSize = 0;
+    if (m_pTmpBuf != nullptr)
+        std::memcpy(&nSize, m_pTmpBuf - kWorkBufferHead, sizeof nSize);
+    return nSize;
 }
 
 // Maps the host's file, which an output grows into and an input must fill.
@@ -199,6 +256,13 @@ void CImageCtrlIO::ReleaseBacking()
     m_nBandSize = 0;
 }
 
+void CImageCtrlIO::ReleaseWorkBuffer()
+{
+    if (m_pTmpBuf != nullptr)
+        FreeMemoryBlock(m_pTmpBuf - kWorkBufferHead);
+    m_pTmpBuf = nullptr;
+}
+
 LONG CImageCtrlIO::BufferBytes(LONG nSize, LONG nLimit) const
 {
     return nSize <= nLimit ? std::max<LONG>(nLimit, m_nFileSize) : nLimit;
@@ -228,21 +292,23 @@ bool CImageCtrlIO::ReadAt(DWORD nPos, DWORD nBytes)
 }
 
 // Writes the band on loan: of a whole image to its own place, else to the end of the file. The place is fixed
-// by the first attempt that learns it, so that an attempt that grew the file and failed shifts nothing.
+// by the first attempt that learns it, and kept for the next call, so that an attempt that grew the file and
+// failed shifts nothing.
 DWORD CImageCtrlIO::WriteBack()
 {
     const BYTE* pSource = static_cast<BYTE*>(m_pMapAdr[0]);
+    const DWORD nBytes = static_cast<DWORD>(std::abs(m_nBandSize));
     DWORD nPlace = kAppend;
-    if (m_nAllMapFlg == 1) {
+    if (m_nAllMapFlg == 1)
         pSource += m_nBandOffset;
+    if (m_nAllMapFlg == 1 || m_nBandSize < 0)
         nPlace = static_cast<DWORD>(m_nBandOffset);
-    }
     for (int nCounter = 0; nCounter < kAttemptsOver;) {
         if (nPlace == kAppend)
             nPlace = FileLength(m_hFile);
         DWORD nWritten = 0;
-        if (nPlace != kAppend && WriteFileByView(m_hFile, pSource, static_cast<DWORD>(m_nBandSize), &nWritten,
-                                                 nPlace, kFlushLoadPercent)) {
+        if (nPlace != kAppend &&
+            WriteFileByView(m_hFile, pSource, nBytes, &nWritten, nPlace, kFlushLoadPercent)) {
             m_nBandSize = 0;
             return MM_SUCCESS;
         }
@@ -250,6 +316,10 @@ DWORD CImageCtrlIO::WriteBack()
         ReportFileAccessErrorCounted(kUnit, kLineWriteBack, nError, nCounter);
         Sleep(kAttemptPauseMs);
         nCounter += nError == ERROR_DISK_FULL ? kAttemptDiskFull : kAttemptOther;
+    }
+    if (nPlace != kAppend) {
+        m_nBandOffset = static_cast<int>(nPlace);
+        m_nBandSize = -static_cast<int>(nBytes);
     }
     return MM_FILE_ACCESS;
 }

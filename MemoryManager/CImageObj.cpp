@@ -7,8 +7,6 @@
 #include "MemoryManager/StoreLifetime.h"
 
 #include <algorithm>
-#include <cstdint>
-#include <limits>
 #include <utility>
 
 namespace {
@@ -18,6 +16,13 @@ constexpr int kUnitSamples = 4; // bands read from an external image always have
 bool HasFile(const CImageCtrl& store)
 {
     return store.GetFHandle() != INVALID_HANDLE_VALUE;
+}
+
+/// A geometry for which there is no layout: the planner refuses it, and no band of it has a byte.
+void ClearLayout(T_ImageLrg_tag& info)
+{
+    info.nBufSize = -1;
+    info.nLineBytes = info.nAllocWidth = info.nAllocHeight = info.nLineSamples = 0;
 }
 
 void CloseMapping(HANDLE& hMap)
@@ -54,7 +59,8 @@ CImageObj::CImageObj(CImageObj* pSrc, int nWidth, int nHeight, int nPixelBytes) 
         m_ImgInfo.nPixelBytes = nPixelBytes;
     m_ImgInfo.nSampleBytes = SampleBytesOf(m_ImgInfo.nFormat);
     m_ImgInfo.nSamples = SamplesOf(m_ImgInfo.nFormat);
-    CalcAlign(&m_ImgInfo);
+    if (CalcAlign(&m_ImgInfo) != MM_SUCCESS)
+        ClearLayout(m_ImgInfo);
 }
 
 CImageObj::CImageObj(CImageObj* pSrc, int nWidth, int nHeight, int nMarginX, int nMarginY, int nFormat,
@@ -71,13 +77,19 @@ CImageObj::CImageObj(CImageObj* pSrc, int nWidth, int nHeight, int nMarginX, int
     m_ImgInfo.nSamples = SamplesOf(nFormat);
     m_ImgInfo.nPixelBytes = m_ImgInfo.nSampleBytes * m_ImgInfo.nSamples;
     m_ImgInfo.nAlignType = AlignTypeOf(nAlign);
-    CalcAlign(&m_ImgInfo);
+    if (CalcAlign(&m_ImgInfo) != MM_SUCCESS)
+        ClearLayout(m_ImgInfo);
 }
+
+CImageObj::CImageObj(const CImageObj& other) = default;
+CImageObj& CImageObj::operator=(const CImageObj& other) = default;
 
 CImageObj::~CImageObj()
 {
-    if (m_nReserveTaken == 1)
+    if (m_nReserveTaken == 1) {
+        const LibraryLock lock; // the reserve itself may be sized anew meanwhile
         ReturnToBudget(ms_ReserveMemory);
+    }
     if (m_pImageCtrl)
         Destroy();
     CloseMapping(m_hInMap);

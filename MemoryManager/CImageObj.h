@@ -28,8 +28,8 @@ enum MM_FRAME_MODE : int
 /// band.
 ///
 /// Invariants: IsOnMemory() is 1 exactly when m_ImgInfo.nBufSize <= m_nAreaSize. m_ImgInfo.nFsize set by
-/// SetFsize never exceeds nMarginX. While nothing is clipped, the free budget and the m_nAreaSize of all
-/// objects add up to the reserve.
+/// SetFsize never exceeds nMarginX. While nothing is clipped, withheld or dropped (see MemoryAlloc), the free
+/// budget and the m_nAreaSize of all objects add up to the reserve.
 ///
 /// An object is used by one thread at a time and has no lock of its own. Results are the codes of
 /// ResultCodes.h. Bands are released before their object is planned again or destroyed.
@@ -49,13 +49,14 @@ public:
     CImageObj(CImageObj* pSrc, int nWidth, int nHeight, int nPixelBytes);
 
     /// The source's geometry with a new size (arguments above 0), margins, samples and alignment type;
-    /// nFormat keeps the source's value.
+    /// nFormat keeps the source's value. Here and above: a size without a layout gives an object that the
+    /// planner refuses (GetAreaSize() is -1).
     CImageObj(CImageObj* pSrc, int nWidth, int nHeight, int nMarginX, int nMarginY, int nFormat, int nAlign);
 
     /// Shallow: both objects then refer to one store and one charge, and only one of them may be destroyed
     /// while it holds them.
-    CImageObj(const CImageObj& other) = default;
-    CImageObj& operator=(const CImageObj& other) = default;
+    CImageObj(const CImageObj& other);
+    CImageObj& operator=(const CImageObj& other);
 
     /// Gives back a withheld reserve, destroys the image and closes the unit mappings. Not virtual: destroy
     /// an object through a pointer of its own class.
@@ -66,7 +67,7 @@ public:
 
     /// Gives the object a geometry and completes the caller's record in place: samples and pixel size from
     /// nFormat, layout by CalcAlign. Makes a store when there is none.
-    /// @return 0; 18 the layout does not fit 32 bits, or no store could be allocated; nothing is changed
+    /// @return 0; 18 the layout does not fit 32 bits; 1 no store could be allocated; nothing is changed then
     DWORD SetImageInfo(T_ImageLrg_tag* pInfo);
 
     /// Copies the geometry record out.
@@ -84,7 +85,8 @@ public:
     /// Makes the store after planning, or maps the file that it already has.
     /// @param nSize      bytes of the whole image
     /// @param nAllotted  bytes of the budget allotted to it
-    /// @return 0; 66; a code of CImageCtrl::Create. The charge stays in m_nAreaSize.
+    /// @param nSlots     view slots, 1 to 10, of a store made here
+    /// @return 0; 18 no store; 66; a code of CImageCtrl::Create. The charge stays in m_nAreaSize.
     virtual DWORD Create(LONG nSize, LONG nAllotted, int nSlots);
 
     /// Band height in lines.
@@ -102,7 +104,7 @@ public:
 
     /// Turns an image in memory, or a file mapped whole, into a file reached through band views, and gives
     /// its charge back.
-    /// @return 0; 49: the image is as it was
+    /// @return 0; 49 (logged) or 18 (the geometry has more bytes than the block): the image is as it was
     DWORD CnvFileImg();
 
     /// Swaps geometry, store and charge with another object. The charge of a file that comes in is given
@@ -139,25 +141,29 @@ public:
 
     // Budget ----------------------------------------------------------------------------------------------
 
-    /// Sizes the budget, in bytes, while nothing is allotted. Any thread.
+    /// Sizes the budget, in bytes, while nothing is allotted. The reserve becomes at least ms_nOnMemory; the
+    /// one-mapping size lies between that and the reserve, and is at most 32 MiB. Always 0. Any thread.
     static DWORD InitBaseMemory(LONG nReserve, LONG nOneMapping);
 
-    /// Gives d bytes back (or charges them, d < 0), clipped at the reserve. The caller holds the lock.
+    /// Gives d bytes back (or charges them, d < 0), clipped at the reserve. Always 0. The caller holds the
+    /// lock.
     static DWORD UpdateUseMemory(LONG d);
 
     /// Takes the whole free budget; the caller holds the lock and gives the rest back before it releases it.
     static LONG AskUseMemory();
 
-    static LONG AskFreeMemory() { return ms_FreeMemory; }              ///< free budget in bytes
-    static LONG GetUseMaxBandMemory() { return ms_nUseMaxBandMemory; } ///< bytes
-    static int SetUseMaxBandMemory(LONG nMiB);                         ///< 18 below 1, or 2048 and more
-    static LONG GetUseMinBandMemory() { return ms_nUseMinBandMemory; } ///< bytes
-    static CRITICAL_SECTION* GetCS() { return &m_g_cs; }               ///< the library's one, recursive lock
+    static LONG AskFreeMemory();               ///< free budget in bytes
+    static LONG GetUseMaxBandMemory();         ///< bytes
+    static int SetUseMaxBandMemory(LONG nMiB); ///< 18 below 1, or 2048 and more
+    static LONG GetUseMinBandMemory();         ///< bytes
+    static CRITICAL_SECTION* GetCS();          ///< the library's one, recursive lock
 
     // Planner ---------------------------------------------------------------------------------------------
 
-    /// Plans one step inside the budget and makes every image's store. When that fails, it clears the step,
-    /// withholds the reserve until the first input is destroyed, and plans once more with smallest bands.
+    /// Plans one step inside the budget and makes every image's store. When that fails and the step has an
+    /// input, it clears the step, withholds the reserve until the first input's destructor (not its Destroy)
+    /// gives it back, and plans once more with smallest bands. Charges whose store could not be made are
+    /// dropped: they do not come back to the budget until InitBaseMemory.
     ///
     /// @param ppIn, ppOut, ppTmp  arrays with the request's counts of objects; null for a count of 0
     /// @return 0: every image has its store; 18 a null object, one without a store or geometry, or counts out
@@ -198,6 +204,9 @@ public:
     DWORD MapBand(int nLine, T_ImageLrg_tag* pBand, int nDirection, int nSlot);
 
     /// Maps exactly the lines nFirst to nLast.
+    ///
+    /// @param nFirst, nLast  image lines, inside the image: only the buffer's ends are checked
+    /// @param pBand, nSlot   as for MapBand
     /// @return 0; 33 unknown access mode; 98 first after last; 69 no address; 18 the range exceeds 32 bits
     DWORD MapBandRange(int nFirst, int nLast, T_ImageLrg_tag* pBand, int nSlot);
 
@@ -237,7 +246,7 @@ public:
     static LONG ms_nUseMinBandMemory; ///< for hosts to read; sizes nothing
     static LONG ms_nUseMaxMemoryUnit; ///< band memory cap of the unit import
     static int ms_MinBand;            ///< smallest band height of the last planned step, at least 16
-    static CRITICAL_SECTION m_g_cs;
+    static CRITICAL_SECTION m_g_cs;   ///< the lock that GetCS gives
 
 private:
     static DWORD _MemoryAlloc(tag_MemAlloc* pRequest, CImageObj** ppIn, CImageObj** ppOut, CImageObj** ppTmp);

@@ -63,10 +63,30 @@ LONG CImageObj::AskUseMemory()
     return nFree;
 }
 
+LONG CImageObj::AskFreeMemory()
+{
+    return ms_FreeMemory;
+}
+
+LONG CImageObj::GetUseMaxBandMemory()
+{
+    return ms_nUseMaxBandMemory;
+}
+
 int CImageObj::SetUseMaxBandMemory(LONG nMiB)
 {
     if (nMiB < 1 || nMiB > kLargestBandMiB)
         return MM_BAD_ARGUMENT;
     ms_nUseMaxBandMemory = nMiB * kMiB;
     return MM_SUCCESS;
+}
+
+LONG CImageObj::GetUseMinBandMemory()
+{
+    return ms_nUseMinBandMemory;
+}
+
+CRITICAL_SECTION* CImageObj::GetCS()
+{
+    return &m_g_cs;
 }

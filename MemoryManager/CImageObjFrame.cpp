@@ -5,7 +5,6 @@
 #include "MemoryManager/ResultCodes.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstring>
 
@@ -85,17 +84,17 @@ void PaintFromImage(const FramedBand& band, SourceIndex pSource)
     }
 }
 
-constexpr std::size_t kColorBytes = 4;
-constexpr std::size_t kLargestPixel = 15 * 15; // bytes per sample and samples per pixel have four bits each
+constexpr int kColorBytes = 4;
 
-/// One pixel of the colour: its bytes in memory order, or one 16-bit sample for each of them.
-std::array<unsigned char, kLargestPixel> ColorPixel(int nColor, int nSampleBytes)
+/// One pixel of the colour: its bytes in memory order; in wider pixels one 16-bit sample for each of them.
+void PutColor(unsigned char* pPixel, int nPixelBytes, int nColor)
 {
-    const std::size_t nStep = nSampleBytes == 2 ? 2 : 1;
-    std::array<unsigned char, kLargestPixel> pixel{};
-    for (std::size_t i = 0; i < kColorBytes; ++i)
-        pixel[i * nStep] = static_cast<unsigned char>(static_cast<unsigned>(nColor) >> (8 * i));
-    return pixel;
+    const int nStep = nPixelBytes > kColorBytes ? 2 : 1;
+    for (int i = 0; i < nPixelBytes; ++i) {
+        const bool bFromColor = i % nStep == 0 && i / nStep < kColorBytes;
+        pPixel[i] =
+            static_cast<unsigned char>(bFromColor ? static_cast<unsigned>(nColor) >> (8 * (i / nStep)) : 0);
+    }
 }
 
 } // namespace
@@ -139,11 +138,9 @@ void CImageObj::TUpFrame3(T_ImageLrg_tag band)
 void CImageObj::TUpFrame4(T_ImageLrg_tag band, int nColor)
 {
     const FramedBand framed(band);
-    const auto pixel = ColorPixel(nColor, band.nSampleBytes);
-    const std::size_t nPixelBytes = std::min(framed.PixelBytes(), pixel.size());
     const auto fill = [&](int k, int nFrom, int nTo) {
         for (int x = nFrom; x < nTo; ++x)
-            std::memcpy(framed.Pixel(x, k), pixel.data(), nPixelBytes);
+            PutColor(framed.Pixel(x, k), band.nPixelBytes, nColor);
     };
     const int nEnd = framed.Width() + framed.Frame();
     for (int k = framed.FirstSideLine(); k <= framed.LastLine(); ++k) {

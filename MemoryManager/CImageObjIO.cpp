@@ -162,6 +162,9 @@ CImageObjIO::CImageObjIO()
     m_ImgInfoIO.nRatio = 100;
 }
 
+CImageObjIO::CImageObjIO(const CImageObjIO& other) = default;
+CImageObjIO& CImageObjIO::operator=(const CImageObjIO& other) = default;
+
 CImageObjIO::~CImageObjIO()
 {
     if (m_pImageCtrl)
@@ -289,18 +292,24 @@ DWORD CImageObjIO::Create(LONG nSize, LONG nAllotted, int nSlots)
     CImageCtrlIO* pStore = Store();
     if (!pStore)
         return MM_BAD_ARGUMENT;
-    if (m_nTmpBufMode == 1) {
-        const AreaSplit split = SplitArea(nAllotted, m_ImgInfoIO, m_ImgInfo);
-        m_ImgInfo.nBandLines = split.nLines;
-        m_ImgInfoIO.nBandLines = split.nLines;
-        if (const DWORD nResult = pStore->CreateTMPBuf(static_cast<int>(split.nExternal));
-            nResult != MM_SUCCESS)
+    if (m_nTmpBufMode != 1)
+        return pStore->HoldsAllotment(nSize, nAllotted) ? MM_SUCCESS
+                                                        : pStore->Create(nSize, nAllotted, nSlots);
+
+    const AreaSplit split = SplitArea(nAllotted, m_ImgInfoIO, m_ImgInfo);
+    int nLines = split.nLines;
+    if (pStore->HoldsAllotment(nSize, split.nObject) &&
+        pStore->WorkBufferBytes() == static_cast<SIZE_T>(split.nExternal)) {
+        nLines = std::min({nLines, m_ImgInfo.nBandLines, m_ImgInfoIO.nBandLines});
+    } else {
+        DWORD nResult = pStore->CreateTMPBuf(static_cast<int>(split.nExternal));
+        if (nResult == MM_SUCCESS)
+            nResult = pStore->Create(nSize, split.nObject, nSlots);
+        if (nResult != MM_SUCCESS)
             return nResult;
-        nAllotted = split.nObject;
     }
-    if (pStore->HoldsAllotment(nSize, nAllotted))
-        return MM_SUCCESS;
-    return pStore->Create(nSize, nAllotted, nSlots);
+    m_ImgInfo.nBandLines = m_ImgInfoIO.nBandLines = nLines;
+    return MM_SUCCESS;
 }
 
 int CImageObjIO::GetBandHeight()
@@ -311,6 +320,11 @@ int CImageObjIO::GetBandHeight()
 void CImageObjIO::GetImageInfoIO(T_ImageLrg_tag* pInfo)
 {
     *pInfo = m_ImgInfoIO;
+}
+
+void CImageObjIO::SetAlpha(int nAlpha)
+{
+    m_nAlpha = nAlpha;
 }
 
 CImageCtrlIO* CImageObjIO::Store() const

@@ -20,12 +20,14 @@ struct T_ImgInf;
 class MM_API CImageObjIO : public CImageObj
 {
 public:
+    /// No store and no geometry: format, band state and sizes 0, ratio 100, file type -1, work-buffer mode
+    /// and conversion on. One of the InitFor operations comes next.
     CImageObjIO();
 
     /// Shallow: both objects then share one store and one charge, and only one of them may be destroyed
     /// while it holds them.
-    CImageObjIO(const CImageObjIO& other) = default;
-    CImageObjIO& operator=(const CImageObjIO& other) = default;
+    CImageObjIO(const CImageObjIO& other);
+    CImageObjIO& operator=(const CImageObjIO& other);
 
     /// Destroys the store; the host's file and block stay open. Not virtual.
     ~CImageObjIO();
@@ -80,8 +82,10 @@ public:
 
     /// Makes the store. In work-buffer mode the area is split by line length: one part becomes the work
     /// buffer for the external band, the other the store's area, and the lines that both hold become the
-    /// band height of both records.
-    /// @return 0; 1 no memory; 18 not set up; a code of CImageCtrlIO::Create
+    /// band height of both records. What an earlier call made for the same allotment stays, with its content
+    /// and addresses, and a band height that is lower by now stays low.
+    /// @return 0; 1 no memory; 18 not set up; a code of CImageCtrlIO::Create; after a failure the band
+    ///         heights are as they were
     DWORD Create(LONG nSize, LONG nAllotted, int nSlots) override;
 
     /// External lines of a band.
@@ -91,7 +95,7 @@ public:
 
     /// What a fourth external sample receives on output: 1 all ones, 0 the object's own, if it has one; any
     /// other value makes four-sample outputs write nothing.
-    void SetAlpha(int nAlpha) { m_nAlpha = nAlpha; }
+    void SetAlpha(int nAlpha);
 
     // Bands -----------------------------------------------------------------------------------------------
 
@@ -101,6 +105,8 @@ public:
     /// @param pBand       out: a copy of m_ImgInfo with the band's lines; pImage is the band's external
     ///                    address, null when the store gave none
     /// @param nDirection  MM_DIRECTION
+    /// @param nSlot       view slot, 0 .. 9; for access type 0 the view goes to slot 0 whatever it says:
+    ///                    use 0, or UnmapBand will not find it
     /// @return 0; 18 not set up; 107 line outside the image; 118 unknown direction
     ///
     /// An output is filled through UnmapBand with a buffer. An input is converted into the store's work
@@ -108,24 +114,26 @@ public:
     /// nothing is read from the file: the band is what the work buffer begins with.
     DWORD MapBand(int nLine, T_ImageLrg_tag* pBand, int nDirection, int nSlot);
 
-    /// Maps exactly the external lines nFirst to nLast, always through the store. pBand as in MapBand, but
-    /// for an output pImage stays what it was.
+    /// Maps exactly the external lines nFirst to nLast, always through the store. pBand and nSlot as in
+    /// MapBand, but for an output pImage stays what it was.
     /// @return 0; 70 no address; 108 first after last
     DWORD MapBandRange(int nFirst, int nLast, T_ImageLrg_tag* pBand, int nSlot);
 
     /// Maps the external lines nFirst to nLast in slot 0 and converts them straight to pDst, the first pixel
     /// of a band in the object's layout. Of pBand only nBandTop, nBandBottom and pImage are set.
-    /// @return 0; 71 no address
+    /// @return 0; 71 no address, or lines outside the image or none: nothing is converted
     DWORD MapBandRangeBuf(int nFirst, int nLast, unsigned char* pDst, T_ImageLrg_tag* pBand);
 
-    /// Ends the band without converting anything.
+    /// Ends the band without converting anything. nSlot is the one that was mapped, for access type 0 slot 0.
     /// @return 0; 18 not set up; 49; 82
     DWORD UnmapBand(int nSlot);
 
     /// Converts a band from the object's layout into the external one and ends it, which writes an output to
     /// its file.
-    /// @param pBuffer  first pixel of the object's band; null: the store's work buffer, if it holds the band
-    /// @return as the other UnmapBand; 49 after up to a minute while the disk is full
+    /// @param pBuffer  first pixel of the object's band; null: the store's work buffer, if it has room for
+    ///                 the band's lines in the object
+    /// @return as the other UnmapBand; 18 also when a null buffer cannot be used: the band is still on loan;
+    ///         49 after up to a minute while the disk is full
     DWORD UnmapBand(unsigned char* pBuffer, int nSlot);
 
     T_ImageLrg_tag m_ImgInfoIO; ///< layout of the external image, header included in nBufSize
@@ -138,7 +146,6 @@ public:
 private:
     CImageCtrlIO* Store() const;
     unsigned char* MapExternal(std::int64_t nOffset, std::int64_t nBytes, int nSlot);
-    std::int64_t WorkBufferBytes() const;
     void ConvertToWorkBuffer(int nFirst, int nLast);
 
     /// Convert the lines nFirst to nLast, whose first lines lie at pSrc and pDst; the line numbers give the

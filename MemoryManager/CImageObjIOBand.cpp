@@ -98,6 +98,8 @@ DWORD CImageObjIO::MapBandRange(int nFirst, int nLast, T_ImageLrg_tag* pBand, in
 
 DWORD CImageObjIO::MapBandRangeBuf(int nFirst, int nLast, unsigned char* pDst, T_ImageLrg_tag* pBand)
 {
+    if (nFirst < 0 || nFirst > nLast || nLast >= m_ImgInfoIO.nHeight)
+        return MM_IO_BUFFER_ADDRESS;
     const std::int64_t nLines = std::int64_t{nLast} - nFirst + 1;
     m_ImgInfoIO.pImage =
         MapExternal(std::int64_t{m_ImgInfoIO.nLineBytes} * nFirst, nLines * m_ImgInfoIO.nLineBytes, 0);
@@ -122,13 +124,15 @@ DWORD CImageObjIO::UnmapBand(unsigned char* pBuffer, int nSlot)
     if (!pStore)
         return MM_BAD_ARGUMENT;
     const std::int64_t nLines = std::int64_t{m_ImgInfo.nBandBottom} - m_ImgInfo.nBandTop + 1;
-    if (!pBuffer && nLines * m_ImgInfo.nLineBytes <= WorkBufferBytes())
+    if (!pBuffer && nLines * m_ImgInfo.nLineBytes <= static_cast<std::int64_t>(pStore->WorkBufferBytes()))
         pBuffer = pStore->GetTMPBuf(0);
+    if (!pBuffer && m_nConvert == 1)
+        return MM_BAD_ARGUMENT;
     // A band that lies in the work buffer is not on loan from the store, which then has a place for it only
     // when it holds the image whole. The two records may name different bands after MapBandRange.
     const bool bOnLoan = m_ImgInfoIO.pImage && m_ImgInfoIO.pImage != pStore->GetTMPBuf(0);
     const bool bInImage = m_ImgInfoIO.nBandTop + nLines <= m_ImgInfoIO.nHeight;
-    if (m_nConvert == 1 && pBuffer && bInImage && (bOnLoan || pStore->GetAllMapFlg() == 1)) {
+    if (m_nConvert == 1 && bInImage && (bOnLoan || pStore->GetAllMapFlg() == 1)) {
         unsigned char* pDst = pStore->GetWrtBuf(m_ImgInfoIO.nBandTop * m_ImgInfoIO.nLineBytes);
         if (pDst)
             ConvertOutData(m_ImgInfo.nBandTop, m_ImgInfo.nBandBottom, pBuffer, pDst, &m_ImgInfo,
@@ -147,15 +151,6 @@ unsigned char* CImageObjIO::MapExternal(std::int64_t nOffset, std::int64_t nByte
     return static_cast<unsigned char*>(pBand);
 }
 
-/// Bytes that the work buffer is known to hold: the external band that the area was split for. The records
-/// of an image in the host's block do not tell: there every band height is the image's.
-std::int64_t CImageObjIO::WorkBufferBytes() const
-{
-    if (m_nTmpBufMode != 1 || Store()->GetAcsType() == ACS_MEMORY || !Store()->GetTMPBuf(0))
-        return 0;
-    return std::int64_t{m_ImgInfoIO.nLineBytes} * std::min(m_ImgInfo.nBandLines, m_ImgInfoIO.nBandLines);
-}
-
 /// Converts an input band into the work buffer, where the object's line nFirst has its place; only when the
 /// buffer holds those lines, behind the external band if that lies in the buffer itself.
 void CImageObjIO::ConvertToWorkBuffer(int nFirst, int nLast)
@@ -165,7 +160,8 @@ void CImageObjIO::ConvertToWorkBuffer(int nFirst, int nLast)
     const std::int64_t nEnd = std::int64_t{m_ImgInfo.nLineBytes} * (std::int64_t{nLast} + 1);
     const std::int64_t nTaken =
         m_ImgInfoIO.pImage == pWork ? m_ImgInfoIO.nLineBytes * (std::int64_t{nLast} - nFirst + 1) : 0;
-    if (m_nConvert != 1 || !m_ImgInfoIO.pImage || nStart < nTaken || nEnd > WorkBufferBytes())
+    if (m_nConvert != 1 || !m_ImgInfoIO.pImage || nStart < nTaken ||
+        nEnd > static_cast<std::int64_t>(Store()->WorkBufferBytes()))
         return;
     ConvertInData(nFirst, nLast, m_ImgInfoIO.pImage, pWork + nStart, &m_ImgInfoIO, &m_ImgInfo);
 }

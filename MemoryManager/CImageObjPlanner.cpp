@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kSmallestBand = 16; // lines; a request may ask for more
 
-/// The largest integer not above x towards zero, held within int.
+/// x without its fraction, held within int.
 int Truncate(double x)
 {
     constexpr double nMost = std::numeric_limits<int>::max();
@@ -39,6 +39,12 @@ T_ImageLrg_tag RecordOf(CImageObj& image)
 bool IsUncharged(const CImageObj& image)
 {
     return image.m_nAreaSize <= 0;
+}
+
+/// Whether slot 0 holds the image: a block or a view. The band buffer of a host's file is neither.
+bool HoldsImage(const CImageCtrl& store)
+{
+    return store.GetMemPtr() && (store.GetAcsType() != ACS_FILEIO || store.GetAllMapFlg());
 }
 
 /// One sizing pass: takes the whole free budget, charges it image by image, and gives the rest back.
@@ -88,7 +94,7 @@ private:
     void PlaceWhole(int nIndex)
     {
         CImageObj& image = *m_ppList[nIndex];
-        if (image.m_pImageCtrl->GetMemPtr() == nullptr && IsUncharged(image)) {
+        if (!HoldsImage(*image.m_pImageCtrl) && IsUncharged(image)) {
             const int nSize = image.GetAreaSize();
             if (m_nFree < nSize || CImageObj::ms_MaxOneMappingSize < nSize) {
                 m_nFirstBanded = std::min(m_nFirstBanded, nIndex);
@@ -205,7 +211,7 @@ int SmallestBand(const tag_MemAlloc& request)
 /// are at most ms_MaxOneMappingSize each.
 bool IsPlannable(CImageObj* pImage, int nSmallestBand, int nMapCnt)
 {
-    if (!pImage || !pImage->m_pImageCtrl || pImage->GetAreaSize() < 0)
+    if (!pImage || !pImage->m_pImageCtrl || pImage->GetAreaSize() <= 0)
         return false;
     const T_ImageLrg_tag info = RecordOf(*pImage);
     const int nLines = std::min(nSmallestBand, info.nAllocHeight);
@@ -216,23 +222,30 @@ bool IsPlannable(const tag_MemAlloc& request, CImageObj** ppIn, CImageObj** ppOu
 {
     if (request.nMapCnt < 1 || request.nMapCnt > MM_SLOT_COUNT)
         return false;
-    const auto isPlannable = [&](CImageObj** ppImages, int nCount) {
+    const auto isPlannable = [&](CImageObj** ppImages, int nCount, int nMapCnt) {
         if (nCount < 0 || (nCount > 0 && !ppImages))
             return false;
         return std::all_of(ppImages, ppImages + nCount, [&](CImageObj* pImage) {
-            return IsPlannable(pImage, SmallestBand(request), request.nMapCnt);
+            return IsPlannable(pImage, SmallestBand(request), nMapCnt);
         });
     };
-    return isPlannable(ppIn, request.nInCnt) && isPlannable(ppOut, request.nOutCnt) &&
-           isPlannable(ppTmp, request.nTmpCnt);
+    return isPlannable(ppIn, request.nInCnt, request.nMapCnt) && isPlannable(ppOut, request.nOutCnt, 1) &&
+           isPlannable(ppTmp, request.nTmpCnt, request.nMapCnt);
+}
+
+/// Whether a step has made the image's store. A store over the host's own block shows the block from the
+/// beginning; making it again costs nothing, so it counts as not made.
+bool IsStoreMade(const CImageCtrl& store)
+{
+    const bool bHostBlock = store.GetAcsType() == ACS_MEMORY && store.GetImgType() != IMG_WORK;
+    return (store.GetMemPtr() && !bHostBlock) || store.GetFHandle() != INVALID_HANDLE_VALUE;
 }
 
 /// Inputs whose store was never made: what a failed attempt charged for them is planned again.
 void ReturnUnmadeInputs(CImageObj** ppIn, int nCount)
 {
     for (int i = 0; i < nCount; ++i) {
-        const CImageCtrl& store = *ppIn[i]->m_pImageCtrl;
-        if (!store.GetMemPtr() && store.GetFHandle() == INVALID_HANDLE_VALUE) {
+        if (!IsStoreMade(*ppIn[i]->m_pImageCtrl)) {
             ReturnToBudget(ppIn[i]->m_nAreaSize);
             ppIn[i]->m_nAreaSize = 0;
         }
@@ -245,6 +258,7 @@ void WithholdReserve(CImageObj& firstInput)
     if (firstInput.m_nReserveTaken == 1)
         return;
     firstInput.m_nReserveTaken = 1;
+    const LibraryLock lock; // the reserve itself may be sized anew meanwhile
     ChargeBudget(CImageObj::ms_ReserveMemory);
 }
 

@@ -37,7 +37,7 @@ struct T_ImgInf
     int nFileType;          ///< MM_FILE_TYPE
     tag_E_ACSTYPE eAcsType; ///< how the data is reached
     HANDLE hData;           ///< file handle (ACS_MMF, ACS_FILEIO) or block address (ACS_MEMORY); never owned
-    int nOffset;            ///< bitmap input: bytes from the signature "BM" to the first pixel byte
+    int nOffset;            ///< bitmap input: bytes from "BM" to the first pixel byte; else not read
     int nWidth;             ///< pixels
     int nHeight;            ///< lines
     int nSrcFormat;         ///< format code of the source: external for an input, else the object's

@@ -21,34 +21,55 @@ MM_API const char* GetErrLogPath();
 /// @param nBottomUp  1: the external lines are stored last line first
 /// @param ppLog      host's log stack with room for four entries and the end mark, or null. The end entries
 ///                   are written on success only.
-/// @return 0: every pixel is in its place; 1; 18 a size or format that no buffer can be made for; 49 no
-///         bitmap signature, or the file is shorter than its picture; 71; a code of the planner or of band
-///         mapping. After a failure the object holds nothing or an unfinished image: destroy it.
+///
+/// Formats that can be paired, external and object's: BGR24 with BGR24, BGRA32 or RAW64; BGRA32 with BGRA32
+/// or RAW64; RAW48 with RAW48 or RAW64; RAW64 with RAW64, or with RAW48, which loses the fourth sample. A
+/// fourth sample that the external image lacks becomes all ones (255 from a bitmap). Any other pair gives 0
+/// too, with pixels that were not written or not wholly.
+///
+/// @return 0: every pixel of such a pair is in its place; 1; 18 a size or format that no buffer can be
+///         made for; 49 no bitmap signature, or the file is shorter than its picture; 71; a code of the
+///         planner or of band mapping. After a failure the object holds nothing or an unfinished image:
+///         destroy it.
 ///
 /// Any thread; one thread at a time on one object, file or block. The file's position is moved.
 MM_API DWORD ImportImg(CImageObj* pObj, T_ImgInf* pInf, int nBottomUp, T_LOG_STACK_tag** ppLog);
 
 /// Writes an object's image to the host's file (created empty, its header comes first for a bitmap) or block.
+/// The file is open for reading and writing and not for appending.
+///
+/// Samples keep their width: objects of BGR24 or BGRA32 go to either bitmap, those of RAW48 or RAW64 to
+/// either raw image; a fourth sample that the external image lacks is lost. Any other pair, and any nAlpha
+/// but 0 and 1 for an external image of four samples, gives 0 too, with bytes that were not written or mean
+/// nothing.
 ///
 /// @param pObj    source; its image and charge are released, on failure too, but for those below
 /// @param pInf    the external image, not larger than the object's: what is larger of the object, at the
 ///                right and the bottom, is left out
-/// @param nAlpha  what a fourth output sample receives: 1 all ones, 0 the object's own
-/// @return 0: every byte is in its place; 1, 18 or 49 from setting up (49: the header could not be written),
-///         and the object is as it was; after that 49 a band could not be written, 71, or a code of the
-///         planner or of band mapping
+/// @param nAlpha  what a fourth output sample receives: 1 all ones, 0 the object's own, or all ones when
+///                the object has none
+/// @return 0: every byte of such a pair is in its place; 1, 18 or 49 from setting up (49: the header
+///         could not be written), and the object is as it was; after that 49 a band could not be written,
+///         71, or a code of the planner or of band mapping
 ///
-/// Any thread, as ImportImg. Can take a minute while the disk is full. Samples keep their width: an object of
-/// 8-bit samples goes to a bitmap, one of 16-bit samples to a raw image.
+/// Any thread, as ImportImg. Can take a minute while the disk is full.
 MM_API DWORD ExportImg(CImageObj* pObj, T_ImgInf* pInf, int nBottomUp, T_LOG_STACK_tag** ppLog, int nAlpha);
 
 /// Turns the host's record of a pair of images into two descriptions. A data type outside 0 to 3 leaves the
 /// file type, the type's format and the line length of its description untouched; a line that does not fit 32
 /// bits has length 0, and such an image is refused by whatever is to read or write it.
 ///
+/// @param pPair       the host's record; not changed, and not referred to afterwards
 /// @param nInFormat   object format for the input side
 /// @param nOutFormat  object format for the output side
+/// @param pIn         out: the input, of ACS_FILEIO; its handle and offset are the pair's
+/// @param pOut        out: the output, of ACS_FILEIO; its handle and offset are the pair's
+///
+/// No pointer may be null. Any thread.
 MM_API void CreateParam(ZBT_IMAGE_IN_FILE* pPair, int nInFormat, int nOutFormat, T_ImgInf* pIn,
                         T_ImgInf* pOut);
+
+/// The same for blocks, of ACS_MEMORY. pPair->nOutOffset then tells where the output's pixels will start (54
+/// bitmap, 0 raw; an unknown type leaves it alone); pOut has the offset that stood there before.
 MM_API void CreateParam(ZBT_IMAGE_ON_MEMORY* pPair, int nInFormat, int nOutFormat, T_ImgInf* pIn,
                         T_ImgInf* pOut);

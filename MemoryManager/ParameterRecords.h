@@ -24,7 +24,7 @@ struct ZBT_IMAGE_IN_FILE
     int nInHeight;     ///< lines
     short nInReserved; ///< not read
     HANDLE hOutImage;  ///< output file
-    int nOutOffset;    ///< not used for a file
+    int nOutOffset;    ///< copied to the description's nOffset, which no output reads
     short nOutType;    ///< MM_DATA_TYPE
     int nOutWidth;     ///< pixels
     int nOutHeight;    ///< lines

@@ -7,7 +7,9 @@
 //   beside a call fail with error 87 instead of pretending.
 // - Any thread may call anything; the last error belongs to the calling thread and is set by failures only.
 // - Interrupted calls and short transfers are finished inside the layer.
-// - Paths are bytes. A backslash separates folders, on every system.
+// - Paths are bytes. A backslash separates folders, on every system, unless it is the second byte of a
+//   double-byte character: on Windows of its code page, elsewhere of code page 932 in a text that is not
+//   valid UTF-8.
 // - Every handle is closed once, by the side that opened it.
 
 #include "Platform/PlatformTypes.h"

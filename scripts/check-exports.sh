@@ -12,7 +12,10 @@ if surplus=$(grep -vE "$allowed" <<<"$exported"); then
 fi
 for name in 'CImageObj::MemoryAlloc(' 'CImageObj::MapBandRange(' 'CImageObj::m_g_cs' 'CImageCtrl::CleanTempFolder(' \
     'CImageCtrl::ms_TempDirctoryName' \
-    'CImageObjIO::GetImageInfoIO(' 'ImportImg(' 'ExportImg(' \
+    'CImageObjIO::GetImageInfoIO(' 'CImageObjIO::SetAlpha(' 'CImageCtrlIO::SetHederSize(' \
+    'CImageCtrlIO::GetTempBuf(' 'CImageCtrlIO::GetTMPBuf(' 'CImageCtrlIO::SetFileHandle(' 'CImageCtrlIO::SetFileSize(' \
+    'CImageCtrlIO::GetFHandle(' 'CImageCtrlIO::SetImageData(' 'CImageCtrl::GetMemPtr(' 'CImageObj::AskFreeMemory(' \
+    'ImportImg(' 'ExportImg(' \
     'SetErrLogPath(' 'GetErrLogPath(' 'GetImageObjMemState(' 'CreateParam('; do
     grep -qF "$name" <<<"$exported" || { echo "Not exported: $name" >&2; exit 1; }
 done

@@ -100,7 +100,7 @@ int Source(int nMode, int nIndex, int nCount)
 TEST_F(Frames, ArePaintedRoundTheLastLineOnly)
 {
     const int nColor = 0x44332211;
-    for (int nFormat : {int(MM_FORMAT_BGR24), int(MM_FORMAT_BGRA32), int(MM_FORMAT_RAW64)})
+    for (int nFormat : {int(MM_FORMAT_BGR24), int(MM_FORMAT_BGRA32), int(MM_FORMAT_RAW64), 0x202})
         for (int nMode = MM_FRAME_REPLICATE; nMode <= MM_FRAME_COLOR; ++nMode)
             for (const auto& [nWidth, nHeight, F] :
                  {std::array{4, 9, 2}, {1, 1, 3}, {2, 2, 3}, {5, 3, 1}, {3, 1, 2}}) {

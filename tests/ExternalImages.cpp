@@ -104,8 +104,10 @@ TEST(ExternalImages, AnswerThePlannerInExternalLines)
 
 TEST(ExternalImages, SplitTheAreaByLineLength)
 {
-    const int cases[][4] = {
-        {3000, 4224, 9000000, 1245}, {3000, 4224, 100, 1}, {3000, 0, 9000, 3}, {0, 4224, 9000, 2}};
+    const int cases[][4] = {{3000, 4224, 9000000, 1245},
+                            {3000, 4224, 100, 1},
+                            {3000, 0, 9000, 3},
+                            {0, 4224, 9000, 1}}; // the last one fails
     for (const auto& [nExternalLine, nObjectLine, nArea, nLines] : cases) {
         Wrapped w(0, 10, 5, 0x301, 0x401, IMG_OUTPUT, 1);
         w.io.m_ImgInfoIO.nLineBytes = nExternalLine;
@@ -138,7 +140,21 @@ TEST(ExternalImages, MapTheLinesThatWereAskedFor)
     }
     EXPECT_EQ(MM_IO_RANGE_REVERSED, w.io.MapBandRange(5, 4, &record, 0));
     EXPECT_EQ(MM_IO_RANGE_ADDRESS, w.io.MapBandRange(-1, 4, &record, 0));
-    EXPECT_EQ(MM_IO_BUFFER_ADDRESS, w.io.MapBandRangeBuf(100, 100, nullptr, &record));
+    for (const auto& [nFirst, nLast] : {std::pair(100, 100), {99, 100}, {-1, 0}, {5, 4}})
+        EXPECT_EQ(MM_IO_BUFFER_ADDRESS, w.io.MapBandRangeBuf(nFirst, nLast, nullptr, &record)) << nFirst;
+}
+
+TEST(ExternalImages, TakeANullBufferForTheWorkBufferWhenThatHoldsTheBand)
+{
+    Wrapped w(1, 2, 4, 0x302, 0x302, IMG_OUTPUT, 1);
+    T_ImageLrg_tag record{};
+    for (const int nArea : {1000, 80000}) { // for less than one line of the object, and for more than four
+        ASSERT_EQ(0u, w.io.Create(0, nArea, 1) | w.io.MapBand(0, &record, MM_BAND_DOWNWARD, 0));
+        for (int i = 0; i < 12; ++i)
+            record.pImage[i] = static_cast<unsigned char>('a' + i);
+        EXPECT_EQ(nArea == 1000 ? 18u : 0u, w.io.UnmapBand(nullptr, 0));
+        EXPECT_EQ(nArea == 1000 ? "BM.........." : "abcdefghijkl", std::string(w.Line(0), 12));
+    }
 }
 
 } // namespace

@@ -168,6 +168,7 @@ TEST_F(ImportExport, ConvertIntoTheWorkBufferOnlyWhatItHolds)
     ASSERT_EQ(0u, io.InitForUnify(&inf, IMG_INPUT, 0, 0, 0, MM_ALIGN_LINES, 0, 1));
     ASSERT_EQ(0u, io.Create(1 << 20, 40 * 352, 1)); // 1280 bytes of work buffer: four lines of the object
     const char* pWork = reinterpret_cast<char*>(static_cast<CImageCtrlIO*>(io.m_pImageCtrl)->GetTMPBuf(0));
+    io.m_ImgInfoIO.nBandLines = 1; // it holds no less for that
     for (const int nLast : {4, 3}) {
         T_ImageLrg_tag band{};
         ASSERT_EQ(0u, io.MapBandRange(2, nLast, &band, 0));

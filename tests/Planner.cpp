@@ -2,7 +2,11 @@
 
 #include "TestImages.h"
 
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
 #include <random>
+#include <unistd.h>
 
 using Planner = BudgetTest;
 
@@ -120,6 +124,10 @@ TEST_F(Planner, RefusesBadRequestsWithoutACharge)
     };
     refuse(Step({nullptr}, {&out}), MM_BAD_ARGUMENT, "no object");
     refuse(Step({&in}, {&bare}), MM_BAD_ARGUMENT, "no store");
+    CImageObj shapeless(&bare);
+    refuse(Step({&in}, {&shapeless}), MM_BAD_ARGUMENT, "no geometry");
+    CImageObj tooLarge(&in, 1 << 30, 1 << 30, 4);
+    refuse(Step({&tooLarge}, {}), MM_BAD_ARGUMENT, "a size without a layout");
     Step slots({&in}, {&out});
     slots.request.nMapCnt = 11;
     refuse(slots, MM_BAD_ARGUMENT, "more slots than a store has");
@@ -227,4 +235,24 @@ TEST_F(Planner, BalancesTheBudgetForAnyStep)
         images.clear();
         EXPECT_EQ(CImageObj::ms_ReserveMemory, CImageObj::AskFreeMemory());
     }
+}
+
+// The band buffer of a host's file is not the image: it must not be charged whole when it is planned again.
+TEST_F(Planner, PlansAHostsFileAgainWithBands)
+{
+    const auto path = std::filesystem::temp_directory_path() / "planner-input.raw";
+    std::ofstream(path).close();
+    std::filesystem::resize_file(path, 6 * 1000 * 20000);
+    const int nFile = open(path.c_str(), O_RDONLY);
+    T_ImgInf inf{MM_FILE_RAW, ACS_FILEIO, nullptr, 0, 1000, 20000, MM_FORMAT_RAW48, MM_FORMAT_RAW64, 6000};
+    inf.hData = reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(nFile));
+    CImageObjIO input;
+    ASSERT_EQ(MM_SUCCESS, input.InitForUnify(&inf, IMG_INPUT, 0, 0, 0, MM_ALIGN_LINES, 0, 0));
+    for (int i = 0; i < 2; ++i) {
+        ASSERT_EQ(MM_SUCCESS, Step({&input}, {}).Alloc());
+        EXPECT_LE(input.m_nAreaSize, 32 * kMiB) << "plan " << i;
+        EXPECT_EQ(100 * kMiB - input.m_nAreaSize, CImageObj::AskFreeMemory());
+    }
+    close(nFile);
+    std::filesystem::remove(path);
 }

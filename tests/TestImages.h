@@ -25,7 +25,7 @@ inline T_ImageLrg_tag Geometry(int nWidth, int nHeight, int nMargin = 0, int nFo
 }
 
 /// An object with a geometry, destroyed with its scope.
-class TestImage : public CImageObj
+class TestImage final : public CImageObj
 {
 public:
     explicit TestImage(T_ImageLrg_tag info) { EXPECT_EQ(MM_SUCCESS, SetImageInfo(&info)); }

@@ -2,7 +2,7 @@
 //
 // A mapping handle is a duplicate of the file's descriptor; its size and protection are remembered with it,
 // so that a view costs no look at the file. Blocks are reserved before anybody writes through a view: a full
-// disk is an error of the call that makes the file longer, never the end of the process at some later pixel.
+// disk is an error of the call that makes the mapping, never the end of the process at some later pixel.
 
 #include "Platform/posix/PosixLayer.h"
 
@@ -41,13 +41,20 @@ Registry<std::uintptr_t, View>& Views()
     return views.value;
 }
 
+/// posix_fallocate inside a file. Where the file system does not know how, holes stay: the C library would
+/// then write into every block, against whoever writes there at the same time.
+int AllocateInside(int nFile, off_t nOffset, off_t nBytes)
+{
+    return fallocate(nFile, 0, nOffset, nBytes) == 0 || errno == EOPNOTSUPP ? 0 : errno;
+}
+
 /// Gives the bytes nFrom .. nTo - 1 of a file real blocks. 0 or an errno value, with part of it done.
-int ReserveBlocks(int nFile, std::uint64_t nFrom, std::uint64_t nTo)
+int ReserveBlocks(int nFile, std::uint64_t nFrom, std::uint64_t nTo, int (*pAllocate)(int, off_t, off_t))
 {
     std::uint64_t nLargest = kLargestPiece;
     while (nFrom < nTo) {
         const std::uint64_t nPiece = std::min(nLargest, nTo - nFrom);
-        const int nErrno = posix_fallocate(nFile, static_cast<off_t>(nFrom), static_cast<off_t>(nPiece));
+        const int nErrno = pAllocate(nFile, static_cast<off_t>(nFrom), static_cast<off_t>(nPiece));
         if (nErrno == 0)
             nFrom += nPiece;
         else if (nErrno == EINTR)
@@ -58,17 +65,35 @@ int ReserveBlocks(int nFile, std::uint64_t nFrom, std::uint64_t nTo)
     return 0;
 }
 
+bool FailReservation(int nErrno)
+{
+    return nErrno == ENOMEM ? Fail(ERROR_DISK_FULL) : FailErrno(nErrno); // files in memory: that disk is full
+}
+
+/// Gives the first nBytes of a file real blocks where it has holes. An input that is mapped for reading and
+/// writing takes its full size on the disk from then on; leaving its holes would mean a signal when the disk
+/// is full. Blocks are counted, which costs files without holes nothing. A failure changes no length and no
+/// byte; holes filled before it stay filled.
+bool FillHoles(int nFile, const struct stat& file, std::uint64_t nBytes)
+{
+    constexpr std::uint64_t kStatBlock = 512;
+    if (static_cast<std::uint64_t>(file.st_blocks) * kStatBlock >= static_cast<std::uint64_t>(file.st_size))
+        return true;
+    const int nErrno = ReserveBlocks(nFile, 0, nBytes, AllocateInside);
+    return nErrno == 0 || FailReservation(nErrno);
+}
+
 /// Makes a file longer, all or nothing: a reservation that fails half-way would leave a length at which the
 /// next append would land in the wrong place. False: 112 no room, 223 above a limit.
 bool Grow(int nFile, std::uint64_t nFrom, std::uint64_t nTo)
 {
     if (!FitsFileSizeLimit(nTo))
         return false;
-    const int nErrno = ReserveBlocks(nFile, nFrom, nTo);
+    const int nErrno = ReserveBlocks(nFile, nFrom, nTo, posix_fallocate);
     if (nErrno == 0)
         return true;
     Uninterrupted([&] { return ftruncate(nFile, static_cast<off_t>(nFrom)); });
-    return nErrno == ENOMEM ? Fail(ERROR_DISK_FULL) : FailErrno(nErrno); // files in memory: that disk is full
+    return FailReservation(nErrno);
 }
 
 /// Whether a mapping of this kind may be made of an open file; *pFile tells its size. A file open for
@@ -150,7 +175,8 @@ HANDLE CreateFileMappingA(HANDLE hFile, void* pSecurity, DWORD nProtect, DWORD n
     if (!Mappings().Add(mapping.Get(), {nBytes, bWritable}))
         return FailNull(ERROR_NOT_ENOUGH_MEMORY);
     const HANDLE hMap = HandleOf(mapping.Release());
-    if (nBytes > nLength && !Grow(nFile, nLength, nBytes)) {
+    if ((bWritable && !FillHoles(nFile, file, std::min(nBytes, nLength))) ||
+        (nBytes > nLength && !Grow(nFile, nLength, nBytes))) {
         CloseHandle(hMap);
         return nullptr;
     }

@@ -41,21 +41,30 @@ bool IsLeadByte(unsigned char c)
     return (c >= 0x81 && c <= 0x9F) || (c >= 0xE0 && c <= 0xFC);
 }
 
-void BackslashesToSlashes(char* pszPath)
+const unsigned char* Bytes(const char* psz)
 {
-    auto* p = reinterpret_cast<unsigned char*>(pszPath);
-    const bool bSingleBytes = IsUtf8(p);
-    for (; *p != 0; ++p) {
-        if (!bSingleBytes && IsLeadByte(p[0]) && p[1] != 0)
-            ++p;
-        else if (*p == '\\')
-            *p = '/';
-    }
+    return reinterpret_cast<const unsigned char*>(psz);
 }
 
 } // namespace
 
 namespace platform::posix {
+
+CharacterSet::CharacterSet(const char* pszText) : m_bUtf8(IsUtf8(Bytes(pszText))) {}
+
+int CharacterSet::Length(const char* pCharacter) const
+{
+    const unsigned char* p = Bytes(pCharacter);
+    return m_bUtf8 ? Utf8Length(p) : IsLeadByte(p[0]) && p[1] != 0 ? 2 : 1;
+}
+
+void BackslashesToSlashes(char* pszPath)
+{
+    const CharacterSet set(pszPath);
+    for (char* p = pszPath; *p != 0; p += set.Length(p))
+        if (*p == '\\')
+            *p = '/';
+}
 
 NativePath::NativePath(LPCSTR pszPath) : m_szPath{}, m_bValid(false)
 {
@@ -67,6 +76,12 @@ NativePath::NativePath(LPCSTR pszPath) : m_szPath{}, m_bValid(false)
     std::memcpy(m_szPath, pszPath, nLength + 1);
     BackslashesToSlashes(m_szPath);
     m_bValid = true;
+}
+
+bool NativePath::EndsInSlash() const
+{
+    const std::size_t nLength = std::strlen(m_szPath);
+    return nLength != 0 && m_szPath[nLength - 1] == '/';
 }
 
 } // namespace platform::posix

@@ -132,10 +132,11 @@ inline constexpr DWORD FILE_MAP_READ = 0x4;
 inline constexpr DWORD FILE_MAP_ALL_ACCESS = 0xF001F;
 
 /// A mapping of nSizeLow bytes (0: the file's size); nSizeHigh and pszName 0. PAGE_READWRITE makes a shorter
-/// file that long, with real blocks, or leaves its length as it was (112 disk full, 223 above the process's
-/// file-size limit); a file that is long enough stays as it is, holes included. PAGE_READONLY refuses a
-/// shorter file (8). Null also: 1006 nothing to map, 5 the file is not open for it, or open for appending
-/// only. The mapping keeps the file and its lock by itself.
+/// file that long and gives all that it maps real blocks, holes included, or leaves the length as it was (112
+/// disk full, 223 above the process's file-size limit): a sparse file is sparse no more, even if it is only
+/// read. The bytes that are there stay. PAGE_READONLY leaves holes alone and refuses a shorter file (8). Null
+/// also: 1006 nothing to map, 5 the file is not open for it, or open for appending only. The mapping keeps
+/// the file and its lock by itself.
 HANDLE CreateFileMappingA(HANDLE hFile, void* pSecurity, DWORD nProtect, DWORD nSizeHigh, DWORD nSizeLow,
                           LPCSTR pszName);
 
@@ -151,12 +152,14 @@ BOOL FlushViewOfFile(LPCVOID pAddress, SIZE_T nBytes);
 
 // Temporary files and folder search ------------------------------------------------------------------------
 
-/// $TMPDIR, else /tmp, with a trailing slash. The length. A buffer too small stays as it is; the result is
-/// then the size it needs, terminator included.
+/// $TMPDIR, else /tmp, with slashes between its folders and one at its end. The length. A buffer too small
+/// stays as it is; the result is then the size it needs, terminator included. 0: 206 longer than the system's
+/// limit.
 DWORD GetTempPathA(DWORD nChars, LPSTR pszPath);
 
 /// Creates an empty file pszFolder + pszPrefix (three characters) + number + ".tmp", mode 0600; nUnique 0.
-/// pszName holds MAX_PATH characters. The number, or 0: 206 the name would be longer, 3 no folder given.
+/// pszName holds MAX_PATH characters and has slashes between its folders. The number, or 0: 206 the name
+/// would be longer, 3 no folder given.
 DWORD GetTempFileNameA(LPCSTR pszFolder, LPCSTR pszPrefix, DWORD nUnique, LPSTR pszName);
 
 struct WIN32_FIND_DATAA
@@ -164,8 +167,10 @@ struct WIN32_FIND_DATAA
     char cFileName[MAX_PATH];
 };
 
-/// Search in one folder; the last part of the pattern may hold * and ?, matched without regard to the case of
-/// a to z. ".*" at its end also matches names without a dot. Close the handle with FindClose.
+/// Search in one folder; the last part of the pattern may hold * and ? (a byte of UTF-8, else a character),
+/// matched without regard to the case of a to z. ".*" at its end also matches names without a dot. A name is
+/// left out when a path of this layer cannot express it: behind the folder as the pattern gives it, a
+/// backslash in it would be taken for a separator. Close the handle with FindClose.
 /// INVALID_HANDLE_VALUE: 2 nothing matches, 3 no such folder. FindNextFileA ends with 18.
 HANDLE FindFirstFileA(LPCSTR pszPattern, WIN32_FIND_DATAA* pData);
 BOOL FindNextFileA(HANDLE hFind, WIN32_FIND_DATAA* pData);

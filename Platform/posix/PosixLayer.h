@@ -38,6 +38,22 @@ template <class Call> auto Uninterrupted(Call call)
 
 // Paths ----------------------------------------------------------------------------------------------------
 
+/// Tells a text's characters apart: UTF-8 where all of it is valid, else code page 932, in which the second
+/// byte of a character may look like a letter or a backslash.
+class CharacterSet
+{
+public:
+    explicit CharacterSet(const char* pszText);
+    /// Bytes of the character that starts here; 1 at the end of the text.
+    int Length(const char* pCharacter) const;
+
+private:
+    bool m_bUtf8;
+};
+
+/// Turns every character that is a backslash into a slash; no other byte changes.
+void BackslashesToSlashes(char* pszPath);
+
 /// A caller's path with slashes between its folders. Not valid: null, or longer than the system's limit; the
 /// last error tells.
 class NativePath
@@ -47,6 +63,7 @@ public:
     bool IsValid() const { return m_bValid; }
     const char* Text() const { return m_szPath; }
     char* Text() { return m_szPath; }
+    bool EndsInSlash() const;
 
 private:
     char m_szPath[PATH_MAX];

@@ -22,6 +22,8 @@ using LPCSTR = const char*;
 using LPSTR = char*;
 using HANDLE = void*;
 
+/// A recursive lock. A host takes the library's own one, CImageObj::GetCS(), with pthread_mutex_lock on its
+/// mutex, which is recursive, and gives it back with pthread_mutex_unlock on the same thread.
 struct CRITICAL_SECTION
 {
     pthread_mutex_t mutex;

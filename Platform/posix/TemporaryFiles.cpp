@@ -34,21 +34,31 @@ char Folded(char c)
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
+/// Whether two characters of these lengths are the same but for the case of a to z. The second byte of a
+/// character is no letter.
+bool IsSame(const char* pA, int nA, const char* pB, int nB)
+{
+    return nA == nB &&
+           (nA == 1 ? Folded(*pA) == Folded(*pB) : std::memcmp(pA, pB, static_cast<std::size_t>(nA)) == 0);
+}
+
 /// * stands for any characters, ? for one; case of the letters a to z does not matter.
 bool Matches(const char* pszPattern, const char* pszName)
 {
+    const CharacterSet pattern(pszPattern), name(pszName);
     const char* pszStar = nullptr; // last star met, and the first character that it does not stand for
     const char* pszAfter = nullptr;
     while (*pszName) {
+        const int nPattern = pattern.Length(pszPattern), nName = name.Length(pszName);
         if (*pszPattern == '*') {
             pszStar = pszPattern++;
             pszAfter = pszName;
-        } else if (*pszPattern && (*pszPattern == '?' || Folded(*pszPattern) == Folded(*pszName))) {
-            ++pszPattern;
-            ++pszName;
+        } else if (*pszPattern && (*pszPattern == '?' || IsSame(pszPattern, nPattern, pszName, nName))) {
+            pszPattern += nPattern;
+            pszName += nName;
         } else if (pszStar) {
             pszPattern = pszStar + 1;
-            pszName = ++pszAfter;
+            pszName = pszAfter += name.Length(pszAfter);
         } else {
             return false;
         }
@@ -61,11 +71,16 @@ bool Matches(const char* pszPattern, const char* pszName)
 struct Search
 {
     DIR* pFolder;
+    char szGiven[PATH_MAX];  ///< the folder as the caller writes it, up to its last separator; may be empty
+    char szFolder[PATH_MAX]; ///< the same with slashes
     char szPattern[MAX_PATH];
     char szUndotted[MAX_PATH]; ///< the pattern without ".*" at its end, which also stands for no ending
 
-    Search(DIR* pOpened, const char* pszPattern) : pFolder(pOpened), szPattern{}, szUndotted{}
+    Search(DIR* pOpened, const char* pszGiven, const char* pszFolder, const char* pszPattern)
+        : pFolder(pOpened), szGiven{}, szFolder{}, szPattern{}, szUndotted{}
     {
+        std::strcpy(szFolder, pszFolder);
+        std::memcpy(szGiven, pszGiven, std::strlen(pszFolder));
         const std::size_t nLength = std::strlen(pszPattern);
         std::memcpy(szPattern, pszPattern, nLength + 1);
         std::memcpy(szUndotted, pszPattern, nLength + 1);
@@ -76,6 +91,19 @@ struct Search
     Search& operator=(const Search&) = delete;
     ~Search() { closedir(pFolder); }
 
+    /// Whether the caller's folder with this name behind it still leads to this name in this folder. Names
+    /// may hold backslashes here: as separators they would lead a deletion out of the folder.
+    bool IsExpressible(const char* pszName) const
+    {
+        char szPath[PATH_MAX];
+        const int nLength = std::snprintf(szPath, sizeof szPath, "%s%s", szGiven, pszName);
+        if (nLength < 0 || nLength >= PATH_MAX)
+            return false;
+        BackslashesToSlashes(szPath);
+        const std::size_t nFolder = std::strlen(szFolder);
+        return std::memcmp(szPath, szFolder, nFolder) == 0 && std::strcmp(szPath + nFolder, pszName) == 0;
+    }
+
     /// The next name that matches; false: 18 there is none, or why the folder cannot be read.
     bool Next(WIN32_FIND_DATAA* pData)
     {
@@ -85,6 +113,8 @@ struct Search
             if (!pEntry)
                 return errno == 0 ? Fail(ERROR_NO_MORE_FILES) : FailErrno();
             if (!Matches(szPattern, pEntry->d_name) && !Matches(szUndotted, pEntry->d_name))
+                continue;
+            if (!IsExpressible(pEntry->d_name))
                 continue;
             std::snprintf(pData->cFileName, sizeof pData->cFileName, "%s", pEntry->d_name);
             return true;
@@ -99,13 +129,15 @@ DWORD GetTempPathA(DWORD nChars, LPSTR pszPath)
     const char* pszFolder = std::getenv("TMPDIR");
     if (!pszFolder || *pszFolder == 0)
         pszFolder = "/tmp";
-    const std::size_t nLength = std::strlen(pszFolder);
-    const char cLast = pszFolder[nLength - 1];
-    const bool bSlash = cLast == '/' || cLast == '\\';
+    const NativePath folder(pszFolder);
+    if (!folder.IsValid())
+        return 0;
+    const std::size_t nLength = std::strlen(folder.Text());
+    const bool bSlash = folder.EndsInSlash();
     const std::size_t nWanted = nLength + (bSlash ? 0 : 1);
     if (nWanted >= nChars)
         return static_cast<DWORD>(nWanted + 1); // with the terminator
-    std::memcpy(pszPath, pszFolder, nLength);
+    std::memcpy(pszPath, folder.Text(), nLength);
     pszPath[nLength] = bSlash ? 0 : '/';
     pszPath[nWanted] = 0;
     return static_cast<DWORD>(nWanted);
@@ -115,15 +147,17 @@ DWORD GetTempFileNameA(LPCSTR pszFolder, LPCSTR pszPrefix, DWORD nUnique, LPSTR 
 {
     if (!pszFolder || !pszPrefix || nUnique != 0 || !pszName)
         return Fail(ERROR_INVALID_PARAMETER);
-    const std::size_t nFolder = std::strlen(pszFolder);
-    if (nFolder == 0)
+    if (*pszFolder == 0)
         return Fail(ERROR_PATH_NOT_FOUND);
-    const bool bSlash = pszFolder[nFolder - 1] == '/' || pszFolder[nFolder - 1] == '\\';
+    const NativePath folder(pszFolder);
+    if (!folder.IsValid())
+        return 0;
     for (int nTry = 0; nTry < kNameTries; ++nTry) {
         const DWORD nNumber = NextNumber();
         char szName[MAX_PATH];
-        const int nLength = std::snprintf(szName, sizeof szName, "%s%s%.3s%04X.tmp", pszFolder,
-                                          bSlash ? "" : "/", pszPrefix, static_cast<unsigned>(nNumber));
+        const int nLength =
+            std::snprintf(szName, sizeof szName, "%s%s%.3s%04X.tmp", folder.Text(),
+                          folder.EndsInSlash() ? "" : "/", pszPrefix, static_cast<unsigned>(nNumber));
         if (nLength < 0 || nLength >= MAX_PATH)
             return Fail(ERROR_FILENAME_EXCED_RANGE);
         const NativePath path(szName);
@@ -150,14 +184,13 @@ HANDLE FindFirstFileA(LPCSTR pszPattern, WIN32_FIND_DATAA* pData)
     }
     char szLast[MAX_PATH];
     std::strcpy(szLast, pszLast);
-    if (pszSlash)
-        pszSlash[1] = 0; // what is left is the folder
+    path.Text()[pszLast - path.Text()] = 0; // what is left is the folder
     DIR* pFolder = opendir(pszSlash ? path.Text() : ".");
     if (!pFolder) {
         Fail(errno == ENOENT ? ERROR_PATH_NOT_FOUND : ErrorOf(errno));
         return INVALID_HANDLE_VALUE;
     }
-    auto* pSearch = new (std::nothrow) Search(pFolder, szLast);
+    auto* pSearch = new (std::nothrow) Search(pFolder, pszPattern, path.Text(), szLast);
     if (!pSearch) {
         closedir(pFolder);
         Fail(ERROR_NOT_ENOUGH_MEMORY);

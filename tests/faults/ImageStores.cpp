@@ -75,7 +75,19 @@ TEST_F(ImageStores, RefuseWhatTheyCannotHold)
     EXPECT_EQ(18u, pStore->Create(INT32_MAX - 53, 0, 1));
     EXPECT_TRUE(pStore->Create(1, 1, 1) == 0 && pStore->ConvertFile(kHeader + 2) == 18);
     pStore->Destroy();
+    pStore->SetHdrSize(-1);
+    EXPECT_EQ(18u, pStore->Create(50, 200, 1));
     DeleteStore(pStore);
+
+    CImageCtrl headed; // band addresses are counted from slot 0, which a long header would move
+    headed.SetHdrSize(70000);
+    EXPECT_TRUE(headed.Create(kBytes, 0, 1) == 0 && headed.MapBandAll(0, kBytes, 0) == 66);
+    headed.Destroy();
+    CImageCtrl converted; // its file has no room for the header
+    converted.SetHdrSize(kHeader);
+    EXPECT_TRUE(converted.Create(kBytes, kBytes, 1) == 0 && converted.ConvertFile(kBytes) == 0);
+    EXPECT_EQ(0u, converted.Create(kBytes, kBytes, 1));
+    converted.Destroy();
 }
 
 TEST_F(ImageStores, HaveACodeAndALogLineForEveryFailingCall)

@@ -1,7 +1,7 @@
 // A whole pipeline, import to export, and single objects, with every platform call failing in turn. Whatever
 // fails: the right bytes or a code, nothing left alive, and the budget where it is documented to be.
 
-#include "MemoryManager/CImageObj.h"
+#include "MemoryManager/CImageObjIO.h"
 #include "MemoryManager/ResultCodes.h"
 #include "StoreTest.h"
 
@@ -72,7 +72,7 @@ TEST_F(Pipeline, EndsWithTheRightBytesOrACodeWhateverFails)
     const std::string sPixels = Bitmap().substr(kHeader);
     for (LONG nBudget : {1 << 16, 1 << 20})
         for (const auto& call : calls)
-            for (DWORD nError : {5, 8, 112})
+            for (DWORD nError : {5u, 8u, 112u})
                 for (auto [n, bFailed] = std::pair(1, true); bFailed; ++n) {
                     SCOPED_TRACE(testing::Message() << call.pszCall << " " << n << ", error " << nError
                                                     << ", budget " << nBudget);
@@ -124,6 +124,25 @@ TEST_F(Pipeline, PlansOnceMoreWithSmallestBandsWhenAStoreCannotBeMade)
         EXPECT_EQ(-nBudget - in.m_nAreaSize - out.m_nAreaSize, CImageObj::AskFreeMemory());
     }
     EXPECT_EQ(0, CImageObj::AskFreeMemory()) << "the reserve is back, the first attempt's charges are not";
+
+    // A host's block that was planned, but not reached when the step failed, is planned and made again.
+    CImageObj::InitBaseMemory(1 << 20, 1 << 20);
+    {
+        std::vector<unsigned char> block(8 * 10 * 10, 7), lines(10 * 400);
+        T_ImgInf inf{MM_FILE_RAW, ACS_MEMORY, block.data(), 0, 10, 10, MM_FORMAT_RAW64, MM_FORMAT_RAW64, 80};
+        CImageObjIO host;
+        ASSERT_EQ(MM_SUCCESS, host.InitForUnify(&inf, IMG_INPUT, 0, 0, 0, MM_ALIGN_LINES, 0, 0));
+        CImageObj first;
+        first.SetImageInfo(&info);
+        CImageObj* inputs[] = {&first, &host};
+        tag_MemAlloc request;
+        request.nInCnt = 2;
+        faults::Begin({"VirtualAlloc", 1, 1, 8});
+        ASSERT_EQ(MM_SUCCESS, CImageObj::MemoryAlloc(&request, inputs, nullptr, nullptr));
+        EXPECT_EQ(1, first.m_nReserveTaken);
+        T_ImageLrg_tag band{};
+        EXPECT_EQ(MM_SUCCESS, host.MapBandRangeBuf(0, 9, lines.data(), &band));
+    }
 
     // A standalone buffer that cannot be had costs nothing.
     CImageObj::InitBaseMemory(nBudget, nBudget);

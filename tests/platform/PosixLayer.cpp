@@ -151,11 +151,23 @@ TEST_F(PosixLayer, NamesKeepDoubleBytesMatchWithoutCaseAndFitTheirBuffers)
     EXPECT_STREQ("a/\xE6\x97\xA5/b", NativePath("a\\\xE6\x97\xA5\\b").Text()) << "UTF-8";
     EXPECT_STREQ("a/\x83\x5C\xB1/", NativePath("a\\\x83\x5C\xB1\\").Text()) << "two bytes, then one";
     EXPECT_STREQ("\xED\xA0\x95\\", NativePath("\xED\xA0\x95\\").Text()) << "looks like UTF-8 only";
-    for (const char* pszName : {"LRG1.tmp", "lrg2", "LrGa.b.c", "xLRG.tmp"})
+    for (const char* pszName : {"LRG1.tmp", "lrg2", "LrGa.b.c", "xLRG.tmp", "LRG\\..\\x", "lrg\x83\\",
+                                "\x83\x61", "\xC3\x9F/LRG\x83"})
         Put(pszName);
-    EXPECT_EQ((Names{"LRG1.tmp", "lrg2", "LrGa.b.c"}), Find("LRG*.*"));
+    EXPECT_EQ((Names{"LRG1.tmp", "lrg2", "LrGa.b.c", "lrg\x83\\"}), Find("LRG*.*"))
+        << "would be deleted elsewhere";
+    EXPECT_EQ(Names{}, Find("\xC3\x9F\\L*")) << "the name makes the separator a second byte";
     EXPECT_EQ((Names{"LRG1.tmp", "xLRG.tmp"}), Find("*rG?*TMP"));
+    EXPECT_EQ(Names{}, Find("\x83\x41")) << "another character, not another case";
+    EXPECT_EQ(Names{}, Find("*A")) << "half a character";
     char szName[MAX_PATH];
+    InProcess([&] {
+        setenv("TMPDIR", (m_sFolder + "\\\x83\\").c_str(), 1);
+        std::filesystem::create_directory(At("\x83\\"));
+        EXPECT_TRUE(GetTempPathA(MAX_PATH, szName) && m_sFolder + "/\x83\\/" == szName) << szName;
+        EXPECT_NE(0u, GetTempFileNameA(std::getenv("TMPDIR"), "LRG", 0, szName));
+        EXPECT_EQ(0, access(At("\x83\\/" + std::string(strrchr(szName, 'L'))).c_str(), F_OK)) << szName;
+    });
     const std::string sLongest = m_sFolder + std::string(259 - 15 - m_sFolder.size(), '/');
     EXPECT_NE(0u, GetTempFileNameA(sLongest.c_str(), "LRGX", 0, szName)) << "a name of 259 characters fits";
     EXPECT_EQ(0u, GetTempFileNameA((sLongest + "/////").c_str(), "LRG", 0, szName));
@@ -181,18 +193,25 @@ TEST_F(PosixLayer, ViewsCopiesAndReadsShowTheSameBytesAtEveryGranule)
     EXPECT_TRUE(CloseHandle(hFile) && UnmapViewOfFile(View(hMap, 0, 0)) && CloseHandle(hMap));
 }
 
-TEST_F(PosixLayer, GrowthOnAFullDiskIsRefusedAndLeavesTheLength)
+TEST_F(PosixLayer, GrowthAndHolesOnAFullDiskAreRefusedAndLeaveTheLength)
 {
     InProcess([&] {
         if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
             mount("none", m_sFolder.c_str(), "tmpfs", 0, "size=100m") != 0)
             _exit(77);
-        const HANDLE hFile = Open(At("file"));
+        const HANDLE hFile = Open(At("file")), hHoles = Open(Put("holes", "kept"), 0, OPEN_EXISTING);
         EXPECT_TRUE(Map(hFile, 5000) && !Map(hFile, 160 << 20) && GetLastError() == 112) << GetLastError();
         EXPECT_EQ(5000u, GetFileSize(hFile, nullptr)) << "the next append would leave a gap";
-        BYTE* pView = View(Map(hFile, 90 << 20), 0, 0);
+        std::filesystem::resize_file(At("holes"), 30 << 20);
+        BYTE *pView = View(Map(hFile, 50 << 20), 0, 0), *pHoles = View(Map(hHoles, 40 << 20), 0, 0);
+        std::filesystem::resize_file(At("holes"), 160 << 20);
+        EXPECT_TRUE(!Map(hHoles, 0) && GetLastError() == 112) << "would be a signal at some later pixel";
+        EXPECT_EQ(160u << 20, GetFileSize(hHoles, nullptr));
+        std::filesystem::resize_file(At("holes"), 40 << 20);
         Put("filler", std::string(20 << 20, 'f'));
-        std::memset(pView, 1, 90 << 20); // a signal here if the growth had not reserved the blocks
+        EXPECT_EQ(0, std::memcmp(pHoles, "kept", 4));
+        std::memset(pView, 1, 50 << 20); // a signal here if the mapping had not reserved the blocks
+        std::memset(pHoles, 1, 40 << 20);
     });
 }
 

@@ -38,13 +38,13 @@ protected:
     {
         string szFolder = (std::filesystem::temp_directory_path() / "imgband-test-XXXXXX").string();
         m_szFolder = mkdtemp(szFolder.data());
-        std::filesystem::create_directories(m_szFolder + "/work/tmp");
+        std::filesystem::create_directories(m_szFolder + "/here/tmp");
     }
     ~Tool() override { std::filesystem::remove_all(m_szFolder); }
 
     string At(const string& szName) const
     {
-        return szName[0] == '/' ? szName : m_szFolder + "/work/" + szName;
+        return szName[0] == '/' ? szName : m_szFolder + "/here/" + szName;
     }
     void Save(const string& szName, const string& szBytes) const { std::ofstream(At(szName)) << szBytes; }
     string Load(const string& szName) const
@@ -56,7 +56,7 @@ protected:
     /// Calls fnLook with the process number every millisecond until the command has ended.
     template <class Look> Outcome Watch(const string& szCommand, Look fnLook) const
     {
-        const string szLine = fmt::format("cd {0}/work && export TMPDIR={0}/work/tmp IMGBAND={1} && "
+        const string szLine = fmt::format("cd {0}/here && export TMPDIR={0}/here/tmp IMGBAND={1} && "
                                           "exec >../out 2>../err && {2}",
                                           m_szFolder, IMGBAND_PROGRAM, szCommand);
         const pid_t nChild = fork();

@@ -45,8 +45,8 @@ std::string Failure::Message() const
     std::string szText = szFile.empty() ? szWhat : fmt::format("{}: {}", szFile, szWhat);
     if (room)
         szText += fmt::format(": wanted {} bytes, available {} bytes", room->nWanted, room->nAvailable);
-    if (library)
-        szText += LibraryText(*library);
+    if (libraryResult)
+        szText += LibraryText(*libraryResult);
     if (!szTry.empty())
         szText += fmt::format("; try {}", szTry);
     return szText;

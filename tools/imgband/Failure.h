@@ -49,7 +49,7 @@ struct Failure : std::exception
     std::string szWhat; ///< what was wrong
     std::string szTry;  ///< what to try; empty for nothing
     std::optional<Room> room;
-    std::optional<LibraryResult> library;
+    std::optional<LibraryResult> libraryResult;
 };
 
 /// A system error on an output or temporary file: NoRoom for missing room and permission, else JobFailed.

@@ -68,7 +68,7 @@ Library::Library(const Options& options)
 
 void Library::Fail(Failure failure, DWORD nCode) const
 {
-    failure.library = LibraryResult{nCode, SystemErrorOf(m_log.LastError())};
+    failure.libraryResult = LibraryResult{nCode, SystemErrorOf(m_log.LastError())};
     throw failure;
 }
 

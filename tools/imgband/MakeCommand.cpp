@@ -48,7 +48,7 @@ void PaintStep(const Run& run, PlannedImage& object, ImageSize size)
     std::vector<std::uint16_t> line(static_cast<std::size_t>(size.nWidth) * Scene::kSamples);
     for (int nTop = 0; nCode == MM_SUCCESS && nTop < size.nHeight; nTop += plan.nBandLines)
         nCode = PaintBand(object, nTop, *pScene, line);
-    run.library.CheckStep(nCode, "painting", object.m_ImgInfo.nBufSize);
+    run.lib.CheckStep(nCode, "painting", object.m_ImgInfo.nBufSize);
     run.report.EndStep("paint", {plan});
 }
 

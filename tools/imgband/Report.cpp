@@ -58,11 +58,11 @@ ordered_json ErrorJson(const Failure& failure)
         error["wanted_bytes"] = failure.room->nWanted;
         error["available_bytes"] = failure.room->nAvailable;
     }
-    if (failure.library) {
-        error["library_code"] = failure.library->nCode;
-        error["library_meaning"] = MM_ResultText(failure.library->nCode);
-        if (failure.library->nSystemError)
-            error["system_error"] = *failure.library->nSystemError;
+    if (failure.libraryResult) {
+        error["library_code"] = failure.libraryResult->nCode;
+        error["library_meaning"] = MM_ResultText(failure.libraryResult->nCode);
+        if (failure.libraryResult->nSystemError)
+            error["system_error"] = *failure.libraryResult->nSystemError;
     }
     if (!failure.szTry.empty())
         error["try"] = failure.szTry;

@@ -82,7 +82,7 @@ void ImportStep(const Run& run, const InputFile& input, PlannedImage& object, bo
     T_ImgInf& inf = run.pair.Input();
     object.BeginTransfer();
     const DWORD nCode = ImportImg(&object, &inf, bReversed ? 1 : 0, nullptr);
-    run.library.CheckImport(nCode, input.Path(), ObjectBytes(input.Facts().size, inf.nDstFormat).value_or(0));
+    run.lib.CheckImport(nCode, input.Path(), ObjectBytes(input.Facts().size, inf.nDstFormat).value_or(0));
     EndTransfer(run, "import", ExternalPlan(run, "input", input.Facts().eFormat, object), object.NotedPlan());
 }
 
@@ -101,7 +101,7 @@ void ConvertStep(const Run& run, PlannedImage& src, PlannedImage& dst, LineFunct
     for (int nTop = 0; nCode == MM_SUCCESS && nTop < dst.m_ImgInfo.nHeight; nTop += nLines)
         nCode = ConvertBand(src, dst, nTop, pConvert);
     CImageObj::MemoryRelease(&request, nullptr); // this step has no temporary images
-    run.library.CheckStep(nCode, "conversion", dst.m_ImgInfo.nBufSize);
+    run.lib.CheckStep(nCode, "conversion", dst.m_ImgInfo.nBufSize);
     src.Destroy();
     run.report.EndStep("convert", plans);
 }
@@ -114,8 +114,7 @@ void ExportStep(const Run& run, OutputFile& output, PlannedImage& object, Format
     output.CheckRoom(nBytes); // again: temporary files may have taken it
     object.BeginTransfer();
     const DWORD nCode = ExportImg(&object, &inf, IsBitmap(eTo) ? 1 : 0, nullptr, bOwnAlpha ? 0 : 1);
-    run.library.CheckExport(nCode, output.Path(),
-                            {static_cast<std::uintmax_t>(nBytes), output.AvailableBytes()});
+    run.lib.CheckExport(nCode, output.Path(), {static_cast<std::uintmax_t>(nBytes), output.AvailableBytes()});
     run.pair.DeliverOutput();
     EndTransfer(run, "export", object.NotedPlan(), ExternalPlan(run, "output", eTo, object));
 }

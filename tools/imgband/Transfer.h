@@ -11,7 +11,7 @@
 struct Run
 {
     const Options& options;
-    const Library& library;
+    const Library& lib;
     Report& report;
     ExternalPair& pair;
 };
