@@ -18,6 +18,12 @@ constexpr int AlignTypeOf(int nAlign)
     return nAlign & 0xF;
 }
 
+/// Bytes of a bitmap's line with the padding that brings it to a multiple of 4.
+constexpr std::int64_t PaddedLine(std::int64_t nBytes)
+{
+    return (nBytes + 3) / 4 * 4;
+}
+
 /// What a layout is made from. Width and height without margins.
 struct LayoutRequest
 {

@@ -3,50 +3,24 @@
 
 #include "MemoryManager/CImageCtrlIO.h"
 
+#include "MemoryManager/BitmapHeader.h"
+#include "MemoryManager/BufferLayout.h"
 #include "MemoryManager/PlatformHelpers.h"
 #include "Platform/Platform.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <cstring>
 
 namespace {
-
-constexpr int kFileHeaderBytes = 14;
-constexpr int kInfoHeaderBytes = 40;
-constexpr int kHeaderBytes = kFileHeaderBytes + kInfoHeaderBytes;
-
-using Header = std::array<BYTE, kHeaderBytes>;
 
 // Bytes of the picture; lines of 3-byte pixels are padded to multiples of 4 bytes. Negative: no such picture.
 LONGLONG PictureBytes(int nWidth, int nHeight, int nPixelBytes)
 {
     if (nWidth < 0 || nHeight < 0)
         return -1;
-    const LONGLONG nLineBytes = (LONGLONG{nWidth} * nPixelBytes + 3) / 4 * 4;
+    const LONGLONG nLineBytes = PaddedLine(LONGLONG{nWidth} * nPixelBytes);
     return nHeight > INT32_MAX / std::max<LONGLONG>(nLineBytes, 1) ? -1 : nLineBytes * nHeight;
-}
-
-// Little-endian fields, whatever the machine's order.
-void Put(Header& header, std::size_t nAt, int nBytes, DWORD nValue)
-{
-    for (int i = 0; i < nBytes; ++i)
-        header[nAt + static_cast<std::size_t>(i)] = static_cast<BYTE>(nValue >> 8 * i);
-}
-
-Header BitmapHeader(int nWidth, int nHeight, int nPixelBytes, DWORD nPicture)
-{
-    Header header{'B', 'M'};
-    Put(header, 2, 4, kHeaderBytes + nPicture);
-    Put(header, 10, 4, kHeaderBytes);
-    Put(header, 14, 4, kInfoHeaderBytes);
-    Put(header, 18, 4, static_cast<DWORD>(nWidth));
-    Put(header, 22, 4, static_cast<DWORD>(nHeight)); // positive: lines from bottom to top
-    Put(header, 26, 2, 1);                           // planes
-    Put(header, 28, 2, static_cast<DWORD>(nPixelBytes) * 8);
-    Put(header, 34, 4, nPicture);
-    return header;
 }
 
 // Position of the first "BM" whose 'B' is among the first nScan bytes that next(BYTE&) delivers; -1 without.
@@ -82,17 +56,18 @@ int CImageCtrlIO::OutPutDIBHeader(int nWidth, int nHeight, int nPixelBytes)
 {
     const int nPixel = nPixelBytes == 4 ? 4 : 3;
     const LONGLONG nPicture = PictureBytes(nWidth, nHeight, nPixel);
-    if (nPicture < 0 || nPicture > INT32_MAX - kHeaderBytes) {
+    if (nPicture < 0 || nPicture > INT32_MAX - MM_BITMAP_HEADER_BYTES) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return 0;
     }
-    const Header header = BitmapHeader(nWidth, nHeight, nPixel, static_cast<DWORD>(nPicture));
+    const BitmapHeader header = MakeBitmapHeader(nWidth, nHeight, nPixel);
     switch (m_eAcsType) {
     case ACS_MMF:
         return WriteHeaderView(header.data(), header.size());
     case ACS_FILEIO: {
         DWORD nWritten = 0;
-        return WriteFileByView(m_hFile, header.data(), kHeaderBytes, &nWritten, kAppend, kFlushLoadPercent);
+        return WriteFileByView(m_hFile, header.data(), MM_BITMAP_HEADER_BYTES, &nWritten, kAppend,
+                               kFlushLoadPercent);
     }
     case ACS_MEMORY:
         if (m_pMapAdr[0] != nullptr) {

@@ -5,8 +5,11 @@
 #include "MemoryManager/BufferLayout.h"
 #include "MemoryManager/ResultCodes.h"
 #include "MemoryManager/StoreLifetime.h"
+#include "MemoryManager/UnitObject.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <utility>
 
 namespace {
@@ -23,6 +26,22 @@ void ClearLayout(T_ImageLrg_tag& info)
 {
     info.nBufSize = -1;
     info.nLineBytes = info.nAllocWidth = info.nAllocHeight = info.nLineSamples = 0;
+}
+
+/// The layout of an image's lines when the whole of it is too large for one buffer.
+bool LayOutLines(T_ImageLrg_tag& info)
+{
+    const auto line = LayOutBuffer({info.nWidth, 1, info.nMarginX, 0, info.nPixelBytes, info.nSamples,
+                                    info.nSampleBytes, info.nAlignType});
+    const std::int64_t nLines = info.nHeight + 2 * std::int64_t{info.nMarginY};
+    if (!line || info.nHeight < 0 || info.nMarginY < 0 || nLines > std::numeric_limits<int>::max())
+        return false;
+    info.nBufSize = -1;
+    info.nLineBytes = line->nLineBytes;
+    info.nAllocWidth = line->nAllocWidth;
+    info.nAllocHeight = static_cast<int>(nLines);
+    info.nLineSamples = line->nLineSamples;
+    return true;
 }
 
 void CloseMapping(HANDLE& hMap)
@@ -92,6 +111,7 @@ CImageObj::~CImageObj()
     }
     if (m_pImageCtrl)
         Destroy();
+    DropUnitBand(*this);
     CloseMapping(m_hInMap);
     CloseMapping(m_hOutMap);
 }
@@ -112,13 +132,17 @@ DWORD CImageObj::SetImageInfo(T_ImageLrg_tag* pInfo)
     if (m_nUnitMode == 0) {
         info.nSamples = SamplesOf(info.nFormat);
     } else {
+        if (m_ImgInfo.pBase)
+            return MM_BAD_ARGUMENT; // the band's buffer has the geometry that it was made with
         info.nSamples = kUnitSamples;
         info.nBandLines = m_ImgInfo.nBandLines;
+        info.pBase = info.pImage = nullptr;
     }
     info.nSampleBytes = SampleBytesOf(info.nFormat);
     info.nPixelBytes = info.nSamples * info.nSampleBytes;
     // An alignment that no layout can be made for is the caller's to find out; a layout too large is refused.
-    if (CalcAlign(&info) != MM_SUCCESS && IsAlignmentSupported(info.nAlignType, info.nSampleBytes))
+    if (CalcAlign(&info) != MM_SUCCESS && IsAlignmentSupported(info.nAlignType, info.nSampleBytes) &&
+        (m_nUnitMode == 0 || !LayOutLines(info)))
         return MM_BAD_ARGUMENT;
     if (!m_pImageCtrl)
         m_pImageCtrl = NewStore<CImageCtrl>();
@@ -239,7 +263,11 @@ void CImageObj::ExchangeImg(CImageObj* pOther)
         return;
     if (pOther->m_pImageCtrl && HasFile(*pOther->m_pImageCtrl))
         ReturnToBudget(std::exchange(pOther->m_nAreaSize, 0));
+    DropUnitBand(*this);
+    DropUnitBand(*pOther);
     std::swap(m_ImgInfo, pOther->m_ImgInfo);
+    ForgetBuffer(*this);
+    ForgetBuffer(*pOther);
     std::swap(m_pImageCtrl, pOther->m_pImageCtrl);
     std::swap(m_nAreaSize, pOther->m_nAreaSize);
     if (m_nReserveTaken != 1)
@@ -255,4 +283,5 @@ void CImageObj::ExchangeImg(CImageObj* pTarget, CImageObj* pSource)
     pSource->m_nReserveTaken = 0;
     pSource->m_hInMap = nullptr;
     pSource->m_hOutMap = nullptr;
+    ForgetBuffer(*pSource); // the band is the target's
 }

@@ -31,6 +31,10 @@ enum MM_FRAME_MODE : int
 /// SetFsize never exceeds nMarginX. While nothing is clipped, withheld or dropped (see MemoryAlloc), the free
 /// budget and the m_nAreaSize of all objects add up to the reserve.
 ///
+/// A unit object (m_nUnitMode 1) has no image of its own: each band is read from one external image and
+/// written to another, which the unit import functions describe to it. While it holds a band, m_ImgInfo.pBase
+/// is that band's buffer; else it is null.
+///
 /// An object is used by one thread at a time and has no lock of its own. Results are the codes of
 /// ResultCodes.h. Bands are released before their object is planned again or destroyed.
 class MM_API CImageObj
@@ -58,19 +62,23 @@ public:
     CImageObj(const CImageObj& other);
     CImageObj& operator=(const CImageObj& other);
 
-    /// Gives back a withheld reserve, destroys the image and closes the unit mappings. Not virtual: destroy
-    /// an object through a pointer of its own class.
+    /// Gives back a withheld reserve, destroys the image, frees a unit band that is still held without
+    /// writing it, and closes the unit mappings. Not virtual: destroy an object through a pointer of its own
+    /// class.
     ~CImageObj();
 
     /// Resets the band state: ratio 100; band, frame size and frame mode 0.
     void InitObj();
 
     /// Gives the object a geometry and completes the caller's record in place: samples and pixel size from
-    /// nFormat, layout by CalcAlign. Makes a store when there is none.
-    /// @return 0; 18 the layout does not fit 32 bits; 1 no store could be allocated; nothing is changed then
+    /// nFormat, layout by CalcAlign. Makes a store when there is none. In unit mode pixels have four samples,
+    /// the band height stays, and an image too large for any buffer is laid out by its lines: nBufSize is -1.
+    /// @return 0; 18 the layout does not fit 32 bits, or a unit band is held; 1 no store could be allocated;
+    ///         nothing is changed then
     DWORD SetImageInfo(T_ImageLrg_tag* pInfo);
 
-    /// Copies the geometry record out.
+    /// Copies the geometry record out. In unit mode the band height is then that of the set-up again, after
+    /// bands of other heights.
     virtual void GetImageInfo(T_ImageLrg_tag* pInfo);
 
     /// Sets charge and band height for the planner; the budget is the planner's to lower.
@@ -193,8 +201,8 @@ public:
     ///
     /// @param nLine       image line, 0 (top) .. nHeight - 1
     /// @param pBand       out: pImage is the first pixel of line nBandTop; nLineBytes leads to the next line,
-    ///                    nPixelBytes to the next pixel; nBandLines lines. nFsize lines and pixels around the
-    ///                    band may be used too. Untouched after an error.
+    ///                    nPixelBytes to the next pixel; nBandLines lines. nFsize pixels and, as far as
+    ///                    nMarginY reaches, lines around the band may be used too. Untouched after an error.
     /// @param nDirection  MM_DIRECTION
     /// @param nSlot       view slot, 0 .. 9
     /// @return 0; 97 line outside the image; 113 unknown direction; or what MapBandRange returns
@@ -205,13 +213,24 @@ public:
 
     /// Maps exactly the lines nFirst to nLast.
     ///
-    /// @param nFirst, nLast  image lines, inside the image: only the buffer's ends are checked
+    /// A unit object reads the lines, and those of the frame that the image has, into a fresh buffer with
+    /// four samples a pixel, which is charged to the budget. It holds one band at a time, whatever the slot:
+    /// a band still held is ended first, as UnmapBand does it. nBandLines is then the number of lines mapped.
+    ///
+    /// @param nFirst, nLast  image lines; of an object with a store only the buffer's ends are checked
     /// @param pBand, nSlot   as for MapBand
-    /// @return 0; 33 unknown access mode; 98 first after last; 69 no address; 18 the range exceeds 32 bits
+    /// @return 0; 33 unknown access mode; 98 first after last; 69 no address; 18 the range exceeds 32 bits;
+    ///         of a unit object also 97 lines outside the image; 18 external lines that overlap, are too few
+    ///         or lie beyond 4 GiB: a band still held stays; 1 no memory; 49 a read failed (logged).
+    ///         After a failed read, or without memory to read with, the band is held, with what was read, and
+    ///         pBand tells of it: the next UnmapBand writes it.
     DWORD MapBandRange(int nFirst, int nLast, T_ImageLrg_tag* pBand, int nSlot);
 
-    /// Ends the band of a slot; nothing to do when none is mapped.
-    /// @return 0; 18 no such slot; 33; 81
+    /// Ends the band of a slot; nothing to do when none is mapped. The band of a unit object, if it has a
+    /// destination, is written there: its own lines and pixels, not its frame.
+    /// @return 0; 18 no such slot; 81; of a unit object 1 or 49 (logged): the lines could not be appended
+    ///         to the destination's file and the band stays held. What a mapped destination's view could not
+    ///         take is logged only.
     DWORD UnmapBand(int nSlot);
 
     /// Sets the frame mode and, on an object with a frame, paints the frame round the image's last line.
@@ -219,6 +238,38 @@ public:
     /// bytes as one 16-bit sample. Uses slot 0.
     /// @return 0; 116 mode outside 0 to 4, or mode 4 with colour -1; a code of band mapping
     DWORD SetFrameColor(int nMode, int nColor);
+
+    /// Finds the bitmap signature in the unit source and sets m_InImgInf.nOffset to 54 bytes behind it. Only
+    /// a block or a file read with file reads is searched; a signature is found where its two bytes lie in
+    /// one piece of an unpadded line's length.
+    /// @return 0, also when the source has no hData; 18 nothing found or not to be searched; 1; 49 (logged)
+    DWORD CalcOffsetLength();
+
+    // Blocks ----------------------------------------------------------------------------------------------
+
+    /// Copies a rectangle, with the block's margin of surrounding pixels, into the caller's block.
+    ///
+    /// Goes through bands in slot 0, which must be free. The object's geometry and band fields are afterwards
+    /// what they were. Of a unit object nothing is written.
+    ///
+    /// @param nTop, nBottom, nLeft, nRight  lines and pixels of the image, inclusive
+    /// @param pBlock  the caller's record and buffer, usually from AllcImgBufLrg: pImage is the block's first
+    ///                pixel, nMarginX and nMarginY its margin, nPixelBytes the object's. Its size becomes the
+    ///                rectangle's, and its layout that of CalcAlign, for which the buffer must have room;
+    ///                nBufSize stays.
+    /// @return 0; 99 to 102 nTop, nBottom, nLeft, nRight outside the image; 18 other pixels, an empty
+    ///         rectangle, or a margin that reaches past the object's; 33 a unit object that appends; a code
+    ///         of band mapping, and the block is then filled in part
+    DWORD MapBlock(int nTop, int nBottom, int nLeft, int nRight, T_ImageLrg_tag* pBlock);
+
+    /// Copies the block's own pixels, without its margin, back into the rectangle. Maps bands in slot 0 and
+    /// leaves the band fields as the last of them set them: on a unit object the next blocks go by the lines
+    /// of its last band until GetImageInfo is called. An empty rectangle does nothing.
+    ///
+    /// A unit object writes whole lines: beside the block those of its source, so that a second block in the
+    /// same lines undoes the first; without a source zero.
+    /// @return 0; 103 to 106 as 99 to 102; 18 other pixels; 33; a code of band mapping
+    DWORD UnMapBlock(int nTop, int nBottom, int nLeft, int nRight, T_ImageLrg_tag* pBlock);
 
     // State, read by planner, reports and the import functions ----------------------------------------------
 
@@ -228,7 +279,7 @@ public:
     int m_nAlpha;             ///< fourth sample of an external output: 1 all ones, 0 the object's own
     int m_nUnitBottomUp;      ///< unit mode: 1 when the source is stored turned by 180 degrees
     int m_nUnitMode;          ///< band access: 0 unify (own store), 1 unit (external images)
-    int m_nUnitBandHeight;    ///< unit mode: band height set by SetBandHeight
+    int m_nUnitBandHeight;    ///< unit mode: band height of the set-up or of SetBandHeight
     T_ImgInf m_InImgInf;      ///< unit mode: external source
     T_ImgInf m_OutImgInf;     ///< unit mode: external destination
     int m_nUnitType;          ///< role code given by the import functions
@@ -251,6 +302,14 @@ public:
 private:
     static DWORD _MemoryAlloc(tag_MemAlloc* pRequest, CImageObj** ppIn, CImageObj** ppOut, CImageObj** ppTmp);
     DWORD MapBandRangeForUnify(int nFirst, int nLast, T_ImageLrg_tag* pBand, int nSlot);
+    DWORD MapBandRangeForUnit(int nFirst, int nLast, T_ImageLrg_tag* pBand, int nSlot);
+    DWORD ReadUnitBand();
+    DWORD EndUnitBand();
+    void ReadDataMem(int nLineBytes, int nPosition, int nClass, int nExtra);
+    DWORD ReadDataFile(int nLineBytes, int nPosition, int nClass, int nExtra);
+    DWORD WriteDataMem(int nPosition);
+    DWORD WriteDataFile(int nPosition);
+    DWORD SetFrameColorForUnit(int nMode, int nExtra);
     DWORD FillColor(T_ImageLrg_tag band, int nColor);
     void TUpFrame1(T_ImageLrg_tag band);
     void TUpFrame2(T_ImageLrg_tag band);

@@ -1,5 +1,5 @@
-// Band mapping: a run of whole image lines, with its frame, as addresses inside the object's own store.
-// Nothing is copied: the caller works in the store's block or view.
+// Band mapping: a run of whole image lines, with its frame. In the object's own store nothing is copied, the
+// caller works in the store's block or view; unit bands have a file of their own.
 
 #include "MemoryManager/CImageObj.h"
 #include "MemoryManager/ResultCodes.h"
@@ -46,9 +46,14 @@ DWORD CImageObj::MapBand(int nLine, T_ImageLrg_tag* pBand, int nDirection, int n
 
 DWORD CImageObj::MapBandRange(int nFirst, int nLast, T_ImageLrg_tag* pBand, int nSlot)
 {
-    if (m_nUnitMode != 0)
+    switch (m_nUnitMode) {
+    case 0:
+        return MapBandRangeForUnify(nFirst, nLast, pBand, nSlot);
+    case 1:
+        return MapBandRangeForUnit(nFirst, nLast, pBand, nSlot);
+    default:
         return MM_UNKNOWN_MODE;
-    return MapBandRangeForUnify(nFirst, nLast, pBand, nSlot);
+    }
 }
 
 DWORD CImageObj::MapBandRangeForUnify(int nFirst, int nLast, T_ImageLrg_tag* pBand, int nSlot)
@@ -79,7 +84,7 @@ DWORD CImageObj::MapBandRangeForUnify(int nFirst, int nLast, T_ImageLrg_tag* pBa
 DWORD CImageObj::UnmapBand(int nSlot)
 {
     if (m_nUnitMode != 0)
-        return MM_UNKNOWN_MODE;
+        return EndUnitBand();
     return m_pImageCtrl ? m_pImageCtrl->FreeBandAdress(nSlot) : DWORD{MM_SUCCESS};
 }
 

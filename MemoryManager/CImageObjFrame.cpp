@@ -3,6 +3,7 @@
 
 #include "MemoryManager/CImageObj.h"
 #include "MemoryManager/ResultCodes.h"
+#include "MemoryManager/UnitBands.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -153,4 +154,25 @@ void CImageObj::TUpFrame4(T_ImageLrg_tag band, int nColor)
         if (framed.EndsAtBottom())
             fill(framed.LastLine() + j, -framed.Frame(), nEnd);
     }
+}
+
+DWORD CImageObj::SetFrameColorForUnit(int nMode, int nExtra)
+{
+    constexpr SourceIndex kSources[] = {Replicated, Mirrored, MirroredWithEdge};
+    if (nMode < MM_FRAME_REPLICATE || nMode > MM_FRAME_MIRROR_EDGE)
+        return MM_SUCCESS;
+    const T_ImageLrg_tag& band = m_ImgInfo;
+    const int nHighest = -FrameLinesAbove(band);
+    const int nLowest = band.nBandBottom - band.nBandTop + FrameLines(band);
+    const int nImageEnd = band.nHeight - 1 - band.nBandTop + (nMode == MM_FRAME_MIRROR ? nExtra : 0);
+    const auto bufferLine = [&](int k) {
+        return band.pImage + std::ptrdiff_t{k} * band.nLineBytes -
+               std::ptrdiff_t{band.nMarginX} * band.nPixelBytes;
+    };
+    for (int k = nImageEnd + 1; k <= nLowest; ++k) {
+        const int nInside = kSources[nMode - MM_FRAME_REPLICATE](k - nImageEnd, nImageEnd - nHighest + 1);
+        std::memcpy(bufferLine(k), bufferLine(nImageEnd - nInside),
+                    static_cast<std::size_t>(band.nLineBytes));
+    }
+    return MM_SUCCESS;
 }

@@ -37,10 +37,11 @@ struct T_ImgInf
     int nFileType;          ///< MM_FILE_TYPE
     tag_E_ACSTYPE eAcsType; ///< how the data is reached
     HANDLE hData;           ///< file handle (ACS_MMF, ACS_FILEIO) or block address (ACS_MEMORY); never owned
-    int nOffset;            ///< bitmap input: bytes from "BM" to the first pixel byte; else not read
-    int nWidth;             ///< pixels
-    int nHeight;            ///< lines
-    int nSrcFormat;         ///< format code of the source: external for an input, else the object's
-    int nDstFormat;         ///< format code of the destination: the object's for an input, else external
-    int nLineBytes;         ///< bytes per external line; transfers of whole images do not read it
+    int nOffset;    ///< whole images: of a bitmap input, bytes from "BM" to the first pixel byte, else not
+                    ///< read. Unit images: position of the first line, unsigned.
+    int nWidth;     ///< pixels
+    int nHeight;    ///< lines
+    int nSrcFormat; ///< format code of the source: external for an input, else the object's
+    int nDstFormat; ///< format code of the destination: the object's for an input, else external
+    int nLineBytes; ///< bytes per external line; transfers of whole images do not read it
 };

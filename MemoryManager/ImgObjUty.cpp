@@ -7,6 +7,7 @@
 #include "MemoryManager/CImageObjIO.h"
 #include "MemoryManager/ReportTexts.h"
 #include "MemoryManager/ResultCodes.h"
+#include "MemoryManager/UnitObject.h"
 #include "Platform/Platform.h"
 
 #include <algorithm>
@@ -176,7 +177,9 @@ DWORD ImportImg(CImageObj* pObj, T_ImgInf* pInf, int nBottomUp, T_LOG_STACK_tag*
     TransferLog log(ppLog, *pInf, kProcessRead);
     log.Start(kTextImport);
     pObj->Destroy();
+    DropUnitBand(*pObj);
     pObj->m_nUnitType = 0;
+    pObj->m_nUnitMode = 0; // the image is the object's own
 
     CImageObjIO io;
     DWORD nResult = io.InitForUnify(pInf, IMG_INPUT, 0, 0, pInf->nDstFormat, MM_ALIGN_LINES, nBottomUp, 0);

@@ -1,5 +1,6 @@
 #pragma once
-// Whole-image import and export, image descriptions, and the error-log folder.
+// Whole-image import and export, unit objects over external images, image descriptions, and the error-log
+// folder.
 
 #include "MemoryManager/CImageObj.h"
 #include "MemoryManager/ExternalImage.h"
@@ -73,3 +74,54 @@ MM_API void CreateParam(ZBT_IMAGE_IN_FILE* pPair, int nInFormat, int nOutFormat,
 /// bitmap, 0 raw; an unknown type leaves it alone); pOut has the offset that stood there before.
 MM_API void CreateParam(ZBT_IMAGE_ON_MEMORY* pPair, int nInFormat, int nOutFormat, T_ImgInf* pIn,
                         T_ImgInf* pOut);
+
+// Unit objects ---------------------------------------------------------------------------------------------
+//
+// They work on an external image of any size with the memory of one band. Files may have up to 4 GiB - 1:
+// positions, T_ImgInf::nOffset among them, are taken as unsigned 32-bit numbers. The host keeps files open
+// and blocks alive while the objects live; file positions are moved. A bitmap source that is a block or is
+// read with file reads is searched for its signature, and its pixels are taken to start 54 bytes behind; a
+// host that knows better sets m_InImgInf.nOffset afterwards.
+//
+// pOut of ACS_FILEIO is appended to: it is empty at first, and its bands are ended in order from line 0. pOut
+// of ACS_MMF becomes as long as the image needs. Pixels of a raw block or mapped file start at its nOffset.
+// The destination is always stored upright; a bitmap's header is written here, for lines stored last line
+// first.
+//
+// An object that was set up before is set up anew: a band that it holds is freed, its mappings are closed.
+// Any thread; one thread at a time on one object, file or block.
+
+/// Sets an object up to read one image and write another of the same size and sample width, in bands as tall
+/// as the budget allows. Margins are those that m_ImgInfo has.
+///
+/// @param nBottomUp  1: the source is stored turned by 180 degrees
+/// @param ppLog      not used
+/// @param nAlign     MM_ALIGN type of the band buffers
+/// @param nAlpha     fourth sample of the destination: 1 all ones, 0 the object's own; all ones when the
+///                   source has none
+/// @return 0; 18 sizes or sample widths differ, lines that overlap or that no buffer can hold, or positions
+///         beyond 4 GiB: nothing is written; 1 a file mapping could not be made; 49 (logged) the bitmap
+///         header could not be written
+MM_API DWORD ImportImgForUnit(CImageObj* pObj, T_ImgInf* pIn, T_ImgInf* pOut, int nBottomUp,
+                              T_LOG_STACK_tag** ppLog, int nAlign, int nAlpha);
+
+/// Sets an object up to read only: no search for a signature and no mapping, so the source is a block or read
+/// with file reads, from the nOffset that the description gives. ppLog and nUnused are not used. Always 0.
+MM_API DWORD ImportImgForUnitJudge(CImageObj* pObj, T_ImgInf* pIn, int nBottomUp, T_LOG_STACK_tag** ppLog,
+                                   int nUnused);
+
+/// Sets up an object that reads one image and an object that writes another, of any two sizes and sample
+/// widths, without margins. Band heights are in the proportion of the heights, in whole numbers of lines.
+///
+/// @return 0; 18 lines that overlap or positions beyond 4 GiB: nothing is written; 1; 49 as above
+MM_API DWORD ImportImgForUnitEnLarge(CImageObj* pOutObj, T_ImgInf* pOut, CImageObj* pInObj, T_ImgInf* pIn,
+                                     int nBottomUp, T_LOG_STACK_tag** ppLog, int nAlpha);
+
+/// Sends the whole image of a unit object from its source to its destination.
+/// @return 0; a code of band mapping
+MM_API DWORD DuplicateImageForUnit(CImageObj* pObj);
+
+/// Copies the bands of a reading object to those of a writing object, line by line from the top.
+/// @return 0; 18 the bands' buffers differ in size; a code of band mapping. No band is left mapped, but one
+///         that could not be written.
+MM_API DWORD DuplicateImageForUnit(CImageObj* pOutObj, CImageObj* pInObj);

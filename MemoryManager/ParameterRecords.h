@@ -18,13 +18,13 @@ enum MM_DATA_TYPE : int
 struct ZBT_IMAGE_IN_FILE
 {
     HANDLE hInImage;   ///< input file
-    int nInOffset;     ///< bitmap: bytes from "BM" to the first pixel
+    int nInOffset;     ///< whole bitmap: bytes from "BM" to the first pixel; raw unit image: its position
     short nInType;     ///< MM_DATA_TYPE
     int nInWidth;      ///< pixels
     int nInHeight;     ///< lines
     short nInReserved; ///< not read
     HANDLE hOutImage;  ///< output file
-    int nOutOffset;    ///< copied to the description's nOffset, which no output reads
+    int nOutOffset;    ///< copied to the description's nOffset: where a raw unit image's lines start
     short nOutType;    ///< MM_DATA_TYPE
     int nOutWidth;     ///< pixels
     int nOutHeight;    ///< lines
@@ -34,7 +34,7 @@ struct ZBT_IMAGE_IN_FILE
 struct ZBT_IMAGE_ON_MEMORY
 {
     void* hInImage;    ///< input block
-    int nInOffset;     ///< bitmap: bytes from "BM" to the first pixel
+    int nInOffset;     ///< whole bitmap: bytes from "BM" to the first pixel; raw unit image: its position
     short nInType;     ///< MM_DATA_TYPE
     int nInWidth;      ///< pixels
     int nInHeight;     ///< lines

@@ -23,6 +23,14 @@
     X(MM_RATIO_ZERO,              89, "an image that must be banded has ratio 0")                      \
     X(MM_LINE_OUTSIDE,            97, "band line outside the image")                                   \
     X(MM_RANGE_REVERSED,          98, "first band line after the last")                                \
+    X(MM_BLOCK_TOP,               99, "top line of the block outside the image")                       \
+    X(MM_BLOCK_BOTTOM,           100, "bottom line of the block outside the image")                    \
+    X(MM_BLOCK_LEFT,             101, "left pixel of the block outside the image")                     \
+    X(MM_BLOCK_RIGHT,            102, "right pixel of the block outside the image")                    \
+    X(MM_UNBLOCK_TOP,            103, "top line of the block written back outside the image")          \
+    X(MM_UNBLOCK_BOTTOM,         104, "bottom line of the block written back outside the image")       \
+    X(MM_UNBLOCK_LEFT,           105, "left pixel of the block written back outside the image")        \
+    X(MM_UNBLOCK_RIGHT,          106, "right pixel of the block written back outside the image")       \
     X(MM_IO_LINE_OUTSIDE,        107, "band line outside the external image")                          \
     X(MM_IO_RANGE_REVERSED,      108, "first line of an external band after the last")                 \
     X(MM_NO_SUCH_DIRECTION,      113, "band direction neither downward nor upward")                    \

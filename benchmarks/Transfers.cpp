@@ -1,4 +1,5 @@
-// Import of a 432 MB bitmap into memory and its export, beside cp of the same bytes in the same run.
+// Import of a 432 MB bitmap into memory, its export, and its way from file to file through unit bands, which
+// makes 32-bit pixels of it, beside cp of the same bytes in the same run.
 // Files lie in the temporary folder ($TMPDIR, else /tmp) and in the page cache.
 
 #include "MemoryManager/MemoryManager.h"
@@ -131,6 +132,33 @@ void Export(benchmark::State& state)
     SetBytes(state);
 }
 
+void UnitBands(benchmark::State& state)
+{
+    const std::string name = FileName("benchmark-unit.bmp");
+    for (auto _ : state) {
+        state.PauseTiming();
+        std::filesystem::remove(name);
+        HANDLE hIn = Open(Source().Name(), O_RDONLY);
+        HANDLE hOut = Open(name, O_RDWR | O_CREAT);
+        T_ImgInf in = Bitmap(hIn, MM_FORMAT_BGR24, MM_FORMAT_BGRA32);
+        T_ImgInf out = Bitmap(hOut, MM_FORMAT_BGRA32, MM_FORMAT_BGRA32);
+        out.nLineBytes = kSide * 4;
+        state.ResumeTiming();
+        {
+            CImageObj image;
+            if (ImportImgForUnit(&image, &in, &out, 0, nullptr, MM_ALIGN_LINES, 1) != MM_SUCCESS ||
+                DuplicateImageForUnit(&image) != MM_SUCCESS)
+                state.SkipWithError("not duplicated");
+        }
+        state.PauseTiming();
+        Close(hIn);
+        Close(hOut);
+        state.ResumeTiming();
+    }
+    std::filesystem::remove(name);
+    SetBytes(state);
+}
+
 void Cp(benchmark::State& state)
 {
     const std::string name = FileName("benchmark-copy.bmp");
@@ -151,3 +179,4 @@ void Cp(benchmark::State& state)
 BENCHMARK(Cp)->Iterations(5)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(Import)->Iterations(5)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(Export)->Iterations(5)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(UnitBands)->Iterations(5)->UseRealTime()->Unit(benchmark::kMillisecond);

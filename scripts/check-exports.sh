@@ -5,7 +5,7 @@ set -euo pipefail
 exported=$(nm -D --defined-only -C "$1" | sed -E 's/^[0-9a-f]+ . //')
 # Classes of the interface with their tables, and the free functions. Nothing of the platform layer, no helper.
 allowed='^((vtable|typeinfo|typeinfo name) for )?CImage(Obj|ObjIO|Ctrl|CtrlIO)(::.*)?$'
-allowed+='|^(ImportImg|ExportImg|CreateParam|SetErrLogPath|GetErrLogPath|GetImageObjMemState)\('
+allowed+='|^(ImportImg(ForUnit(Judge|EnLarge)?)?|DuplicateImageForUnit|ExportImg|CreateParam|SetErrLogPath|GetErrLogPath|GetImageObjMemState)\('
 if surplus=$(grep -vE "$allowed" <<<"$exported"); then
     printf 'Exported but not part of the interface:\n%s\n' "$surplus" >&2
     exit 1
@@ -15,7 +15,8 @@ for name in 'CImageObj::MemoryAlloc(' 'CImageObj::MapBandRange(' 'CImageObj::m_g
     'CImageObjIO::GetImageInfoIO(' 'CImageObjIO::SetAlpha(' 'CImageCtrlIO::SetHederSize(' \
     'CImageCtrlIO::GetTempBuf(' 'CImageCtrlIO::GetTMPBuf(' 'CImageCtrlIO::SetFileHandle(' 'CImageCtrlIO::SetFileSize(' \
     'CImageCtrlIO::GetFHandle(' 'CImageCtrlIO::SetImageData(' 'CImageCtrl::GetMemPtr(' 'CImageObj::AskFreeMemory(' \
-    'ImportImg(' 'ExportImg(' \
+    'ImportImg(' 'ExportImg(' 'ImportImgForUnit(' 'ImportImgForUnitJudge(' 'ImportImgForUnitEnLarge(' \
+    'DuplicateImageForUnit(' 'CImageObj::MapBlock(' 'CImageObj::UnMapBlock(' 'CImageObj::CalcOffsetLength(' \
     'SetErrLogPath(' 'GetErrLogPath(' 'GetImageObjMemState(' 'CreateParam('; do
     grep -qF "$name" <<<"$exported" || { echo "Not exported: $name" >&2; exit 1; }
 done

@@ -62,8 +62,14 @@ TEST_F(ImageObject, CompletesAGeometryOrRefusesIt)
     image.m_ImgInfo.nBandLines = 1;
     image.GetImageInfo(&info);
     EXPECT_EQ(2, info.nBandLines) << "unit mode reports the height that was set";
-    T_ImageLrg_tag band{};
-    EXPECT_EQ(MM_UNKNOWN_MODE, image.MapBandRange(0, 0, &band, 0));
+    T_ImageLrg_tag wide = Geometry(INT_MAX / 8 - 16, 1 << 20, 2, MM_FORMAT_RAW48, MM_ALIGN_LINES);
+    ASSERT_EQ(MM_SUCCESS, image.SetImageInfo(&wide)) << "larger than any buffer, read line by line";
+    EXPECT_EQ(std::pair(-1, (1 << 20) + 4), std::pair(wide.nBufSize, wide.nAllocHeight));
+    EXPECT_EQ(8 * wide.nAllocWidth, wide.nLineBytes);
+    wide.nWidth = INT_MAX;
+    EXPECT_EQ(MM_BAD_ARGUMENT, image.SetImageInfo(&wide));
+    image.m_nUnitMode = 2;
+    EXPECT_EQ(MM_UNKNOWN_MODE, image.MapBandRange(0, 0, &wide, 0));
 }
 
 TEST_F(ImageObject, KeepsSettingsWithinTheirLimits)

@@ -1,18 +1,13 @@
 // Whole images in and out through every layout, access type, line order and band height, byte for byte
 // against a picture that knows nothing of the library.
 
+#include "HostFile.h"
 #include "TestImages.h"
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <tuple>
-
-#if defined(_WIN32)
-#include <io.h>
-#define fileno(pFile) _get_osfhandle(_fileno(pFile))
-#endif
 
 namespace {
 
@@ -45,26 +40,6 @@ std::string FileOf(int nType, int nDepth, int nWidth, int nHeight, int nBottomUp
     }
     return nType < 2 ? "BM" + std::string(kHeader - 2, 'h') + sLines : sLines;
 }
-
-struct HostFile
-{
-    std::FILE* pFile = std::tmpfile();
-
-    explicit HostFile(const std::string& s)
-    {
-        std::setvbuf(pFile, nullptr, _IONBF, 0);
-        std::fwrite(s.data(), 1, s.size(), pFile);
-    }
-    ~HostFile() { std::fclose(pFile); }
-    std::string Content() const
-    {
-        std::string s(1 << 17, '\0');
-        std::rewind(pFile);
-        s.resize(std::fread(s.data(), 1, s.size(), pFile));
-        return s;
-    }
-    HANDLE Handle() const { return reinterpret_cast<HANDLE>(std::intptr_t{fileno(pFile)}); }
-};
 
 /// One image through the library and out again.
 struct Transfer

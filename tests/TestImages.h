@@ -64,6 +64,7 @@ protected:
         CImageObj::SetUseMaxBandMemory(24);
         CImageObj::InitBaseMemory(100 * kMiB, 32 * kMiB);
         CImageObj::ms_MinBand = 16;
+        CImageObj::ms_nUseMaxMemoryUnit = 24 * kMiB;
     }
     /// A small budget in which small images are banded too.
     static void Shrink(LONG nReserve)

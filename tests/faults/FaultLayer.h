@@ -66,6 +66,7 @@ MAKES(LPVOID, nullptr, g_nBlocks, VirtualAlloc, (LPVOID p, SIZE_T n, DWORD t, DW
 RELEASES(g_nBlocks, VirtualFree, (LPVOID p, SIZE_T n, DWORD t), p, n, t)
 MAKES(HANDLE, INVALID_HANDLE_VALUE, g_nHandles, CreateFileA, (LPCSTR p, DWORD a, DWORD s, None, DWORD c, DWORD f, None), p, a, s, nullptr, c, f, nullptr)
 MAKES(BOOL, 0, g_nNot, ReadFile, (HANDLE h, LPVOID p, DWORD n, DWORD* r, None), h, p, n, r, nullptr)
+MAKES(DWORD, INVALID_SET_FILE_POINTER, g_nNot, SetFilePointer, (HANDLE h, LONG d, LONG* u, DWORD m), h, d, u, m)
 MAKES(DWORD, INVALID_FILE_SIZE, g_nNot, GetFileSize, (HANDLE h, DWORD* u), h, u)
 RELEASES(g_nHandles, CloseHandle, (HANDLE h), h)
 MAKES(HANDLE, nullptr, g_nHandles, CreateFileMappingA, (HANDLE h, None, DWORD p, DWORD u, DWORD n, None), h, nullptr, p, u, n, nullptr)

@@ -8,6 +8,7 @@
 #define VirtualFree FaultyVirtualFree
 #define CreateFileA FaultyCreateFileA
 #define ReadFile FaultyReadFile
+#define SetFilePointer FaultySetFilePointer
 #define GetFileSize FaultyGetFileSize
 #define CloseHandle FaultyCloseHandle
 #define CreateFileMappingA FaultyCreateFileMappingA

@@ -1,0 +1,154 @@
+// Rectangles out of images and back, in memory blocks, banded files and the unit scheme, byte for byte
+// against a buffer that is looked up pixel by pixel.
+
+#include "TestImages.h"
+
+#include <algorithm>
+#include <cstring>
+#include <random>
+
+namespace {
+
+/// An image whose bytes tell where they belong: the store's whole buffer, or a unit object's source.
+struct BlockImage : CImageObj
+{
+    bool bUnit;
+    std::vector<unsigned char> bytes, target;
+
+    BlockImage(bool bAsUnit, int nWidth, int nHeight, int nMarginX, int nMarginY, int nAlign) : bUnit(bAsUnit)
+    {
+        T_ImageLrg_tag info = Geometry(nWidth, nHeight, nMarginX, MM_FORMAT_BGRA32, nAlign);
+        info.nMarginY = nMarginY;
+        EXPECT_EQ(0u, SetImageInfo(&info));
+        bytes.resize(std::size_t(bUnit ? nWidth * nHeight * 4 : info.nBufSize));
+        for (std::size_t i = 0; i < bytes.size(); ++i)
+            bytes[i] = static_cast<unsigned char>(i % 249 + i / 249 % 3 + 1);
+        target.resize(bytes.size(), '.');
+        T_ImgInf in{1, ACS_MEMORY, bytes.data(), 0, nWidth, nHeight, 0x401, 0x401, nWidth * 4}, out = in;
+        out.hData = target.data();
+        EXPECT_EQ(0u, bUnit ? ImportImgForUnit(this, &in, &out, 0, nullptr, nAlign, 0)
+                            : Step({this}, {}).Alloc());
+        SetFrameColor(MM_FRAME_REPLICATE, 0);
+        if (!bUnit)
+            std::memcpy(Stored(), bytes.data(), bytes.size());
+    }
+    /// Where the image is, or what became of it.
+    unsigned char* Stored()
+    {
+        return bUnit ? target.data()
+                     : static_cast<unsigned char*>(m_pImageCtrl->MapBandAdress(0, DWORD(bytes.size()), 9));
+    }
+    std::size_t Offset(int x, int y) const
+    {
+        const auto& info = m_ImgInfo;
+        return std::size_t(bUnit ? (y * info.nWidth + x) * 4
+                                 : (y + info.nMarginY) * info.nLineBytes + (x + info.nMarginX) * 4);
+    }
+    /// Around a unit band nothing but the frame lines below the image is painted.
+    unsigned char At(int x, int y, int i) const
+    {
+        if (bUnit && (y < 0 || x < 0 || x >= m_ImgInfo.nWidth))
+            return 0;
+        return bytes[Offset(x, bUnit ? std::min(y, m_ImgInfo.nHeight - 1) : y) + std::size_t(i)];
+    }
+};
+
+} // namespace
+
+using Blocks = BudgetTest;
+
+TEST_F(Blocks, AreTheImageWithItsMarginAndGoBackWithout)
+{
+    std::mt19937 random{9};
+    const auto pick = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
+    int nFilled = 0;
+    for (int n = 0; n < 6000; ++n) {
+        n % 3 == 0 ? Shrink(2000) : Reset();
+        const bool bUnit = n % 3 == 1;
+        const int nWidth = 1 + pick(20), nHeight = 1 + pick(60), nMarginX = pick(5), nMarginY = pick(5);
+        BlockImage image(bUnit, nWidth, nHeight, nMarginX, nMarginY, pick(3));
+        image.m_ImgInfo.nBandLines = pick(20);
+        const auto before = image.m_ImgInfo;
+        const LONG nFree = CImageObj::AskFreeMemory();
+        const int nTop = pick(nHeight), nBottom = nTop + pick(nHeight - nTop), X = pick(6) * pick(2);
+        const int nLeft = pick(nWidth), nRight = nLeft + pick(nWidth - nLeft), Y = pick(6) * pick(2);
+        SCOPED_TRACE(testing::Message()
+                     << n << ": " << nTop << ' ' << nBottom << ' ' << nLeft << ' ' << nRight);
+        T_ImageLrg_tag block{};
+        CImageObj::AllcImgBufLrg(&block, nRight - nLeft + 1, nBottom - nTop + 1, X, Y, 0x401, pick(3));
+
+        const bool bMargin = nLeft >= X - nMarginX && nRight + X < nWidth + nMarginX &&
+                             nTop >= Y - nMarginY && nBottom + Y < nHeight + nMarginY &&
+                             (!bUnit || Y <= nMarginY);
+        const bool bFrame = bUnit || int(image.Offset(0, nTop)) >= (before.nLineBytes + 4) * std::max(X, Y);
+        ASSERT_EQ(!bMargin ? 18u : !bFrame ? 69u : 0u, image.MapBlock(nTop, nBottom, nLeft, nRight, &block));
+        ASSERT_EQ(0, std::memcmp(&before, &image.m_ImgInfo, sizeof(before)));
+        std::vector<unsigned char> wanted(std::size_t(block.nBufSize), 0);
+        for (int y = -Y; y < block.nHeight + Y && bMargin && bFrame; ++y)
+            for (int i = 0; i < 4 * (block.nWidth + 2 * X); ++i)
+                wanted[std::size_t(block.pImage - block.pBase + y * block.nLineBytes + i - 4 * X)] =
+                    image.At(nLeft + i / 4 - X, nTop + y, i % 4);
+        ASSERT_EQ(0, std::memcmp(wanted.data(), block.pBase, wanted.size()));
+        nFilled += bMargin && bFrame ? 1 : 0;
+
+        ASSERT_TRUE(!bUnit || std::count(image.Stored(), image.Stored() + image.bytes.size(), '.') ==
+                                  std::ptrdiff_t(image.bytes.size()))
+            << "reading has written";
+
+        std::generate_n(block.pBase, block.nBufSize, [&] { return static_cast<unsigned char>(pick(256)); });
+        ASSERT_EQ(0u, image.UnMapBlock(nTop, nBottom, nLeft, nRight, &block));
+        for (int y = 0; y < block.nHeight; ++y)
+            std::memcpy(&image.bytes[image.Offset(nLeft, nTop + y)], block.pImage + y * block.nLineBytes,
+                        std::size_t(block.nWidth) * 4);
+        const unsigned char* pStored = image.Stored();
+        for (std::size_t i = 0; i < image.bytes.size(); ++i) {
+            const bool bVisited = !bUnit || (i >= image.Offset(0, nTop) && i < image.Offset(0, nBottom + 1));
+            ASSERT_TRUE(pStored[i] == image.bytes[i] || (!bVisited && pStored[i] == '.')) << i;
+        }
+        CImageObj::FreeImgBufLrg(&block);
+        ASSERT_TRUE(!bUnit || !image.m_ImgInfo.pBase);
+        ASSERT_EQ(nFree, CImageObj::AskFreeMemory());
+    }
+    EXPECT_GT(nFilled, 3000);
+
+    Shrink(kMiB); // a line that starts in front of a view's end, 2 MiB, and ends behind it
+    BlockImage image(false, 10, 60000, 0, 4, MM_ALIGN_PACKED);
+    T_ImageLrg_tag block{};
+    ASSERT_EQ(0u, CImageObj::AllcImgBufLrg(&block, 10, 21, 0, 4, MM_FORMAT_BGRA32, MM_ALIGN_PACKED));
+    ASSERT_EQ(0u, image.UnmapBand(9));
+    ASSERT_EQ(0u, image.MapBlock(52400, 52420, 0, 9, &block));
+    EXPECT_EQ(0, std::memcmp(block.pBase, &image.bytes[image.Offset(0, 52396)], 29 * 40));
+    CImageObj::FreeImgBufLrg(&block);
+}
+
+TEST_F(Blocks, RefuseWhatTheImageHasNot)
+{
+    BlockImage image(true, 5, 8, 1, 1, MM_ALIGN_PACKED);
+    T_ImageLrg_tag block{}, band{};
+    ASSERT_EQ(0u, CImageObj::AllcImgBufLrg(&block, 5, 8, 0, 0, MM_FORMAT_BGRA32, MM_ALIGN_PACKED));
+    const auto codes = [&](int nTop, int nBottom, int nLeft, int nRight) {
+        return std::pair(image.MapBlock(nTop, nBottom, nLeft, nRight, &block),
+                         image.UnMapBlock(nTop, nBottom, nLeft, nRight, &block));
+    };
+    for (const int nOutside : {-1, 8}) {
+        EXPECT_EQ(std::pair(99u, 103u), codes(nOutside, nOutside, 9, 9));
+        EXPECT_EQ(std::pair(100u, 104u), codes(7, nOutside, 9, 9));
+        EXPECT_EQ(std::pair(101u, 105u), codes(7, 7, nOutside, 9));
+        EXPECT_EQ(std::pair(102u, 106u), codes(7, 7, 4, nOutside));
+    }
+    EXPECT_EQ(std::pair(18u, 0u), codes(3, 2, 0, 4));
+    EXPECT_EQ(std::pair(18u, 0u), codes(2, 2, 4, 3));
+    block.nPixelBytes = 3;
+    EXPECT_EQ(std::pair(18u, 18u), codes(0, 1, 0, 1));
+    block.nPixelBytes = 4;
+    EXPECT_EQ(0u, image.MapBandRange(2, 3, &band, 0));
+    image.m_OutImgInf.eAcsType = ACS_FILEIO;
+    EXPECT_EQ(std::pair(33u, 33u), codes(0, 7, 0, 4));
+    EXPECT_TRUE(image.m_ImgInfo.pBase && image.target == std::vector<unsigned char>(160, '.'));
+    image.m_OutImgInf.eAcsType = ACS_MEMORY;
+    EXPECT_EQ(0u, image.MapBlock(6, 7, 0, 4, &block));
+    EXPECT_EQ(0, std::memcmp(&image.bytes[40], &image.target[40], 40)) << "the band that was held";
+    EXPECT_EQ(nullptr, image.m_ImgInfo.pBase) << "and is not put back";
+    CImageObj::FreeImgBufLrg(&block);
+    EXPECT_EQ(100 * kMiB, CImageObj::AskFreeMemory());
+}

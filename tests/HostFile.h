@@ -1,0 +1,33 @@
+#pragma once
+// A file as a host opens it: by the C library, without a name, unbuffered.
+
+#include "Platform/PlatformTypes.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+#if defined(_WIN32)
+#include <io.h>
+#define fileno(pFile) _get_osfhandle(_fileno(pFile))
+#endif
+
+struct HostFile
+{
+    std::FILE* pFile = std::tmpfile();
+
+    explicit HostFile(const std::string& s)
+    {
+        std::setvbuf(pFile, nullptr, _IONBF, 0);
+        std::fwrite(s.data(), 1, s.size(), pFile);
+    }
+    ~HostFile() { std::fclose(pFile); }
+    std::string Content() const
+    {
+        std::string s(1 << 17, '\0');
+        std::rewind(pFile);
+        s.resize(std::fread(s.data(), 1, s.size(), pFile));
+        return s;
+    }
+    HANDLE Handle() const { return reinterpret_cast<HANDLE>(std::intptr_t{fileno(pFile)}); }
+};

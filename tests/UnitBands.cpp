@@ -1,0 +1,270 @@
+// Unit bands through every format, access, order, frame and band height, against a picture that is computed
+// sample by sample; and what their objects refuse, hold and give back.
+
+#include "HostFile.h"
+#include "TestImages.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+struct Layout
+{
+    int nFormat, nFileType;
+    std::size_t nSampleBytes, nSamples;
+};
+constexpr Layout kLayouts[] = {{0x1301, 0, 1, 3}, {0x0401, 0, 1, 4}, {0x1322, 1, 2, 3}, {0x0422, 1, 2, 4}};
+constexpr int kFlip = 0xA55A; // what a step does to every sample
+
+/// One way of a picture through an object.
+struct Way
+{
+    Layout in, out;
+    tag_E_ACSTYPE eIn, eOut;
+    bool bTurned;
+    int nFrame, nMode, nBand, nAlpha, nWidth, nHeight, nMarginX, nMarginY, nAlign;
+
+    /// Lines of samples as value(x, y, sample) gives them, and the padding of a bitmap.
+    template <class Value> std::string Lines(const Layout& layout, char cPad, Value value) const
+    {
+        std::string s;
+        for (int y = 0; y < nHeight; ++y) {
+            for (int x = 0; x < nWidth; ++x)
+                for (int n = 0; n < int(layout.nSamples); ++n) {
+                    const int nValue = value(x, y, n);
+                    s.append(reinterpret_cast<const char*>(&nValue), layout.nSampleBytes);
+                }
+            while (layout.nFileType == MM_FILE_BITMAP && s.size() % 4 != 0)
+                s += cPad;
+        }
+        return s;
+    }
+    /// Of the picture; 0 where the source has none.
+    int SampleIn(int x, int y, int n) const
+    {
+        const bool bThere = y >= 0 && x >= 0 && x < nWidth && n < int(in.nSamples);
+        return bThere ? (x * 40503 + y * 30011 + n * 7919 + 77) & 0xFFFF : 0;
+    }
+    /// The image line that a band shows at line y, or -1 where it shows none.
+    int LineAt(int y, const T_ImageLrg_tag& band) const
+    {
+        const int nLines = std::min(nFrame, nMarginY), nLast = nHeight - 1;
+        const int nHighest = std::max(band.nBandTop - nLines, 0);
+        if (y < nHighest || y > band.nBandBottom + nLines || (y > nLast && nMode == 0))
+            return -1;
+        const int nInside[] = {0, nLast, 2 * nLast - y, 2 * nLast - y + 1};
+        return y <= nLast ? y : std::max(nInside[nMode], nHighest);
+    }
+    /// Compares all that a band's buffer holds, flips its own samples and spoils the others.
+    void Work(const T_ImageLrg_tag& band) const
+    {
+        for (int k = -nMarginY; k < band.nBandLines + nMarginY; ++k) {
+            unsigned char* pNext = band.pImage + k * band.nLineBytes - nMarginX * band.nPixelBytes;
+            for (int n = 0; n < band.nLineBytes / band.nSampleBytes; ++n, pNext += in.nSampleBytes) {
+                const int x = n / 4 - nMarginX;
+                const int nWanted = SampleIn(x, LineAt(band.nBandTop + k, band), n % 4);
+                ASSERT_EQ(0, std::memcmp(pNext, &nWanted, in.nSampleBytes))
+                    << "band line " << k << ", pixel " << x << ", sample " << n % 4;
+                const bool bOwn = k >= 0 && k < band.nBandLines && x >= 0 && x < nWidth;
+                const int nNew = bOwn ? nWanted ^ kFlip : 0xEEEE;
+                std::memcpy(pNext, &nNew, in.nSampleBytes);
+            }
+        }
+    }
+    void Go() const
+    {
+        const std::string sHead = in.nFileType == MM_FILE_BITMAP ? "?BM" + std::string(52, 'h') : "raw";
+        const std::string sLines = Lines(in, 'p', [this](int x, int y, int n) {
+            return bTurned ? SampleIn(nWidth - 1 - x, nHeight - 1 - y, n) : SampleIn(x, y, n);
+        });
+        const std::string sFile = sHead + sLines.substr(0, sLines.find_last_not_of('p') + 1);
+        std::vector<char> block(sFile.begin(), sFile.end()); // to the byte: the address sanitizer watches
+        const bool bAppends = eOut == ACS_FILEIO;
+        const std::string sImage = Lines(out, bAppends ? '\0' : '.', [this](int x, int y, int n) {
+            return n == 3 && nAlpha == 1 ? -1 : SampleIn(x, y, n) ^ kFlip;
+        });
+        const std::size_t nStart = out.nFileType == MM_FILE_BITMAP ? 54 : bAppends ? 0 : 6;
+        const std::string sAfter(eOut == ACS_MEMORY ? 5 : 0, '.');
+        std::string sTarget = std::string(nStart + sImage.size(), '.') + sAfter;
+        const HostFile source(sFile), target(bAppends ? "" : sTarget);
+        void* pSource = eIn == ACS_MEMORY ? block.data() : source.Handle();
+        void* pTarget = eOut == ACS_MEMORY ? sTarget.data() : target.Handle();
+        const int nFrom = int(sLines.size()) / nHeight, nTo = int(sImage.size()) / nHeight;
+        // clang-format off
+        T_ImgInf from{in.nFileType, eIn, pSource, int(sHead.size()), nWidth, nHeight, in.nFormat, 0, nFrom},
+            to{out.nFileType, eOut, pTarget, int(nStart), nWidth, nHeight, 0, out.nFormat, nTo};
+        // clang-format on
+        Run(from, to);
+        EXPECT_EQ(100 * kMiB, CImageObj::AskFreeMemory());
+        std::string sGot = eOut == ACS_MEMORY ? sTarget : target.Content();
+        std::fill_n(sGot.begin(), out.nFileType == MM_FILE_BITMAP ? 54 : 0, '.'); // the set-up's header
+        ASSERT_EQ(std::string(nStart, '.') + sImage + sAfter, sGot);
+    }
+    void Run(T_ImgInf& from, T_ImgInf& to) const
+    {
+        CImageObj image;
+        image.m_ImgInfo.nMarginX = nMarginX;
+        image.m_ImgInfo.nMarginY = nMarginY;
+        ASSERT_EQ(0u, ImportImgForUnit(&image, &from, &to, bTurned, nullptr, nAlign, 0));
+        image.m_nAlpha = nAlpha;
+        image.SetBandHeight(std::min(nBand, nHeight));
+        ASSERT_EQ(0u, image.SetFsize(nFrame) | image.SetFrameColor(nMode, 0));
+        T_ImageLrg_tag band{};
+        for (int nLine = 0; nLine < nHeight; nLine = band.nBandBottom + 1) {
+            ASSERT_EQ(0u, image.MapBand(nLine, &band, MM_BAND_DOWNWARD, 0));
+            EXPECT_EQ(100 * kMiB - band.nBufSize, CImageObj::AskFreeMemory());
+            EXPECT_EQ(std::min(nBand, nHeight - nLine), band.nBandLines);
+            ASSERT_NO_FATAL_FAILURE(Work(band));
+            ASSERT_EQ(0u, image.UnmapBand(0) | image.UnmapBand(0));
+        }
+    }
+};
+
+/// An object over two blocks, for a test to change before it maps bands.
+struct UnitImage : CImageObj
+{
+    std::string sSource = std::string(100, 's'), sTarget = std::string(100, '.');
+
+    UnitImage(int nWidth, int nHeight, int nFormat, int nOutFormat, int nLineBytes, int nMargin = 0)
+    {
+        T_ImageLrg_tag info = Geometry(nWidth, nHeight, nMargin);
+        EXPECT_EQ(0u, SetImageInfo(&info));
+        m_nUnitMode = m_nUnitType = 1;
+        m_nAlpha = 0;
+        m_InImgInf = {0, ACS_MEMORY, sSource.data(), 0, nWidth, nHeight, nFormat, 0, nLineBytes};
+        m_OutImgInf = {0, ACS_MEMORY, sTarget.data(), 0, nWidth, nHeight, 0, nOutFormat, nLineBytes};
+    }
+    auto Written() const { return 100 - std::count(sTarget.begin(), sTarget.end(), '.'); }
+};
+
+} // namespace
+
+using UnitBands = BudgetTest;
+
+TEST_F(UnitBands, BringEverySampleToItsPlaceAndTouchNothingElse)
+{
+    constexpr tag_E_ACSTYPE kAccess[] = {ACS_MMF, ACS_MEMORY, ACS_FILEIO};
+    constexpr int kShapes[][5] = {{7, 9, 2, 2, 0}, {5, 3, 3, 1, 2}, {1, 1, 2, 4, 1}};
+    for (const auto& [nWidth, nHeight, nMarginX, nMarginY, nAlign] : kShapes)
+        for (const Layout& in : kLayouts)
+            for (const Layout& out : kLayouts)
+                for (int i = 0; i < 9 * 2 * 4 * 3 && in.nSampleBytes == out.nSampleBytes; ++i) {
+                    SCOPED_TRACE(testing::Message() << in.nFormat << " " << out.nFormat << " " << i);
+                    // clang-format off
+                    const int nMode = i / 18 % 4, nFrame = nMode == 0 ? 0 : 2, nBand = 1 + i / 72 * 4; // 1, 5, 9
+                    const Way way{in, out, kAccess[i % 3], kAccess[i / 3 % 3], i / 9 % 2 == 1, nFrame, nMode, nBand,
+                                  nBand == 5 ? 1 : 0, nWidth, nHeight, nMarginX, nMarginY, nAlign};
+                    // clang-format on
+                    ASSERT_NO_FATAL_FAILURE(way.Go());
+                }
+}
+
+TEST_F(UnitBands, RefuseWhatTheyCannotReachAndTouchNothing)
+{
+    // clang-format off
+    const struct { const char* pszCase; int nFirst, nLast; DWORD nResult; void (*pChange)(CImageObj&); } cases[] = {
+        {"reversed", 3, 2, 98, [](CImageObj&) {}},
+        {"above", -1, 2, 97, [](CImageObj&) {}},
+        {"below", 2, 4, 97, [](CImageObj&) {}},
+        {"stored lines overlap", 0, 0, 18, [](CImageObj& o) { o.m_InImgInf.nLineBytes = 19; }},
+        {"source beyond 4 GiB", 0, 0, 18, [](CImageObj& o) { o.m_InImgInf.nOffset = -80; }},
+        {"destination's lines overlap", 0, 0, 18, [](CImageObj& o) { o.m_OutImgInf.nLineBytes = 0; }},
+        {"destination too narrow", 0, 0, 18, [](CImageObj& o) { o.m_OutImgInf.nWidth = 4; }},
+        {"destination too low", 0, 0, 18, [](CImageObj& o) { o.m_OutImgInf.nHeight = 3; }},
+        {"no such alignment", 0, 0, 18, [](CImageObj& o) { o.m_ImgInfo.nAlignType = 3; }},
+        {"formats unknown", 0, 0, 0, [](CImageObj& o) { o.m_InImgInf.nSrcFormat = 0x1201; o.m_OutImgInf.nDstFormat = 0x301; }},
+        {"read only", 0, 0, 0, [](CImageObj& o) { o.m_nUnitType = 5; o.m_OutImgInf = {}; }},
+        {"written only, lower", 0, 4, 97, [](CImageObj& o) { o.m_nUnitType = 3; o.m_InImgInf.nHeight = 9; }},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.pszCase);
+        UnitImage image(5, 4, MM_FORMAT_BGRA32, MM_FORMAT_BGRA32, 20);
+        c.pChange(image);
+        T_ImageLrg_tag band{};
+        EXPECT_EQ(c.nResult, image.MapBandRange(c.nFirst, c.nLast, &band, 0));
+        EXPECT_EQ(c.nResult == 0, band.pImage != nullptr && CImageObj::AskFreeMemory() < 100 * kMiB);
+        EXPECT_EQ(c.nResult == 0 && image.m_nUnitType == 5 ? 's' : 0, band.pImage ? int{*band.pImage} : 0);
+        EXPECT_EQ(0u, image.UnmapBand(0));
+        EXPECT_EQ(0, image.Written());
+        EXPECT_EQ(100 * kMiB, CImageObj::AskFreeMemory());
+    }
+}
+
+TEST_F(UnitBands, HoldOneBandAndKeepItsHeight)
+{
+    {
+        UnitImage image(5, 4, MM_FORMAT_BGRA32, MM_FORMAT_BGRA32, 20);
+        T_ImageLrg_tag band{}, again{};
+        ASSERT_EQ(0u, image.MapBandRange(0, 1, &band, 0));
+        EXPECT_EQ(MM_BAD_ARGUMENT, image.SetImageInfo(&again)) << "the buffer has the old geometry";
+        ASSERT_EQ(0u, image.MapBand(2, &again, MM_BAND_DOWNWARD, 7)) << "two lines, as before";
+        EXPECT_EQ(40, image.Written()) << "a band that is still held is ended first";
+        image.m_nUnitBandHeight = 3;
+        image.GetImageInfo(&again); // which sets the next band's height, not the held one's
+        ASSERT_EQ(0u, image.MapBandRange(3, 3, &again, 0));
+        EXPECT_EQ(80, image.Written());
+        EXPECT_EQ(3 * 20, again.nBufSize) << "a line alone has the room of a whole band";
+        image.m_ImgInfo.nBandLines = 0;
+        EXPECT_EQ(MM_RANGE_REVERSED, image.MapBand(0, &again, MM_BAND_DOWNWARD, 0));
+        CImageObj target;
+        CImageObj::ExchangeImg(&target, &image);
+        EXPECT_EQ(0u, image.UnmapBand(0));
+        EXPECT_EQ(80, image.Written());
+        EXPECT_EQ(100 * kMiB - 60, CImageObj::AskFreeMemory()) << "the target holds it";
+        CImageObj other;
+        other.m_ImgInfo.pBase = band.pBase; // of a geometry: no band
+        target.ExchangeImg(&other);
+        EXPECT_EQ(0u, target.UnmapBand(0));
+        EXPECT_EQ(80, image.Written());
+        EXPECT_EQ(100 * kMiB, CImageObj::AskFreeMemory()) << "the exchange drops it";
+        target.m_ImgInfo = image.m_ImgInfo;
+        target.m_ImgInfo.nBandLines = 2;
+        ASSERT_EQ(0u, target.MapBand(0, &band, MM_BAND_DOWNWARD, 0));
+    }
+    EXPECT_EQ(100 * kMiB, CImageObj::AskFreeMemory()) << "an object frees what it holds";
+}
+
+TEST_F(UnitBands, FindTheNextLineBehindAnyPadding)
+{
+    const std::string sFile =
+        std::string(8, 'a') + std::string(22, '#') + std::string(8, 'b') + std::string(30, '#');
+    for (const auto eAccess : {ACS_MEMORY, ACS_FILEIO}) {
+        UnitImage image(2, 2, MM_FORMAT_BGRA32, MM_FORMAT_RAW64, 30, 1);
+        const HostFile file(sFile);
+        image.m_InImgInf.eAcsType = eAccess;
+        image.m_InImgInf.hData = eAccess == ACS_FILEIO ? file.Handle() : image.sSource.data();
+        image.sSource.replace(0, sFile.size(), sFile);
+        image.m_OutImgInf.nOffset = 3;
+        T_ImageLrg_tag band{};
+        ASSERT_EQ(0u, image.MapBandRange(0, 1, &band, 0));
+        const auto pLine = reinterpret_cast<const char*>(band.pImage) - 4;
+        EXPECT_EQ(std::string("\0\0\0\0aaaaaaaa####\0\0\0\0bbbbbbbb####", 32), std::string(pLine, 32));
+        EXPECT_EQ(0u, image.UnmapBand(0));
+        EXPECT_EQ(0u, image.sTarget.find("..aaaa")) << "16-bit samples start at an even position of a block";
+    }
+}
+
+TEST_F(UnitBands, FindTheirPixelsBehindABitmapsSignature)
+{
+    // clang-format off
+    const struct { int nFileType, nAccess, nAt; DWORD nResult; int nOffset; } cases[] = {
+        {0, ACS_MEMORY, 0, 0, 54}, {0, ACS_MEMORY, 58, 0, 112}, {0, ACS_MEMORY, 59, 18, 7}, {0, ACS_FILEIO, 0, 0, 54},
+        {0, ACS_FILEIO, 14, 18, 7}, {0, ACS_FILEIO, 98, 0, 152}, {1, ACS_MEMORY, 0, 18, 7}, {0, ACS_MMF, 0, 18, 7},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        UnitImage image(5, 4, MM_FORMAT_BGR24, MM_FORMAT_BGR24, 16); // pieces of 15 bytes
+        image.sSource.replace(std::size_t(c.nAt), 2, "BM");
+        const HostFile file(image.sSource);
+        image.m_InImgInf.nFileType = c.nFileType;
+        image.m_InImgInf.eAcsType = tag_E_ACSTYPE(c.nAccess);
+        image.m_InImgInf.hData = c.nAccess == ACS_MEMORY ? image.sSource.data() : file.Handle();
+        image.m_InImgInf.nOffset = 7;
+        EXPECT_EQ(c.nResult, image.CalcOffsetLength()) << c.nAccess << ", signature at " << c.nAt;
+        EXPECT_EQ(c.nOffset, image.m_InImgInf.nOffset);
+        image.m_InImgInf.hData = nullptr;
+        EXPECT_EQ(0u, image.CalcOffsetLength());
+    }
+}

@@ -1,0 +1,85 @@
+// The examples as a user runs them, on a small bitmap; every byte of the result against what each promises.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+namespace {
+
+constexpr int kWidth = 301, kHeight = 700, kHeader = 54; // three bands of the filter
+
+int LineBytes(int nSamples)
+{
+    return (kWidth * nSamples + 3) / 4 * 4;
+}
+
+/// Samples of the picture, in storage order. Beyond an edge: the edge's own.
+int Sample(int x, int y, int i)
+{
+    return (std::clamp(x, 0, kWidth - 1) * 71 + std::clamp(y, 0, kHeight - 1) * 149 + i * 37) & 0xFF;
+}
+
+/// A bitmap of the samples that the function gives, with bytes that mean nothing ahead of them.
+template <class Function> std::string BitmapOf(int nSamples, Function sample, int nGap = 0)
+{
+    std::string s(std::size_t(kHeader + LineBytes(nSamples) * kHeight), '\0');
+    const auto put = [&](int nAt, int nValue) {
+        for (int i = 0; i < 4; ++i)
+            s[std::size_t(nAt + i)] = char(nValue >> 8 * i);
+    };
+    s.replace(0, 2, "BM");
+    put(2, int(s.size()));
+    const int fields[] = {
+        kHeader + nGap, 40, kWidth, kHeight, nSamples << 19 | 1, 0, LineBytes(nSamples) * kHeight};
+    for (int i = 0; i < 7; ++i)
+        put(10 + 4 * i, fields[i]);
+    for (int y = 0; y < kHeight; ++y)
+        for (int n = 0; n < kWidth * nSamples; ++n)
+            s[std::size_t(kHeader + y * LineBytes(nSamples) + n)] =
+                char(sample(n / nSamples, y, n % nSamples));
+    s.insert(kHeader, std::size_t(nGap), '?');
+    return s;
+}
+
+/// What an example makes of the picture; its exit status if that is not 0.
+std::string ResultOf(const std::string& sExample, const std::string& sArguments = "")
+{
+    std::string sFolder = testing::TempDir() + "examplesXXXXXX";
+    sFolder = std::string(mkdtemp(sFolder.data())) + "/";
+    std::ofstream(sFolder + "in.bmp", std::ios::binary) << BitmapOf(3, Sample, 20);
+    const std::string sCommand =
+        EXAMPLES_FOLDER + sExample + " " + sFolder + "in.bmp " + sFolder + "out.bmp " + sArguments;
+    const int nStatus = std::system((sCommand + " 2>/dev/null").c_str());
+    std::ostringstream bytes;
+    bytes << std::ifstream(sFolder + "out.bmp", std::ios::binary).rdbuf();
+    std::filesystem::remove_all(sFolder);
+    return nStatus == 0 ? bytes.str() : "status " + std::to_string(nStatus >> 8);
+}
+
+TEST(Examples, DoWhatTheySay)
+{
+    const auto inverted = [](int x, int y, int i) { return i == 3 ? 0xFF : 0xFF - Sample(x, y, i); };
+    EXPECT_TRUE(BitmapOf(4, inverted) == ResultOf("import_export"));
+    const auto softened = [](int x, int y, int i) {
+        int nSum = 4;
+        for (int n = 0; n < 9; ++n)
+            nSum += Sample(x + n % 3 - 1, y + n / 3 - 1, i);
+        return nSum / 9;
+    };
+    EXPECT_TRUE(BitmapOf(3, softened) == ResultOf("unit_filter"));
+    const auto relief = [](int x, int y, int i) {
+        const bool bInside = x >= 2 && x <= 300 && y >= 3 && y <= 690;
+        return bInside ? std::clamp(128 + Sample(x, y, i) - Sample(x - 1, y - 1, i), 0, 255)
+                       : Sample(x, y, i);
+    };
+    EXPECT_TRUE(BitmapOf(3, relief) == ResultOf("blocks", "3 690 2 300"));
+    EXPECT_EQ("status 1", ResultOf("blocks", "3 5 2 301")) << "past the right edge";
+    EXPECT_EQ("status 2", ResultOf("unit_filter", "surplus"));
+}
+
+} // namespace
