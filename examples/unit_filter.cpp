@@ -11,7 +11,6 @@
 #include <vector>
 
 /// Paints what the library leaves to the step: the frame beside every line, and the line above the image.
-/// Lines of the frame inside the image are there already, and so is the one below it.
 void PaintFrame(const T_ImageLrg_tag& band)
 {
     const int nPixel = band.nPixelBytes, nLine = band.nLineBytes, nRight = band.nWidth * nPixel;
@@ -63,6 +62,7 @@ int main(int argc, char** argv)
     CImageObj image;
     image.m_ImgInfo.nMarginX = image.m_ImgInfo.nMarginY = 1; // room for the frame
     DWORD nResult = ImportImgForUnit(&image, &in, &out, 0, nullptr, MM_ALIGN_PACKED, 1);
+    std::memcpy(&image.m_InImgInf.nOffset, header + 10, 4); // where the header says that the pixels start
     image.SetFsize(1);
     image.SetFrameColor(MM_FRAME_REPLICATE, 0);
     T_ImageLrg_tag band{};

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The main job, from an empty machine to checked pictures: a bitmap of 12000 x 12000 pixels, many times larger
-# than the memory it is given, goes to 32 bits, to 16 bits a sample and back.
+# than the memory it is given, goes to 32 bits, to 16 bits a sample and back. A small one is filtered and enlarged.
 # Usage: scripts/demo.sh [FOLDER]      FOLDER keeps the pictures; default ${TMPDIR:-/tmp}/imgband-demo
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -63,16 +63,28 @@ run convert first24.bmp second32.bmp --to bgra32
 run convert second32.bmp third48.raw --to raw48
 run convert third48.raw fourth24.bmp --from raw48 --size "${width}x$height" --to bgr24
 
+run make small24.bmp --size 1203x901
+run filter small24.bmp smooth24.bmp --op box --radius 2
+run enlarge small24.bmp large24.bmp --factor 3 --op nearest
+printf '\n$ imgband filter first24.bmp other.bmp --op gauss --budget %sM --plan\n' "$budget_mib"
+"$imgband" filter first24.bmp other.bmp --op gauss --budget "${budget_mib}M" --plan
+
 echo
 echo "== Every pixel compared, as netpbm reads them"
 [ "$(pixels first24.bmp | wc -c)" -eq $((width * height * 3)) ] # else two empty pipes would be equal
 same "first24.bmp and second32.bmp have the same colours" <(pixels first24.bmp) <(pixels second32.bmp)
 same "third48.raw has the same colours, scaled to 16 bits" <(pixels48 first24.bmp) third48.raw
 same "fourth24.bmp is first24.bmp again, byte for byte" first24.bmp fourth24.bmp
+same "large24.bmp is small24.bmp enlarged by netpbm" <(bmptopnm -quiet small24.bmp | pamenlarge 3) \
+    <(bmptopnm -quiet large24.bmp)
+inner() { pamcut -left 2 -top 2 -right -3 -bottom -3; } # netpbm leaves the edges as they are
+same "smooth24.bmp is small24.bmp smoothed by netpbm, but for its edges" \
+    <(bmptopnm -quiet small24.bmp | pnmsmooth -quiet -width=5 -height=5 | inner) <(bmptopnm -quiet smooth24.bmp | inner)
 bmptopnm -quiet first24.bmp | pamscale -nomix -xsize=1200 | pnmtopng -quiet >preview.png
 rm -f last-run.json
 
 echo
 echo "== Done in $SECONDS s. The pictures, and a small preview of them, are in $folder:"
-ls -l --block-size=1 first24.bmp second32.bmp third48.raw fourth24.bmp preview.png
+ls -l --block-size=1 first24.bmp second32.bmp third48.raw fourth24.bmp small24.bmp smooth24.bmp large24.bmp \
+    preview.png
 echo "Remove them with: rm -r $folder"

@@ -32,22 +32,34 @@ for kind in tmpfs ext4; do
     fi
     refused make "$disk/out.bmp" --size 3000x3000
     refused convert in.bmp "$disk/out.bmp" --to bgra32
-    refused convert in.bmp out.bmp --to bgra32 --temp-dir "$disk" --budget 12M
+    refused convert in.bmp out.bmp --to bgra32 --scheme whole --temp-dir "$disk" --budget 12M
     [ ! -e out.bmp ] || fail "a refused job left its output"
 
     # Killed while its image lies in a temporary file: the data has no name, an empty name may stay.
     "$imgband" make small.bmp --size 2000x1500 --quiet
     for delay in 0.01 0.02 0.03 0.04 0.05 0.06; do
-        "$imgband" convert small.bmp out.bmp --to bgra32 --budget 12M --temp-dir "$disk" --quiet &
+        "$imgband" convert small.bmp out.bmp --to bgra32 --scheme whole --budget 12M --temp-dir "$disk" --quiet &
         sleep "$delay"
         kill -KILL $! 2>/dev/null || true
         wait $! 2>/dev/null || true # its room and locks are free only then
     done
     [ "$(find "$disk" -type f -size +0 | wc -l)" -eq 0 ] || fail "a killed run leaves bytes: $(ls -l "$disk")"
     : >"$disk/LRGFFFF.tmp"
-    "$imgband" convert small.bmp out.bmp --to bgra32 --budget 12M --temp-dir "$disk" --quiet
+    "$imgband" convert small.bmp out.bmp --to bgra32 --scheme whole --budget 12M --temp-dir "$disk" --quiet
     [ -z "$(find "$disk" -name 'LRG*')" ] || fail "the next run leaves $(ls "$disk")"
     rm -f out.bmp
+
+    # Filled up while bands go straight to the output.
+    rm -f message
+    "$imgband" filter small.bmp "$disk/out.bmp" --op gauss --radius 16 --threads 1 --budget 12M 2>message &
+    until [ -n "$(find "$disk" -name '.imgband-*' -size +1)" ] || ! kill -0 $! 2>/dev/null; do sleep 0.001; done
+    head -c 40M /dev/zero >"$disk/fill" 2>/dev/null || true
+    status=0
+    wait $! || status=$?
+    [ "$status" -eq 4 ] || fail "a disk that fills up ends in $status: $(cat message)"
+    grep -q 'disk full' message || fail "$(cat message)"
+    rm "$disk/fill"
+    [ -z "$(find "$disk" -type f)" ] || fail "a disk that filled up keeps $(find "$disk" -type f)"
     umount "$disk"
 done
 echo "Full disks are refused in words on tmpfs and ext4"

@@ -7,3 +7,5 @@
 void RunMake(const Options& options, Report& report);
 void RunInfo(const Options& options, Report& report);
 void RunConvert(const Options& options, Report& report);
+void RunFilter(const Options& options, Report& report);
+void RunEnlarge(const Options& options, Report& report);

@@ -6,39 +6,29 @@
 
 #include <fmt/format.h>
 
-#include <new>
+#include <cstdlib>
 
 namespace {
 
-std::unique_ptr<unsigned char[]> MakeBlock(const std::string& szPath, std::int64_t nBytes)
+/// Zero, so that the padding of the output's lines is too; what is not touched takes no memory.
+ExternalPair::Block MakeBlock(const std::string& szPath, std::int64_t nBytes)
 {
-    auto pBlock =
-        std::unique_ptr<unsigned char[]>(new (std::nothrow) unsigned char[static_cast<std::size_t>(nBytes)]);
+    ExternalPair::Block pBlock(static_cast<unsigned char*>(std::calloc(static_cast<std::size_t>(nBytes), 1)));
     if (!pBlock)
         throw Failure(ExitStatus::JobFailed, szPath,
                       fmt::format("there is no memory for a picture of {} bytes", nBytes), "--access file");
     return pBlock;
 }
 
-std::int64_t PictureBytes(const PictureFacts& facts)
-{
-    return facts.nOffset + LineBytes(facts.eFormat, facts.size.nWidth) * facts.size.nHeight;
-}
-
 } // namespace
 
-ExternalPair::ExternalPair(Access eAccess, const InputFile* pInput, OutputFile& output, Format eTo,
+ExternalPair::ExternalPair(Access eAccess, const InputFile* pInput, OutputFile* pOutput, Format eTo,
                            ImageSize size, ObjectFormats objects)
-    : m_output(output), m_eTo(eTo), m_nOutputBytes(FileBytes(eTo, size))
+    : m_pOutput(pOutput), m_eTo(eTo), m_nOutputBytes(FileBytes(eTo, size))
 {
     if (eAccess == Access::Memory) {
+        MakeBlocks(pInput);
         ZBT_IMAGE_ON_MEMORY pair = {};
-        if (pInput) {
-            const std::int64_t nBytes = PictureBytes(pInput->Facts());
-            m_pInputBlock = MakeBlock(pInput->Path(), nBytes);
-            pInput->ReadWhole(m_pInputBlock.get(), static_cast<std::size_t>(nBytes));
-        }
-        m_pOutputBlock = MakeBlock(output.Path(), m_nOutputBytes);
         pair.hInImage = m_pInputBlock.get();
         pair.hOutImage = m_pOutputBlock.get();
         Describe(pair, pInput, size, objects);
@@ -47,10 +37,23 @@ ExternalPair::ExternalPair(Access eAccess, const InputFile* pInput, OutputFile& 
     ZBT_IMAGE_IN_FILE pair = {};
     if (pInput)
         pair.hInImage = pInput->Handle();
-    pair.hOutImage = output.Handle();
+    if (pOutput)
+        pair.hOutImage = pOutput->Handle();
     Describe(pair, pInput, size, objects);
     if (eAccess == Access::Mmap)
         m_inputInf.eAcsType = m_outputInf.eAcsType = ACS_MMF;
+}
+
+void ExternalPair::MakeBlocks(const InputFile* pInput)
+{
+    if (!m_pOutput)
+        return;
+    if (pInput) {
+        const std::int64_t nBytes = pInput->PictureEnd();
+        m_pInputBlock = MakeBlock(pInput->Path(), nBytes);
+        pInput->ReadWhole(m_pInputBlock.get(), static_cast<std::size_t>(nBytes));
+    }
+    m_pOutputBlock = MakeBlock(m_pOutput->Path(), m_nOutputBytes);
 }
 
 template <class Pair>
@@ -59,8 +62,8 @@ void ExternalPair::Describe(Pair& pair, const InputFile* pInput, ImageSize size,
     if (pInput) {
         pair.nInType = static_cast<short>(pInput->Facts().eFormat);
         pair.nInOffset = static_cast<int>(pInput->Facts().nOffset);
-        pair.nInWidth = size.nWidth;
-        pair.nInHeight = size.nHeight;
+        pair.nInWidth = pInput->Facts().size.nWidth;
+        pair.nInHeight = pInput->Facts().size.nHeight;
     }
     pair.nOutType = static_cast<short>(m_eTo);
     pair.nOutWidth = size.nWidth;
@@ -71,5 +74,5 @@ void ExternalPair::Describe(Pair& pair, const InputFile* pInput, ImageSize size,
 void ExternalPair::DeliverOutput()
 {
     if (m_pOutputBlock)
-        m_output.Append(m_pOutputBlock.get(), static_cast<std::size_t>(m_nOutputBytes));
+        m_pOutput->Append(m_pOutputBlock.get(), static_cast<std::size_t>(m_nOutputBytes));
 }

@@ -4,6 +4,7 @@
 #include "InputFile.h"
 #include "OutputFile.h"
 
+#include <cstdlib>
 #include <memory>
 
 /// Object formats on the two sides of a run: what the import makes, and what the export is given.
@@ -18,8 +19,16 @@ struct ObjectFormats
 class ExternalPair
 {
 public:
-    /// @param pInput  null when nothing is read
-    ExternalPair(Access eAccess, const InputFile* pInput, OutputFile& output, Format eTo, ImageSize size,
+    struct FreeBlock
+    {
+        void operator()(unsigned char* pBlock) const { std::free(pBlock); }
+    };
+    using Block = std::unique_ptr<unsigned char[], FreeBlock>;
+
+    /// @param pInput   null when nothing is read
+    /// @param pOutput  null while a run is only planned: then there are no blocks either
+    /// @param size     of the output
+    ExternalPair(Access eAccess, const InputFile* pInput, OutputFile* pOutput, Format eTo, ImageSize size,
                  ObjectFormats objects);
 
     T_ImgInf& Input() { return m_inputInf; }
@@ -29,13 +38,14 @@ public:
     void DeliverOutput();
 
 private:
+    void MakeBlocks(const InputFile* pInput);
     template <class Pair>
     void Describe(Pair& pair, const InputFile* pInput, ImageSize size, ObjectFormats objects);
 
-    OutputFile& m_output;
+    OutputFile* m_pOutput;
     Format m_eTo;
-    std::unique_ptr<unsigned char[]> m_pInputBlock;
-    std::unique_ptr<unsigned char[]> m_pOutputBlock;
+    Block m_pInputBlock;
+    Block m_pOutputBlock;
     std::int64_t m_nOutputBytes;
     T_ImgInf m_inputInf = {};
     T_ImgInf m_outputInf = {};

@@ -6,6 +6,7 @@
 #include "Platform/PlatformTypes.h"
 
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <stop_token>
 #include <string>
@@ -79,12 +80,18 @@ std::string RuntimeFolder();
 /// A file name that nobody can foresee, with this beginning.
 std::string UnusedName(const std::string& szBeginning);
 
+/// Whether what is written to a stream appears on a terminal.
+bool IsTerminal(std::FILE* pStream);
+
+/// Processors that this process may run on, at least 1.
+int ProcessorCount();
+
 /// This process's number, and whether a process of a number lives.
 int ProcessNumber();
 bool IsRunning(int nProcess);
 
 /// Starts a thread that interrupts never reach, so that they stay the main thread's.
-std::jthread StartWatcher(std::function<void(std::stop_token)> fnWatch);
+std::jthread StartThread(std::function<void(std::stop_token)> fnRun);
 
 /// Bytes of private (anonymous) memory that the process has resident now; below 0 when unknown. Any thread.
 std::int64_t PrivateBytes() noexcept;

@@ -19,7 +19,8 @@ namespace {
 host::File Open(const Options& options)
 {
     const std::string& szPath = options.szInput;
-    const bool bViews = options.eAccess == Access::Mmap;
+    // Whole pictures are read through writable views, bands through views for reading.
+    const bool bViews = options.eAccess == Access::Mmap && options.eScheme == Scheme::Whole && !options.bPlan;
     try {
         host::File file = host::File::OpenForReading(szPath, bViews);
         std::error_code error;
@@ -27,7 +28,8 @@ host::File Open(const Options& options)
             throw Failure(ExitStatus::BadInput, szPath, "is not a regular file");
         return file;
     } catch (const std::system_error& e) {
-        FailReading(szPath, e.code(), bViews ? "--access file, which needs no permission to write" : "");
+        FailReading(szPath, e.code(),
+                    bViews ? "--scheme unit or --access file, which need no permission to write" : "");
     }
 }
 
@@ -89,11 +91,30 @@ PictureFacts InputFile::Identify(const Options& options) const
     return facts;
 }
 
+std::int64_t InputFile::PictureEnd() const
+{
+    return m_facts.nOffset + LineBytes(m_facts.eFormat, m_facts.size.nWidth) * m_facts.size.nHeight;
+}
+
+void InputFile::CheckWhole() const
+{
+    std::int64_t nNow = 0;
+    try {
+        nNow = m_file.Size();
+    } catch (const std::system_error& e) {
+        FailReading(m_szPath, e.code());
+    }
+    if (nNow < PictureEnd())
+        throw Failure(ExitStatus::BadInput, m_szPath,
+                      fmt::format("became shorter while it was read: the picture takes {} bytes, {} are left",
+                                  PictureEnd(), nNow));
+}
+
 void InputFile::ReadWhole(unsigned char* pBlock, std::size_t nBytes) const
 {
     try {
         if (m_file.ReadAt(0, pBlock, nBytes) != nBytes)
-            throw Failure(ExitStatus::BadInput, m_szPath, "became shorter while it was read");
+            CheckWhole();
     } catch (const std::system_error& e) {
         FailReading(m_szPath, e.code());
     }

@@ -15,6 +15,13 @@ public:
     const std::string& Path() const { return m_szPath; }
     HANDLE Handle() const { return m_file.Handle(); }
 
+    /// The file's bytes up to the end of the last line.
+    std::int64_t PictureEnd() const;
+
+    /// Throws Failure (BadInput) when the file has become too short for its picture. The library takes what
+    /// is missing for zeros.
+    void CheckWhole() const;
+
     /// Fills a block with the first nBytes of the file.
     void ReadWhole(unsigned char* pBlock, std::size_t nBytes) const;
 

@@ -10,6 +10,12 @@
 
 namespace {
 
+constexpr LONG kWholeBandCap = 24; // MiB
+
+// Bands that go from file to file are made anew each time. Those of a few MiB stay in the processor's caches,
+// and are still large enough for pages of 2 MiB.
+constexpr LONG kUnitBandCap = 8;
+
 std::string ChooseTemporaryFolder(const Options& options)
 {
     if (!options.szTempDir.empty())
@@ -58,12 +64,18 @@ Library::Library(const Options& options)
 {
     host::RestartOnInterrupt(kInterruptedCommand, {m_log.Folder(), options.bJson ? "--json" : ""});
     CImageObj::InitBaseMemory(options.nBudget, options.nOneMapping);
-    CImageObj::SetUseMaxBandMemory(options.nBandCap);
+    CImageObj::SetUseMaxBandMemory(options.nBandCap ? options.nBandCap : kWholeBandCap);
+    CImageObj::ms_nUseMaxMemoryUnit = (options.nBandCap ? options.nBandCap : kUnitBandCap) << 20;
     m_nBudget = CImageObj::AskFreeMemory();
     if (const DWORD nCode = CImageCtrl::CleanTempFolder())
         Fail(Failure(ExitStatus::NoRoom, m_szTemporaryFolder, "cannot be the folder for temporary files",
                      "--temp-dir DIR with a shorter name"),
              nCode);
+}
+
+LONG Library::Taken() const
+{
+    return m_nBudget - CImageObj::AskFreeMemory();
 }
 
 void Library::Fail(Failure failure, DWORD nCode) const
@@ -90,13 +102,17 @@ void Library::FailTemporary(DWORD nCode, std::int64_t nTemporaryBytes) const
 
 void Library::CheckImport(DWORD nCode, const std::string& szInput, std::int64_t nTemporaryBytes) const
 {
+    if (nCode == MM_FILE_ACCESS && !IsFromExternalImage(m_log.LastError()))
+        FailTemporary(nCode, nTemporaryBytes);
+    CheckRead(nCode, szInput);
+}
+
+void Library::CheckRead(DWORD nCode, const std::string& szInput) const
+{
     switch (nCode) {
     case MM_SUCCESS:
         return;
     case MM_FILE_ACCESS:
-        if (!IsFromExternalImage(m_log.LastError()))
-            FailTemporary(nCode, nTemporaryBytes);
-        [[fallthrough]];
     case MM_NO_MAPPING:
     case MM_EXTERNAL_VIEW:
     case MM_IO_BUFFER_ADDRESS:

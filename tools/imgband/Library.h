@@ -15,12 +15,19 @@ public:
     /// Budget in bytes that the library works with.
     LONG Budget() const { return m_nBudget; }
 
+    /// Bytes of the budget that are allotted now.
+    LONG Taken() const;
+
     const std::string& TemporaryFolder() const { return m_szTemporaryFolder; }
 
     /// Throws a Failure unless nCode is 0.
     void CheckImport(DWORD nCode, const std::string& szInput, std::int64_t nTemporaryBytes) const;
+    void CheckRead(DWORD nCode, const std::string& szInput) const;
     void CheckStep(DWORD nCode, const std::string& szStep, std::int64_t nTemporaryBytes) const;
     void CheckExport(DWORD nCode, const std::string& szOutput, Room room) const;
+
+    /// Whether the library recorded a failure in this run. Some it only records.
+    bool HasRecordedError() const { return m_log.LastError().has_value(); }
 
 private:
     [[noreturn]] void Fail(Failure failure, DWORD nCode) const;

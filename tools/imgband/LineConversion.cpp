@@ -2,14 +2,14 @@
 
 #include "LineConversion.h"
 
+#include "BandLines.h"
+
 #include <algorithm>
 #include <cstdint>
 
 namespace {
 
-constexpr int kSamples = 4;
-
-template <class Sample> constexpr Sample Same(Sample nValue)
+template <class Src, class Dst = Src> constexpr Dst Same(Src nValue)
 {
     return nValue;
 }
@@ -54,7 +54,8 @@ LineFunction ChooseLineFunction(int nSrcBytes, int nDstBytes, bool bFullRange, b
         return nSrcBytes == 1 ? Choose<std::uint8_t, std::uint8_t, Same<std::uint8_t>>(bTurned)
                               : Choose<std::uint16_t, std::uint16_t, Same<std::uint16_t>>(bTurned);
     if (nSrcBytes == 1)
-        return Choose<std::uint8_t, std::uint16_t, Widen>(bTurned);
+        return bFullRange ? Choose<std::uint8_t, std::uint16_t, Widen>(bTurned)
+                          : Choose<std::uint8_t, std::uint16_t, Same<std::uint8_t, std::uint16_t>>(bTurned);
     return bFullRange ? Choose<std::uint16_t, std::uint8_t, Narrow>(bTurned)
                       : Choose<std::uint16_t, std::uint8_t, Clamp>(bTurned);
 }

@@ -4,8 +4,9 @@
 /// Converts nPixels pixels; samples are 16-bit words in the machine's order, or bytes.
 using LineFunction = void (*)(const unsigned char* pSrc, unsigned char* pDst, int nPixels);
 
-/// @param nSrcBytes, nDstBytes  bytes a sample, 1 or 2; 1 to 2 always scales
-/// @param bFullRange            2 to 1: scale to the full range, else clamp to 255
+/// @param nSrcBytes, nDstBytes  bytes a sample, 1 or 2
+/// @param bFullRange            between two widths: scale from full range to full range, else keep the
+///                              values, from 2 to 1 as far as 255
 /// @param bTurned               the pixels of the line come out in reverse order
 LineFunction ChooseLineFunction(int nSrcBytes, int nDstBytes, bool bFullRange, bool bTurned);
 

@@ -1,8 +1,10 @@
 // imgband make: paints a picture into an image object, band by band, and exports it.
 
+#include "BandLoop.h"
 #include "Commands.h"
+#include "LineConversion.h"
 #include "Scene.h"
-#include "Transfer.h"
+#include "WholeTransfer.h"
 
 #include <fmt/format.h>
 
@@ -38,18 +40,23 @@ DWORD PaintBand(CImageObj& object, int nTop, Scene& scene, std::vector<std::uint
 
 void PaintStep(const Run& run, PlannedImage& object, ImageSize size)
 {
-    run.report.BeginStep();
+    run.report.BeginStep("paint");
     tag_MemAlloc request; // one image, which is filled instead of read
     CImageObj* images[] = {&object};
     DWORD nCode = CImageObj::MemoryAlloc(&request, images, nullptr, nullptr);
-    const ImagePlan plan = object.Plan("object");
+    run.lib.CheckStep(nCode, "painting", object.m_ImgInfo.nBufSize);
+    const StepPlan plan{"paint", {object.Plan("object")}, run.lib.Taken()};
+    const Bands bands{size.nHeight, object.GetBandHeight()};
+    run.report.ExpectBands(bands.Count(), object.m_ImgInfo.nBufSize);
 
     const auto pScene = MakeScene(run.options.ePattern, size, run.options.nSeed);
     std::vector<std::uint16_t> line(static_cast<std::size_t>(size.nWidth) * Scene::kSamples);
-    for (int nTop = 0; nCode == MM_SUCCESS && nTop < size.nHeight; nTop += plan.nBandLines)
-        nCode = PaintBand(object, nTop, *pScene, line);
-    run.lib.CheckStep(nCode, "painting", object.m_ImgInfo.nBufSize);
-    run.report.EndStep("paint", {plan});
+    for (int i = 0; i < bands.Count(); ++i) {
+        nCode = PaintBand(object, bands.At(i).nFirst, *pScene, line);
+        run.lib.CheckStep(nCode, "painting", object.m_ImgInfo.nBufSize);
+        run.report.BandDone();
+    }
+    run.report.EndStep(plan);
 }
 
 } // namespace
@@ -59,21 +66,23 @@ void RunMake(const Options& options, Report& report)
     const Format eTo = ChooseFormat(options);
     const ImageSize size = *options.size;
     const int nObjectFormat = ObjectFormat(SampleBytes(eTo));
-    if (!FitsLibrary(eTo, size, 0, nObjectFormat))
-        FailTooLarge(ExitStatus::WrongCommandLine, options.szOutput, size);
+    if (!FitsWholeScheme(eTo, size, IsBitmap(eTo) ? kBitmapHeaderBytes : 0, 0))
+        FailTooLarge(Scheme::Whole, ExitStatus::WrongCommandLine, options.szOutput, size);
 
     const Library library(options);
-    DescribeLibrary(report, library);
+    DescribeLibrary(options, library, report);
     OutputFile output(options.szOutput);
     output.CheckRoom(FileBytes(eTo, size));
-    ExternalPair pair(options.eAccess, nullptr, output, eTo, size, {nObjectFormat, nObjectFormat});
-    const Run run{options, library, report, pair};
+    ExternalPair pair(options.eAccess, nullptr, &output, eTo, size, {nObjectFormat, nObjectFormat});
+    const Workers workers(options.nThreads);
+    const Run run{options, library, report, pair, workers, &output};
 
-    PlannedImage object;
+    PlannedImage object(false);
     library.CheckStep(object.SetGeometry(size.nWidth, size.nHeight, nObjectFormat), "set-up", 0);
     PaintStep(run, object, size);
-    ExportStep(run, output, object, eTo, true);
+    ExportStep(run, object, eTo, IsStoredBottomUp(eTo), true);
+    pair.DeliverOutput();
     output.Publish();
 
-    DescribePicture(report, options.szOutput, eTo, size);
+    DescribePicture(options.szOutput, eTo, size, report);
 }

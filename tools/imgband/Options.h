@@ -1,6 +1,8 @@
 #pragma once
 // The command line.
 
+#include "EnlargeWork.h"
+#include "FilterWork.h"
 #include "Formats.h"
 
 #include <cstdint>
@@ -13,6 +15,8 @@ enum class Command
     Make,
     Info,
     Convert,
+    Filter,
+    Enlarge,
 };
 
 /// How the library reaches the external pictures.
@@ -21,6 +25,13 @@ enum class Access
     File,   ///< reading and writing bands through buffers
     Memory, ///< whole pictures in blocks of the tool
     Mmap,   ///< views of the files
+};
+
+/// How a picture goes through the library.
+enum class Scheme
+{
+    Whole, ///< as image objects in the budget or in temporary files
+    Unit,  ///< band by band from file to file
 };
 
 enum class Pattern
@@ -43,14 +54,22 @@ struct Options
     bool bFullRange = true;
     bool bKeepAlpha = true;
 
+    FilterSettings filter{FilterOp::Box, 2, 1, {MM_FRAME_REPLICATE, 0}};
+
+    EnlargeOp eEnlargeOp = EnlargeOp::Linear;
+    int nFactor = 1;
+
     Pattern ePattern = Pattern::Photo;
     std::uint64_t nSeed = 1;
 
     LONG nBudget = 100 << 20;    ///< bytes
     LONG nOneMapping = 32 << 20; ///< bytes
-    LONG nBandCap = 24;          ///< MiB
+    LONG nBandCap = 0;           ///< MiB; 0: the scheme's own
     std::string szTempDir;       ///< empty: the system's
     Access eAccess = Access::File;
+    Scheme eScheme = Scheme::Unit;
+    bool bPlan = false; ///< tell what the run would take, and do nothing
+    int nThreads = 1;
 
     bool bJson = false;
     bool bQuiet = false;

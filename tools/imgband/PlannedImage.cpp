@@ -4,19 +4,6 @@
 
 #include "Formats.h"
 
-namespace {
-
-const char* PlaceOf(const CImageCtrl* pStore)
-{
-    if (!pStore || pStore->GetAcsType() == ACS_NONE)
-        return "nowhere";
-    if (pStore->GetAcsType() == ACS_MEMORY)
-        return "memory";
-    return pStore->GetAllMapFlg() ? "temporary file, mapped whole" : "temporary file";
-}
-
-} // namespace
-
 void PlannedImage::GetImageInfo(T_ImageLrg_tag* pInfo)
 {
     CImageObj::GetImageInfo(pInfo);
@@ -27,6 +14,18 @@ int PlannedImage::GetBandHeight()
 {
     Note();
     return CImageObj::GetBandHeight();
+}
+
+DWORD PlannedImage::Create(LONG nSize, LONG nAllotted, int nSlots)
+{
+    if (!m_bDry)
+        return CImageObj::Create(nSize, nAllotted, nSlots);
+    const bool bFits = nSize <= nAllotted;
+    if (m_eDryPlace == Place::Nowhere)
+        m_eDryPlace = bFits ? Place::Memory : Place::File;
+    else if (m_eDryPlace != Place::Memory)
+        m_eDryPlace = bFits ? Place::FileMappedWhole : Place::File;
+    return MM_SUCCESS;
 }
 
 DWORD PlannedImage::SetGeometry(int nWidth, int nHeight, int nFormat)
@@ -40,16 +39,46 @@ DWORD PlannedImage::SetGeometry(int nWidth, int nHeight, int nFormat)
     return SetImageInfo(&info);
 }
 
+void PlannedImage::ReturnDryCharge()
+{
+    if (m_eDryPlace != Place::File && m_eDryPlace != Place::FileMappedWhole)
+        return;
+    m_nKeepStore = 1;
+    Destroy();
+    m_nKeepStore = 0;
+}
+
 ImagePlan PlannedImage::Plan(const std::string& szImage) const
 {
-    return {szImage,           PlaceOf(m_pImageCtrl), m_ImgInfo.nBufSize,
-            m_ImgInfo.nHeight, m_ImgInfo.nBandLines,  m_nAreaSize};
+    static constexpr const char* kPlaces[] = {"nowhere", "memory", "temporary file",
+                                              "temporary file, mapped whole"};
+    const Place ePlace = PlaceNow();
+    const bool bFile = ePlace == Place::File || ePlace == Place::FileMappedWhole;
+    return {.szImage = szImage,
+            .szPlace = kPlaces[static_cast<int>(ePlace)],
+            .nBytes = m_ImgInfo.nBufSize,
+            .nBandLines = m_ImgInfo.nBandLines,
+            .nBands = m_ImgInfo.nBandLines > 0 ? BandCount(m_ImgInfo.nHeight, m_ImgInfo.nBandLines) : 0,
+            .nCharged = m_nAreaSize,
+            .nTemporary = bFile ? m_ImgInfo.nBufSize : 0};
+}
+
+PlannedImage::Place PlannedImage::PlaceNow() const
+{
+    if (m_bDry)
+        return m_eDryPlace;
+    if (!m_pImageCtrl || m_pImageCtrl->GetAcsType() == ACS_NONE)
+        return Place::Nowhere;
+    if (m_pImageCtrl->GetAcsType() == ACS_MEMORY)
+        return Place::Memory;
+    return m_pImageCtrl->GetAllMapFlg() ? Place::FileMappedWhole : Place::File;
 }
 
 void PlannedImage::Note()
 {
     m_noted = Plan("object");
     m_nExternalCharge = m_nFreeBefore - FreeWithoutExternal();
+    m_nBudget = ms_ReserveMemory - AskFreeMemory() - (m_nReserveTaken ? ms_ReserveMemory : 0);
 }
 
 // The budget that would be free without this object's charge, and without the reserve that a second planning

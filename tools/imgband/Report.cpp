@@ -24,29 +24,10 @@ double SecondsSince(std::chrono::steady_clock::time_point begin)
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 
-std::string MiB(std::int64_t nBytes)
-{
-    return nBytes < 0 ? "unknown" : fmt::format("{:.1f} MiB", static_cast<double>(nBytes) / (1 << 20));
-}
-
 // Names of files may hold any bytes; the object stays valid JSON.
 void PrintJson(const ordered_json& json)
 {
     Print(stdout, json.dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n");
-}
-
-std::string PlanText(const ImagePlan& plan)
-{
-    const std::string szBands =
-        plan.Bands() == 1 ? "whole" : fmt::format("{} bands of {} lines", plan.Bands(), plan.nBandLines);
-    return fmt::format("    {:<22} {:>10} in {}, {}, {} charged\n", plan.szImage, MiB(plan.nBytes),
-                       plan.szPlace, szBands, MiB(plan.nCharged));
-}
-
-ordered_json PlanJson(const ImagePlan& plan)
-{
-    return {{"image", plan.szImage},         {"place", plan.szPlace}, {"bytes", plan.nBytes},
-            {"band_lines", plan.nBandLines}, {"bands", plan.Bands()}, {"charged_bytes", plan.nCharged}};
 }
 
 ordered_json ErrorJson(const Failure& failure)
@@ -72,7 +53,7 @@ ordered_json ErrorJson(const Failure& failure)
 } // namespace
 
 PeakMemory::PeakMemory()
-    : m_watcher(host::StartWatcher([this](std::stop_token stop) {
+    : m_watcher(host::StartThread([this](std::stop_token stop) {
           while (!stop.stop_requested()) {
               Look();
               std::this_thread::sleep_for(std::chrono::milliseconds(2));
@@ -97,63 +78,70 @@ std::int64_t PeakMemory::Take()
     return nPeak;
 }
 
-Report::Report(const Options& options) : m_options(options)
+Report::Report(const Options& options)
+    : m_options(options), m_progress(options.bQuiet || options.bPlan || !host::IsTerminal(stderr))
 {
-    if (options.bVerbose || options.bJson)
+    if ((options.bVerbose || options.bJson) && !options.bPlan)
         m_pPeak = std::make_unique<PeakMemory>();
 }
 
 void Report::TellSettings(std::int64_t nBudget, std::int64_t nOneMapping, std::int64_t nBandCap,
-                          const std::string& szTemporaryFolder)
+                          const std::string& szTemporaryFolder, int nThreads)
 {
     m_settings = {{"budget_bytes", nBudget},
                   {"one_mapping_bytes", nOneMapping},
                   {"band_cap_bytes", nBandCap},
-                  {"temporary_folder", szTemporaryFolder}};
+                  {"temporary_folder", szTemporaryFolder},
+                  {"threads", nThreads}};
     if (m_options.bVerbose)
-        Print(stderr,
-              fmt::format("  budget {}, one mapping up to {}, output bands up to {}, temporary files in {}\n",
-                          MiB(nBudget), MiB(nOneMapping), MiB(nBandCap), szTemporaryFolder));
+        Say(fmt::format("  budget {}, one mapping up to {}, bands up to {}, temporary files in {}, "
+                        "threads: {}\n",
+                        MiB(nBudget), MiB(nOneMapping), MiB(nBandCap), szTemporaryFolder, nThreads));
 }
 
-void Report::BeginStep()
+void Report::BeginStep(const std::string& szStep)
 {
+    m_progress.Begin(szStep);
     m_stepBegin = std::chrono::steady_clock::now();
     if (m_pPeak)
         m_pPeak->Take();
 }
 
-void Report::EndStep(const std::string& szName, const std::vector<ImagePlan>& images)
+void Report::EndStep(const StepPlan& plan)
 {
-    WarnAboutBudget(szName, images);
-    if (!m_pPeak)
-        return;
-    const double nSeconds = SecondsSince(m_stepBegin);
-    const std::int64_t nPeak = m_pPeak->Take();
-    m_nPeak = std::max(m_nPeak, nPeak);
-    ordered_json step = {{"step", szName}, {"seconds", nSeconds}, {"peak_private_bytes", nPeak}};
-    std::string szText =
-        fmt::format("  {}: {:.2f} s, peak private memory {}\n", szName, nSeconds, MiB(nPeak));
-    for (const ImagePlan& plan : images) {
-        step["images"].push_back(PlanJson(plan));
-        szText += PlanText(plan);
+    m_progress.Wipe();
+    WarnAboutBudget(plan);
+    m_plan.Add(plan);
+    ordered_json step = {{"step", plan.szStep}};
+    std::string szText = fmt::format("  {}: ", plan.szStep);
+    if (m_pPeak) {
+        const double nSeconds = SecondsSince(m_stepBegin);
+        const std::int64_t nPeak = m_pPeak->Take();
+        m_nPeak = std::max(m_nPeak, nPeak);
+        step["seconds"] = nSeconds;
+        step["peak_private_bytes"] = nPeak;
+        szText += fmt::format("{:.2f} s, peak private memory {}, ", nSeconds, MiB(nPeak));
     }
+    step["images"] = PlanJson(plan);
     m_steps.push_back(step);
     if (m_options.bVerbose)
-        Print(stderr, szText);
+        Say(szText + fmt::format("{} of the budget\n", MiB(plan.nBudget)) + PlanText(plan));
 }
 
-void Report::WarnAboutBudget(const std::string& szName, const std::vector<ImagePlan>& images) const
+void Report::WarnAboutBudget(const StepPlan& step)
 {
-    std::int64_t nCharged = 0;
-    for (const ImagePlan& plan : images)
-        nCharged += plan.nCharged;
-    const std::int64_t nBudget = m_settings.value("budget_bytes", nCharged);
-    if (nCharged > nBudget && !m_options.bQuiet)
-        Print(stderr,
-              fmt::format("imgband: {}: the smallest bands of so wide a picture take {}, more than the "
-                          "budget of {}\n",
-                          szName, MiB(nCharged), MiB(nBudget)));
+    const std::int64_t nBudget = m_settings.value("budget_bytes", step.Charged());
+    if (step.Charged() > nBudget && !m_options.bQuiet)
+        Say(fmt::format("imgband: {}: the smallest bands of so wide a picture take {}, more than the budget "
+                        "of {}\n",
+                        step.szStep, MiB(step.Charged()), MiB(nBudget)));
+}
+
+// What is written must not run into the progress line.
+void Report::Say(const std::string& szText)
+{
+    m_progress.Wipe();
+    Print(stderr, szText);
 }
 
 ordered_json Report::Head(ExitStatus eStatus) const
@@ -161,6 +149,8 @@ ordered_json Report::Head(ExitStatus eStatus) const
     ordered_json json = {{"schema", kSchema}, {"program", "imgband"}, {"version", IMGBAND_VERSION}};
     if (m_options.eCommand != Command::None)
         json["command"] = CommandName(m_options.eCommand);
+    if (m_options.bPlan)
+        json["plan"] = true;
     json["ok"] = eStatus == ExitStatus::Done;
     json["exit_status"] = static_cast<int>(eStatus);
     return json;
@@ -172,15 +162,18 @@ void Report::AddSteps(ordered_json& json) const
         return;
     json["settings"] = m_settings;
     json["steps"] = m_steps;
+    m_plan.TellTotals(json);
+    if (m_options.bPlan)
+        return;
     json["seconds"] = SecondsSince(m_begin);
     json["peak_private_bytes"] = m_nPeak;
 }
 
-void Report::TellTotal() const
+void Report::TellTotal()
 {
-    if (m_options.bVerbose && !m_steps.empty())
-        Print(stderr, fmt::format("  total: {:.2f} s, peak private memory {}\n", SecondsSince(m_begin),
-                                  MiB(m_nPeak)));
+    if (m_options.bVerbose && !m_plan.IsEmpty() && !m_options.bPlan)
+        Say(fmt::format("  total: {:.2f} s, peak private memory {}, {}\n", SecondsSince(m_begin),
+                        MiB(m_nPeak), m_plan.Totals()));
 }
 
 void Report::PrintSuccess()
@@ -191,11 +184,11 @@ void Report::PrintSuccess()
         AddSteps(json);
         PrintJson(json);
     } else if (!m_options.bQuiet) {
-        Print(stdout, m_szData);
+        Print(stdout, m_options.bPlan ? m_plan.Table() : m_szData);
     }
     TellTotal();
     if (!m_options.bQuiet && !m_szSummary.empty())
-        Print(stderr, m_szSummary + "\n");
+        Say(m_szSummary + "\n");
 }
 
 void Report::PrintFailure(const Failure& failure)
@@ -206,7 +199,7 @@ void Report::PrintFailure(const Failure& failure)
         AddSteps(json);
         PrintJson(json);
     }
-    Print(stderr, fmt::format("imgband: {}\n", failure.Message()));
+    Say(fmt::format("imgband: {}\n", failure.Message()));
 }
 
 void PrintInterrupted(int nStatus, bool bJson)
@@ -219,5 +212,5 @@ void PrintInterrupted(int nStatus, bool bJson)
                    {"ok", false},
                    {"exit_status", nStatus},
                    {"error", {{"message", szMessage}}}});
-    Print(stderr, fmt::format("imgband: {}\n", szMessage));
+    Print(stderr, fmt::format("{}imgband: {}\n", host::IsTerminal(stderr) ? Progress::kWipe : "", szMessage));
 }

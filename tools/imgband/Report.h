@@ -3,7 +3,8 @@
 
 #include "Failure.h"
 #include "Options.h"
-#include "PlannedImage.h"
+#include "Progress.h"
+#include "RunPlan.h"
 
 #include <atomic>
 #include <chrono>
@@ -36,13 +37,21 @@ public:
 
     /// Tells the settings that the library works with.
     void TellSettings(std::int64_t nBudget, std::int64_t nOneMapping, std::int64_t nBandCap,
-                      const std::string& szTemporaryFolder);
+                      const std::string& szTemporaryFolder, int nThreads);
+
+    /// Tells how pictures go through the library.
+    void TellScheme(const std::string& szScheme) { m_plan.SetScheme(szScheme); }
 
     /// Marks the beginning of a step.
-    void BeginStep();
+    void BeginStep(const std::string& szStep);
 
-    /// Ends the step: its time and peak memory go with the plan of its images.
-    void EndStep(const std::string& szName, const std::vector<ImagePlan>& images);
+    /// Tells the bands that the step will take, and the bytes that come out of all of them; then each one
+    /// that is done.
+    void ExpectBands(int nBands, std::int64_t nBytes) { m_progress.Expect(nBands, nBytes); }
+    void BandDone() { m_progress.Advance(); }
+
+    /// Ends the step: its time and peak memory go with its plan.
+    void EndStep(const StepPlan& step);
 
     /// Results of the command for the JSON object.
     nlohmann::ordered_json& Json() { return m_json; }
@@ -59,8 +68,9 @@ public:
 private:
     nlohmann::ordered_json Head(ExitStatus eStatus) const;
     void AddSteps(nlohmann::ordered_json& json) const;
-    void TellTotal() const;
-    void WarnAboutBudget(const std::string& szName, const std::vector<ImagePlan>& images) const;
+    void TellTotal();
+    void WarnAboutBudget(const StepPlan& step);
+    void Say(const std::string& szText);
 
     const Options& m_options;
     std::unique_ptr<PeakMemory> m_pPeak; ///< only where its figures are told
@@ -70,6 +80,8 @@ private:
     nlohmann::ordered_json m_json = nlohmann::ordered_json::object();
     nlohmann::ordered_json m_settings;
     nlohmann::ordered_json m_steps = nlohmann::ordered_json::array();
+    RunPlan m_plan;
+    Progress m_progress;
     std::string m_szData;
     std::string m_szSummary;
 };

@@ -26,6 +26,12 @@ ExitStatus RunCommand(const Options& options)
         case Command::Convert:
             RunConvert(options, report);
             break;
+        case Command::Filter:
+            RunFilter(options, report);
+            break;
+        case Command::Enlarge:
+            RunEnlarge(options, report);
+            break;
         }
         report.PrintSuccess();
         return ExitStatus::Done;

@@ -1,0 +1,242 @@
+// Both schemes as a user meets them: the same bytes, the numbers foretold, disturbances, sizes and memory.
+
+#include "ToolFixture.h"
+
+#include <sys/resource.h>
+
+namespace {
+
+constexpr bool kSanitized =
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    true;
+#else
+    false;
+#endif
+
+class Schemes : public Tool
+{
+protected:
+    /// A bitmap of zeros, 24 bits a pixel and without padding, that takes no room on the disk.
+    void SaveSparse(const string& szName, int nWidth, int nHeight) const
+    {
+        string szHeader = Encode({kLayouts[0], 4, 1, std::vector<unsigned>(12)}).substr(0, 54), szSize;
+        Put(szSize, static_cast<unsigned>(nWidth), 4);
+        Put(szSize, static_cast<unsigned>(nHeight), 4);
+        Save(szName, szHeader.replace(18, 8, szSize));
+        std::filesystem::resize_file(At(szName), 54 + 3 * std::uintmax_t(nWidth) * std::uintmax_t(nHeight));
+    }
+    void Patch(const string& szName, std::int64_t nAt, const string& szBytes) const
+    {
+        std::fstream file(At(szName), std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(nAt);
+        file << szBytes;
+    }
+    string Bytes(const string& szName, std::int64_t nAt, std::size_t nBytes) const
+    {
+        std::ifstream file(At(szName), std::ios::binary);
+        file.seekg(nAt);
+        string szBytes(nBytes, '?');
+        file.read(szBytes.data(), static_cast<std::streamsize>(nBytes));
+        return szBytes;
+    }
+    /// Whether the first band has been written.
+    bool HasOutput() const
+    {
+        std::error_code gone; // its size is the largest number then
+        for (const auto& entry : std::filesystem::directory_iterator(At(".")))
+            if (entry.path().filename().string().starts_with(".imgband-") && entry.file_size(gone) + 1 > 55)
+                return true;
+        return false;
+    }
+};
+
+/// What a plan tells: everything but times, memory and results.
+nlohmann::json Plan(const string& szJson)
+{
+    nlohmann::json json = nlohmann::json::parse(szJson), plan;
+    for (const char* pszKey : {"scheme", "temporary_bytes", "peak_budget_bytes", "settings"})
+        plan[pszKey] = json.at(pszKey);
+    for (const auto& step : json.at("steps"))
+        plan["steps"].push_back({step.at("step"), step.at("images")});
+    return plan;
+}
+
+TEST_F(Schemes, DoWhatTheyPlanWithTheSameBytes)
+{
+    // Just too large to be held in memory without need.
+    const struct
+    {
+        const char *pszJob, *pszFrom, *pszSize;
+    } cases[] = {{"convert --to raw48 --range keep", "bgr24", "1803x1905"},
+                 {"convert --to bgr24 --turn", "raw64", "1203x1401"},
+                 {"filter --op box --frame '#102030'", "bgr24", "1803x1905"},
+                 {"enlarge --factor 2", "raw64", "1203x1401"}};
+    const char* accesses[] = {"file", "memory", "mmap"};
+    const int budgets[] = {12, 18, 40, 100};
+    for (int i = 0; i < 24; ++i) {
+        const auto& c = cases[i / 6];
+        const bool bUnit = i % 2 == 1;
+        const string szArguments = fmt::format(
+            "{} in out --from {} --size {} --json --scheme {} --access {} --budget {}M", c.pszJob, c.pszFrom,
+            c.pszSize, bUnit ? "unit" : "whole", accesses[i % 3], budgets[(i / 2 + i / 6) % 4]);
+        SCOPED_TRACE(szArguments);
+        Shell(fmt::format("rm -f out; $IMGBAND make in --size {} --to {} --pattern gradient", c.pszSize,
+                          c.pszFrom));
+        const Outcome planned = Run(szArguments + " --plan");
+        EXPECT_EQ("./in ", Files()) << "planning leaves something";
+        const Outcome run = Run(szArguments);
+        ASSERT_EQ(0, planned.nStatus + run.nStatus) << planned.szErr << run.szErr;
+        EXPECT_EQ(Plan(planned.szOut), Plan(run.szOut));
+        EXPECT_EQ(bUnit ? "unit" : "whole", Plan(run.szOut)["scheme"]);
+        EXPECT_TRUE(!bUnit ||
+                    Plan(run.szOut)["peak_budget_bytes"] <= Plan(run.szOut)["settings"]["budget_bytes"]);
+        EXPECT_EQ(0, Shell(i % 6 ? "cmp out ../first" : "cp out ../first").nStatus) << "other bytes";
+    }
+    EXPECT_THAT(Run("filter in out --from raw64 --size 1203x1401 --op box --plan").szOut,
+                AllOf(HasSubstr("scheme: unit"), HasSubstr("framed copy"), HasSubstr("peak of the budget")));
+}
+
+TEST_F(Schemes, WorkInPlaceWithAnyHeaderAndNumberOfThreads)
+{
+    string szBitmap = Encode(RandomPicture(kLayouts[0], 37, 41));
+    Save("plain.bmp", szBitmap);
+    szBitmap.insert(54, "BMBM, which is no header");
+    szBitmap[10] = 54 + 24;
+    for (const string szJob : {"convert --turn", "filter --op gauss --radius 3", "enlarge --factor 3"})
+        for (const int nThreads : {1, 2, 9}) {
+            SCOPED_TRACE(testing::Message() << szJob << ", threads: " << nThreads);
+            Save("in.bmp", szBitmap);
+            const Outcome outcome = Shell(
+                fmt::format("set -- {0} --threads {1}; $IMGBAND \"$@\" plain.bmp out.bmp --scheme whole && "
+                            "$IMGBAND \"$@\" in.bmp in.bmp --json",
+                            szJob, nThreads));
+            ASSERT_EQ(0, outcome.nStatus) << outcome.szErr;
+            EXPECT_TRUE(Load("in.bmp") == Load("out.bmp"));
+            EXPECT_EQ(nThreads, nlohmann::json::parse(outcome.szOut).at("settings").at("threads"));
+        }
+    EXPECT_EQ("./in.bmp ./out.bmp ./plain.bmp ", Files());
+}
+
+TEST_F(Schemes, EndWithASentenceWhenFilesChangeMeanwhile)
+{
+    const string szJob =
+        "exec $IMGBAND filter in.bmp out.bmp --op gauss --radius 16 --threads 1 --budget 12M";
+    SaveSparse("in.bmp", 2000, 2000);
+    const Outcome full = Watch(szJob, [this](pid_t nChild) {
+        const rlimit limit{100000, 100000};
+        if (HasOutput())
+            prlimit(nChild, RLIMIT_FSIZE, &limit, nullptr);
+    });
+    EXPECT_EQ(4, full.nStatus);
+    EXPECT_THAT(full.szErr,
+                AllOf(HasSubstr("imgband: out.bmp: "), HasSubstr("ulimit -f"), HasSubstr("; try "),
+                      HasSubstr("wanted 12000054 bytes, available 100000 bytes")));
+    EXPECT_EQ("./in.bmp ", Files());
+    const Outcome shorter = Watch(szJob, [this](pid_t) {
+        if (HasOutput())
+            std::filesystem::resize_file(At("in.bmp"), 5000);
+    });
+    EXPECT_EQ(3, shorter.nStatus);
+    EXPECT_THAT(shorter.szErr, AllOf(HasSubstr("imgband: in.bmp: became shorter"),
+                                     HasSubstr("12000054 bytes"), HasSubstr("5000 are left")));
+    EXPECT_EQ("./in.bmp ", Files());
+}
+
+TEST_F(Schemes, TurnFilesOfAlmostFourGibibytes)
+{
+    if (kSanitized)
+        GTEST_SKIP() << "a sanitizer makes this too slow";
+    if (std::filesystem::space(At(".")).available >> 30 < 9)
+        GTEST_SKIP() << "there are less than 9 GiB in " << At(".");
+    for (const bool bRaw : {false, true}) {
+        const int nHeight = bRaw ? 17400 : 34800, nPixel = bRaw ? 6 : 3;
+        const std::int64_t nFirst = bRaw ? 0 : 54,
+                           nLast = nFirst + (std::int64_t{40000} * nHeight - 1) * nPixel;
+        const string szFirst = string("\1\2\3\4\5\6").substr(0, std::size_t(nPixel)),
+                     szLast(std::size_t(nPixel), 'x');
+        SaveSparse("in", 40000, bRaw ? 1 : nHeight);
+        if (bRaw)
+            std::filesystem::resize_file(At("in"), std::uintmax_t(nLast + nPixel));
+        Patch("in", nFirst, szFirst + (bRaw ? string(60, '\0') : ""));
+        Patch("in", nLast, szLast);
+        const Outcome outcome =
+            Run(fmt::format("convert in out --turn --budget 64M --json --from {0} --to {0} "
+                            "--size 40000x{1}",
+                            bRaw ? "raw48" : "bgr24", nHeight));
+        ASSERT_EQ(0, outcome.nStatus) << outcome.szErr;
+        EXPECT_LE(nlohmann::json::parse(outcome.szOut).at("peak_private_bytes"), 88 << 20);
+        EXPECT_EQ(std::uintmax_t(nLast + nPixel), std::filesystem::file_size(At("out")));
+        EXPECT_EQ(szLast, Bytes("out", nFirst, szLast.size()));
+        EXPECT_EQ(szFirst, Bytes("out", nLast, szFirst.size()));
+    }
+}
+
+TEST_F(Schemes, RefuseWhatThePositionsDoNotReach)
+{
+    SaveSparse("large.bmp", 40000, 36700);
+    SaveSparse("medium.bmp", 20000, 40000);
+    SaveSparse("small.bmp", 4000, 3670);
+    // clang-format off
+    const struct { int nStatus; const char* pszArguments; const char* pszWords; } cases[] = {
+        {3, "convert large.bmp out.bmp", "4 GiB"},                {3, "filter large.bmp out.bmp --op box", "4 GiB"},
+        {3, "convert medium.bmp out.bmp --scheme whole", "2 GiB"}, {2, "convert medium.bmp out.raw", "4 GiB"},
+        {2, "enlarge small.bmp out.bmp --factor 10", "4 GiB"},    {2, "enlarge small.bmp out.bmp --factor 8 --scheme whole", "2 GiB"},
+        {2, "enlarge small.bmp out.bmp --factor 60000 --plan", "4 GiB"}, {2, "enlarge small.bmp out.bmp --factor 0", "from 1"},
+        {2, "filter small.bmp out.bmp", "--op"},                  {2, "filter small.bmp out.bmp --op box --radius 17", "16"},
+        {2, "filter small.bmp out.raw --op box", "convert first"}, {2, "filter small.bmp out.bmp --op box --frame '#12345'", "colour"},
+        {2, "filter small.bmp out.bmp --op box --threads 0", "threads"},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        const Outcome outcome = Run(c.pszArguments);
+        EXPECT_EQ(c.nStatus, outcome.nStatus) << c.pszArguments;
+        EXPECT_THAT(outcome.szErr, HasSubstr(c.pszWords)) << c.pszArguments;
+    }
+    EXPECT_EQ("./large.bmp ./medium.bmp ./small.bmp ", Files());
+}
+
+// Private memory as the kernel sees it, on a bitmap of 432 MB and a smaller one.
+TEST_F(Schemes, StayInsideTheBudget)
+{
+    if (kSanitized)
+        GTEST_SKIP() << "a sanitizer's own memory would be counted";
+    const char* jobs[] = {"convert --to bgra32", "filter --op box --radius 1",
+                          "enlarge --factor 2 --op nearest", "convert --to bgra32 --turn --scheme whole",
+                          "convert --to raw64 --scheme whole"};
+    for (int i = 0; i < 8; ++i) {
+        const int nMiB = i < 3 ? 64 : 12, nSize = i < 3 ? 12000 : 4000;
+        SaveSparse("in.bmp", nSize, nSize);
+        int nPeak = 0;
+        const auto fnLook = [&nPeak, this](pid_t nChild) {
+            const string szStatus = Load(fmt::format("/proc/{}/status", nChild));
+            const std::size_t nField = szStatus.find("RssAnon:");
+            if (szStatus.starts_with("Name:\timgband") && nField != string::npos)
+                nPeak = std::max(nPeak, std::atoi(szStatus.c_str() + nField + 8) >> 10);
+        };
+        const string szJob =
+            fmt::format("exec $IMGBAND {} in.bmp out.bmp --budget {}M", jobs[i % 3 + i / 6 * 3], nMiB);
+        EXPECT_EQ(0, Watch(szJob, fnLook).nStatus);
+        EXPECT_GT(nPeak, 3) << "the bands were not seen";
+        EXPECT_LE(nPeak, nMiB + 24) << szJob;
+    }
+}
+
+TEST_F(Schemes, ShowProgressOnATerminalOnly)
+{
+    if (access("/usr/bin/script", X_OK) != 0)
+        GTEST_SKIP() << "bsdutils is not installed";
+    SaveSparse("in.bmp", 1500, 1500);
+    const string szJob = "$IMGBAND filter in.bmp out.bmp --op gauss --radius 9 --threads 1 --budget 12M";
+    const auto begin = std::chrono::steady_clock::now();
+    const string szScreen = Shell("script -qec \"" + szJob + "\" /dev/null").szOut;
+    const auto nTenths = (std::chrono::steady_clock::now() - begin) / std::chrono::milliseconds(100);
+    EXPECT_THAT(szScreen,
+                AllOf(HasSubstr("\r\033[Kfilter: "),
+                      testing::ContainsRegex("[1-9] of [1-9][0-9]* bands, [0-9]+ MB/s, [0-9]+ s left"),
+                      HasSubstr("\r\033[Kout.bmp: bgr24")));
+    EXPECT_LE(std::count(szScreen.begin(), szScreen.end(), '\033'), nTenths + 3) << "drawn too often";
+    EXPECT_EQ("", Shell("script -qec \"" + szJob + " --quiet\" /dev/null").szOut);
+    EXPECT_EQ("out.bmp: bgr24, 1500 x 1500 pixels, 6750054 bytes\n", Shell(szJob).szErr);
+}
+
+} // namespace

@@ -1,0 +1,15 @@
+// imgband filter: every pixel is made anew from those around it.
+
+#include "Commands.h"
+#include "Job.h"
+
+void RunFilter(const Options& options, Report& report)
+{
+    const InputFile input(options);
+    Job job = KeepFormat(options, input.Facts());
+    job.nFrame = options.filter.nRadius;
+    job.frame = options.filter.frame;
+    job.pWork = std::make_unique<FilterWork>(options.filter);
+    job.bOneObject = true;
+    RunJob(options, input, job, report);
+}

@@ -1,0 +1,91 @@
+// What the tool asks about its process and surroundings on POSIX systems.
+
+#include "HostFiles.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <random>
+
+#include <fcntl.h>
+#include <sched.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace host {
+
+std::uintmax_t FileSizeLimit()
+{
+    rlimit limit = {};
+    return getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY ? limit.rlim_cur
+                                                                                   : UINTMAX_MAX;
+}
+
+std::string TemporaryFolder()
+{
+    const char* pszFolder = std::getenv("TMPDIR");
+    return pszFolder && *pszFolder ? pszFolder : "/tmp";
+}
+
+void SetTemporaryFolder(const std::string& szFolder)
+{
+    setenv("TMPDIR", szFolder.c_str(), 1);
+}
+
+std::string RuntimeFolder()
+{
+    const char* pszOwn = std::getenv("XDG_RUNTIME_DIR");
+    for (const char* pszFolder : {pszOwn ? pszOwn : "", "/dev/shm"})
+        if (access(pszFolder, W_OK | X_OK) == 0)
+            return pszFolder;
+    return TemporaryFolder();
+}
+
+std::string UnusedName(const std::string& szBeginning)
+{
+    std::random_device device;
+    char szNumber[20];
+    std::snprintf(szNumber, sizeof szNumber, "%08x%08x", device(), device());
+    return szBeginning + szNumber;
+}
+
+bool IsTerminal(std::FILE* pStream)
+{
+    return isatty(fileno(pStream)) == 1;
+}
+
+int ProcessorCount()
+{
+    cpu_set_t processors;
+    if (sched_getaffinity(0, sizeof processors, &processors) == 0)
+        return std::max(CPU_COUNT(&processors), 1);
+    return 1;
+}
+
+int ProcessNumber()
+{
+    return getpid();
+}
+
+bool IsRunning(int nProcess)
+{
+    return kill(nProcess, 0) == 0 || errno == EPERM;
+}
+
+std::int64_t PrivateBytes() noexcept
+{
+    // Open for the process's life: a thread that opened it each time could be given a number that is about
+    // to be closed a second time, as happens after a failed mapping.
+    static const int nFile = open("/proc/self/status", O_RDONLY | O_CLOEXEC);
+    char szStatus[4096];
+    const ssize_t nRead = pread(nFile, szStatus, sizeof szStatus - 1, 0);
+    if (nRead <= 0)
+        return -1;
+    szStatus[nRead] = 0;
+    const char* pszField = std::strstr(szStatus, "RssAnon:");
+    return pszField ? std::int64_t{1024} * std::atoll(pszField + 8) : -1;
+}
+
+} // namespace host

@@ -1,0 +1,76 @@
+// From the command's job to the scheme that does it.
+
+#include "Job.h"
+
+#include "UnitTransfer.h"
+#include "WholeTransfer.h"
+
+namespace {
+
+void CheckSizes(const Options& options, const PictureFacts& facts, const Job& job)
+{
+    const auto fnFits = options.eScheme == Scheme::Unit ? FitsUnitScheme : FitsWholeScheme;
+    if (!fnFits(facts.eFormat, facts.size, facts.nOffset, job.nFrame))
+        FailTooLarge(options.eScheme, ExitStatus::BadInput, options.szInput, facts.size);
+    if (!fnFits(job.eTo, job.size, IsBitmap(job.eTo) ? kBitmapHeaderBytes : 0, job.nFrame))
+        FailTooLarge(options.eScheme, ExitStatus::WrongCommandLine, options.szOutput, job.size);
+}
+
+void RunScheme(const Run& run, const InputFile& input, const Job& job)
+{
+    if (run.options.eScheme == Scheme::Unit)
+        RunUnitScheme(run, input, job);
+    else
+        RunWholeScheme(run, input, job);
+}
+
+} // namespace
+
+bool IsStoredBottomUp(Format eFormat)
+{
+    return IsBitmap(eFormat);
+}
+
+bool MustReverseLines(const Options& options, const Job& job)
+{
+    return options.eScheme == Scheme::Unit && job.bReversedLines;
+}
+
+Job KeepFormat(const Options& options, const PictureFacts& facts)
+{
+    const auto eMeant = FormatFromEnding(options.szOutput, SampleCount(facts.eFormat));
+    if (eMeant && *eMeant != facts.eFormat)
+        throw Failure(ExitStatus::WrongCommandLine, options.szOutput,
+                      std::string("the name means another format than ") + FormatName(facts.eFormat) +
+                          ", which is kept",
+                      "imgband convert first");
+    return {.szName = CommandName(options.eCommand),
+            .eTo = facts.eFormat,
+            .size = facts.size,
+            .bReversedLines = facts.bBottomUp != IsStoredBottomUp(facts.eFormat),
+            .bReversedPixels = false,
+            .bOwnAlpha = true};
+}
+
+void RunJob(const Options& options, const InputFile& input, const Job& job, Report& report)
+{
+    CheckSizes(options, input.Facts(), job);
+    const Library library(options);
+    DescribeLibrary(options, library, report);
+    report.TellScheme(options.eScheme == Scheme::Unit ? "unit" : "whole");
+    const ObjectFormats objects{ObjectFormat(SampleBytes(input.Facts().eFormat)),
+                                ObjectFormat(SampleBytes(job.eTo))};
+    const Workers workers(options.nThreads);
+    if (options.bPlan) {
+        ExternalPair pair(options.eAccess, &input, nullptr, job.eTo, job.size, objects);
+        RunScheme({options, library, report, pair, workers, nullptr}, input, job);
+        return;
+    }
+    OutputFile output(options.szOutput);
+    output.CheckRoom(FileBytes(job.eTo, job.size));
+    ExternalPair pair(options.eAccess, &input, &output, job.eTo, job.size, objects);
+    RunScheme({options, library, report, pair, workers, &output}, input, job);
+    pair.DeliverOutput();
+    output.Publish();
+    DescribePicture(options.szOutput, job.eTo, job.size, report);
+}

@@ -1,0 +1,52 @@
+#pragma once
+// Options whose values are more than a word or a number.
+
+#include "FilterWork.h"
+#include "Formats.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+/// A number of bytes below 2 GiB with an optional K, M or G.
+void AddBytes(CLI::App& app, const char* pszOption, LONG& nTarget, const char* pszHelp);
+
+/// The same in whole MiB.
+void AddMebibytes(CLI::App& app, const char* pszOption, LONG& nTarget, const char* pszHelp);
+
+/// Width and height.
+CLI::Option* AddSize(CLI::App& app, std::optional<ImageSize>& target, const char* pszHelp);
+
+/// A whole number from nFirst to nLast.
+CLI::Option* AddNumber(CLI::App& app, const char* pszOption, int& nTarget, int nFirst, int nLast,
+                       const char* pszHelp);
+
+void AddFormat(CLI::App& app, const char* pszOption, std::optional<Format>& eTarget, const char* pszHelp);
+
+/// What lies beyond an image's edges: the name of a mode, or a colour.
+void AddFrame(CLI::App& app, FrameFill& target);
+
+/// One of several words.
+template <class Value>
+CLI::Option* AddChoice(CLI::App& app, const char* pszOption, Value& target,
+                       const std::vector<std::pair<std::string, Value>>& choices, const std::string& szHelp)
+{
+    std::vector<std::string> names;
+    for (const auto& choice : choices)
+        names.push_back(choice.first);
+    return app
+        .add_option_function<std::string>(
+            pszOption,
+            [&target, choices](const std::string& szValue) {
+                for (const auto& [szName, value] : choices)
+                    if (szName == szValue)
+                        target = value;
+            },
+            szHelp)
+        ->check(CLI::IsMember(names))
+        ->option_text(fmt::format("{}", fmt::join(names, "|")));
+}

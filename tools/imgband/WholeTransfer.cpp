@@ -1,0 +1,143 @@
+// Import, work and export of a whole picture inside the budget.
+
+#include "WholeTransfer.h"
+
+#include "BandLoop.h"
+#include "DryTransfer.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+namespace {
+
+// The external image of a transfer is banded as far as its charge goes; without one it costs the budget
+// nothing and is reached whole.
+ImagePlan ExternalPlan(const Run& run, const char* pszRole, Format eFormat, const T_ImgInf& inf,
+                       const PlannedImage& object)
+{
+    const std::int64_t nLine = LineBytes(eFormat, inf.nWidth);
+    const std::int64_t nCharged = object.ExternalCharge();
+    const std::int64_t nFits = nCharged > 0 ? nCharged / nLine : inf.nHeight;
+    return {.szImage = fmt::format("{} {}", pszRole, FormatName(eFormat)),
+            .szPlace = ExternalPlace(run.options.eAccess),
+            .nBytes = nLine * inf.nHeight,
+            .nBandLines = static_cast<int>(std::clamp<std::int64_t>(nFits, 1, inf.nHeight)),
+            .nBands = 0,
+            .nCharged = nCharged};
+}
+
+// Both sides of a transfer move in the smaller of the two band heights.
+void EndTransfer(const Run& run, const char* pszStep, const T_ImgInf& inf, const PlannedImage& object,
+                 ImagePlan from, ImagePlan to)
+{
+    from.nBandLines = to.nBandLines = std::min(from.nBandLines, to.nBandLines);
+    from.nBands = to.nBands = BandCount(inf.nHeight, from.nBandLines);
+    run.report.EndStep({pszStep, {from, to}, object.NotedBudget()});
+}
+
+void ImportStep(const Run& run, const InputFile& input, PlannedImage& object, bool bReversed)
+{
+    run.report.BeginStep("import");
+    T_ImgInf& inf = run.pair.Input();
+    const PictureFacts& facts = input.Facts();
+    object.BeginTransfer();
+    const DWORD nCode = run.options.bPlan ? PlanImport(object, inf, bReversed)
+                                          : ImportImg(&object, &inf, bReversed ? 1 : 0, nullptr);
+    run.lib.CheckImport(nCode, input.Path(), object.m_ImgInfo.nBufSize);
+    if (run.options.eAccess != Access::Memory)
+        input.CheckWhole();
+    EndTransfer(run, "import", inf, object, ExternalPlan(run, "input", facts.eFormat, inf, object),
+                object.NotedPlan());
+}
+
+/// The bands lie in memory or in temporary files.
+class StepWatch final : public BandWatch
+{
+public:
+    StepWatch(const Run& run, const Job& job, const CImageObj& src, const CImageObj& dst)
+        : m_run(run), m_job(job), m_src(src), m_dst(dst)
+    {
+    }
+    void CheckSource(DWORD nCode) override
+    {
+        m_run.lib.CheckStep(nCode, m_job.szName, m_src.m_ImgInfo.nBufSize);
+    }
+    void CheckDestination(DWORD nCode) override
+    {
+        m_run.lib.CheckStep(nCode, m_job.szName, m_dst.m_ImgInfo.nBufSize);
+    }
+
+private:
+    const Run& m_run;
+    const Job& m_job;
+    const CImageObj& m_src;
+    const CImageObj& m_dst;
+};
+
+/// Plans both objects as one step, with bands in the proportion of their heights.
+void PlanWork(const Run& run, const Job& job, PlannedImage& src, PlannedImage& dst)
+{
+    src.SetFsize(job.nFrame);
+    dst.SetRatio(static_cast<int>(std::int64_t{100} * dst.m_ImgInfo.nHeight / src.m_ImgInfo.nHeight));
+    src.ReturnDryCharge();
+    tag_MemAlloc request;
+    request.nOutCnt = 1;
+    CImageObj* pSrc = &src;
+    CImageObj* pDst = &dst;
+    run.lib.CheckStep(CImageObj::MemoryAlloc(&request, &pSrc, &pDst, nullptr), job.szName,
+                      dst.m_ImgInfo.nBufSize);
+}
+
+void WorkStep(const Run& run, const Job& job, PlannedImage& src, PlannedImage& dst)
+{
+    run.report.BeginStep(job.szName);
+    PlanWork(run, job, src, dst);
+    const Bands bands = FittingBands(*job.pWork, job.size.nHeight, dst.GetBandHeight(), src.GetBandHeight());
+    dst.SetBandHeight(bands.nLines);
+    src.SetBandHeight(MostSourceLines(*job.pWork, bands));
+    StepPlan plan{job.szName, {src.Plan("object"), dst.Plan("result")}, dst.NotedBudget()};
+    plan.images[0].nBands = plan.images[1].nBands = bands.Count();
+
+    if (!run.options.bPlan) {
+        StepWatch watch(run, job, src, dst);
+        run.report.ExpectBands(bands.Count(), FileBytes(job.eTo, job.size));
+        watch.CheckSource(src.SetFrameColor(job.frame.nMode, static_cast<int>(job.frame.nColor)));
+        FillFrom(run, src, dst, *job.pWork, bands, watch);
+    }
+    src.Destroy();
+    run.report.EndStep(plan);
+}
+
+} // namespace
+
+void ExportStep(const Run& run, PlannedImage& object, Format eTo, bool bReversed, bool bOwnAlpha)
+{
+    run.report.BeginStep("export");
+    T_ImgInf& inf = run.pair.Output();
+    object.BeginTransfer();
+    if (run.options.bPlan) {
+        run.lib.CheckStep(PlanExport(object, inf), "export", 0);
+    } else {
+        const std::int64_t nBytes = FileBytes(eTo, {inf.nWidth, inf.nHeight});
+        run.pOutput->CheckRoom(nBytes); // again: temporary files may have taken it
+        const DWORD nCode = ExportImg(&object, &inf, bReversed ? 1 : 0, nullptr, bOwnAlpha ? 0 : 1);
+        run.lib.CheckExport(nCode, run.pOutput->Path(),
+                            {static_cast<std::uintmax_t>(nBytes), run.pOutput->AvailableBytes()});
+    }
+    EndTransfer(run, "export", inf, object, object.NotedPlan(),
+                ExternalPlan(run, "output", eTo, inf, object));
+}
+
+void RunWholeScheme(const Run& run, const InputFile& input, const Job& job)
+{
+    PlannedImage object(run.options.bPlan);
+    ImportStep(run, input, object, job.bReversedLines);
+    if (!job.pWork)
+        return ExportStep(run, object, job.eTo, false, job.bOwnAlpha);
+    PlannedImage result(run.options.bPlan);
+    run.lib.CheckStep(
+        result.SetGeometry(job.size.nWidth, job.size.nHeight, ObjectFormat(SampleBytes(job.eTo))), job.szName,
+        0);
+    WorkStep(run, job, object, result);
+    ExportStep(run, result, job.eTo, false, job.bOwnAlpha);
+}
