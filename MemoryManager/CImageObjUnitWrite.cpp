@@ -52,7 +52,7 @@ DWORD CImageObj::WriteDataMem(int nPosition)
     const PixelRule rule = RuleFor(m_OutImgInf, m_ImgInfo, m_nAlpha);
     auto nStart = static_cast<DWORD>(nPosition);
     if (m_OutImgInf.eAcsType == ACS_MEMORY && SampleBytesOf(m_OutImgInf.nDstFormat) == 2 && nStart > 0)
-        nStart -= (reinterpret_cast<std::uintptr_t>(m_OutImgInf.hData) + nStart) % 2; // whole 16-bit words
+        nStart -= static_cast<DWORD>((reinterpret_cast<std::uintptr_t>(m_OutImgInf.hData) + nStart) % 2);
     const ExternalBytes destination(m_OutImgInf, m_hOutMap, nStart, BytesOfLines(rule, m_ImgInfo, nStep),
                                     true);
     if (!destination.Data()) {

@@ -92,6 +92,14 @@ TEST_F(Schemes, DoWhatTheyPlanWithTheSameBytes)
                     Plan(run.szOut)["peak_budget_bytes"] <= Plan(run.szOut)["settings"]["budget_bytes"]);
         EXPECT_EQ(0, Shell(i % 6 ? "cmp out ../first" : "cp out ../first").nStatus) << "other bytes";
     }
+    SaveSparse("tiny.bmp", 200, 2);
+    SaveSparse("wide.bmp", 30000, 1500);
+    for (const string szJob :
+         {"enlarge tiny.bmp out --factor 900", "filter wide.bmp out --op box --radius 16"}) {
+        const auto plan = Plan(Run(szJob + " --plan --json").szOut);
+        EXPECT_LE(plan["peak_budget_bytes"], 100 << 20) << szJob;
+        EXPECT_GE(plan["steps"][0][1][1]["band_lines"], 4) << szJob << ": bands too low to share";
+    }
     EXPECT_THAT(Run("filter in out --from raw64 --size 1203x1401 --op box --plan").szOut,
                 AllOf(HasSubstr("scheme: unit"), HasSubstr("framed copy"), HasSubstr("peak of the budget")));
 }
@@ -140,6 +148,13 @@ TEST_F(Schemes, EndWithASentenceWhenFilesChangeMeanwhile)
     EXPECT_THAT(shorter.szErr, AllOf(HasSubstr("imgband: in.bmp: became shorter"),
                                      HasSubstr("12000054 bytes"), HasSubstr("5000 are left")));
     EXPECT_EQ("./in.bmp ", Files());
+    SaveSparse("in.bmp", 2000, 2000);
+    const Outcome mapped = Watch(szJob + " --access mmap", [this](pid_t) {
+        if (HasOutput())
+            std::filesystem::resize_file(At("in.bmp"), 5000);
+    });
+    EXPECT_TRUE(mapped.nStatus == 3 || mapped.nStatus == 135) << "found in time, or in the middle of a band";
+    EXPECT_EQ("./in.bmp ", Files());
 }
 
 TEST_F(Schemes, TurnFilesOfAlmostFourGibibytes)
@@ -185,6 +200,7 @@ TEST_F(Schemes, RefuseWhatThePositionsDoNotReach)
         {2, "filter small.bmp out.bmp", "--op"},                  {2, "filter small.bmp out.bmp --op box --radius 17", "16"},
         {2, "filter small.bmp out.raw --op box", "convert first"}, {2, "filter small.bmp out.bmp --op box --frame '#12345'", "colour"},
         {2, "filter small.bmp out.bmp --op box --threads 0", "threads"},
+        {2, "filter small.bmp out.bmp --op sharpen --amount nan", "from 0"},
     };
     // clang-format on
     for (const auto& c : cases) {

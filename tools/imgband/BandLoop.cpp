@@ -18,9 +18,10 @@ int MostSourceLines(const BandWork& work, Bands bands)
     return nMost;
 }
 
-Bands FittingBands(const BandWork& work, int nHeight, int nDstLines, int nSrcLines)
+Bands FittingBands(const BandWork& work, int nHeight, int nDstLines,
+                   const std::function<bool(int nDst, int nSrc)>& fnFits)
 {
-    const auto fnFit = [&](int nLines) { return MostSourceLines(work, {nHeight, nLines}) <= nSrcLines; };
+    const auto fnFit = [&](int nLines) { return fnFits(nLines, MostSourceLines(work, {nHeight, nLines})); };
     int nTooMany = std::clamp(nDstLines, 1, nHeight);
     if (fnFit(nTooMany))
         return {nHeight, nTooMany};

@@ -4,6 +4,8 @@
 #include "BandWork.h"
 #include "Run.h"
 
+#include <functional>
+
 /// The bands of an image from its first line on.
 struct Bands
 {
@@ -17,10 +19,10 @@ struct Bands
 /// Most source lines that one of the bands is made from.
 int MostSourceLines(const BandWork& work, Bands bands);
 
-/// The tallest bands of at most nDstLines lines that nSrcLines source lines are enough for, if there are any;
-/// else of one line. A work that looks at lines beyond its own (an interpolation) so leaves the source's
-/// planned band height as it is and takes fewer destination lines.
-Bands FittingBands(const BandWork& work, int nHeight, int nDstLines, int nSrcLines);
+/// The tallest bands of at most nDstLines lines that fnFits takes, given the lines of the destination's band
+/// and the most of the source's; of one line if it takes none.
+Bands FittingBands(const BandWork& work, int nHeight, int nDstLines,
+                   const std::function<bool(int nDst, int nSrc)>& fnFits);
 
 /// Who looks after the bands of a loop; a check throws Failure unless its result of a mapping or an end is
 /// success.

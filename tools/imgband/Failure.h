@@ -7,7 +7,7 @@
 #include <string>
 #include <system_error>
 
-/// Exit statuses of the program; a signal adds 128 + its number (129, 130, 143).
+/// Exit statuses of the program; a signal adds 128 + its number (129, 130, 135, 143).
 enum class ExitStatus : int
 {
     Done = 0,

@@ -18,7 +18,8 @@
 namespace host {
 namespace {
 
-constexpr int kInterrupts[] = {SIGHUP, SIGINT, SIGTERM};
+// The last one comes from a mapped picture whose file became shorter, or could not be read.
+constexpr int kInterrupts[] = {SIGHUP, SIGINT, SIGTERM, SIGBUS};
 constexpr std::size_t kMostArguments = 8;
 
 // What the interrupt handler uses. Everything here is complete before the handler can see it.

@@ -5,6 +5,8 @@
 #include "UnitTransfer.h"
 #include "WholeTransfer.h"
 
+#include <algorithm>
+
 namespace {
 
 void CheckSizes(const Options& options, const PictureFacts& facts, const Job& job)
@@ -14,6 +16,22 @@ void CheckSizes(const Options& options, const PictureFacts& facts, const Job& jo
         FailTooLarge(options.eScheme, ExitStatus::BadInput, options.szInput, facts.size);
     if (!fnFits(job.eTo, job.size, IsBitmap(job.eTo) ? kBitmapHeaderBytes : 0, job.nFrame))
         FailTooLarge(options.eScheme, ExitStatus::WrongCommandLine, options.szOutput, job.size);
+}
+
+/// Lets the bands of a filter be several times as tall as their frame, as far as the budget reaches: the
+/// lines of the frame are read anew for every band.
+void WidenBandCap(const Options& options, const Job& job)
+{
+    constexpr std::int64_t kFrames = 8;
+    if (options.nBandCap != 0 || job.nFrame == 0)
+        return;
+    const std::int64_t nLines = kFrames * job.nFrame;
+    const std::int64_t nBandLine =
+        (std::int64_t{job.size.nWidth} + 2 * job.nFrame) * 4 * SampleBytes(job.eTo);
+    const std::int64_t nWanted =
+        2 * (nLines + 2 * job.nFrame) * nBandLine + nLines * LineBytes(job.eTo, job.size.nWidth);
+    const std::int64_t nCap = std::min<std::int64_t>(nWanted, CImageObj::AskFreeMemory());
+    CImageObj::ms_nUseMaxMemoryUnit = std::max(CImageObj::ms_nUseMaxMemoryUnit, static_cast<LONG>(nCap));
 }
 
 void RunScheme(const Run& run, const InputFile& input, const Job& job)
@@ -56,6 +74,7 @@ void RunJob(const Options& options, const InputFile& input, const Job& job, Repo
 {
     CheckSizes(options, input.Facts(), job);
     const Library library(options);
+    WidenBandCap(options, job);
     DescribeLibrary(options, library, report);
     report.TellScheme(options.eScheme == Scheme::Unit ? "unit" : "whole");
     const ObjectFormats objects{ObjectFormat(SampleBytes(input.Facts().eFormat)),

@@ -153,6 +153,12 @@ void Library::CheckExport(DWORD nCode, const std::string& szOutput, Room room) c
     } else if (nCode == MM_NO_MEMORY) {
         failure.szTry = "a smaller --budget";
     }
+    // The library has no system error for a mapping that could not be made, or only that of what came after.
+    if (failure.eStatus == ExitStatus::JobFailed && room.nAvailable < room.nWanted) {
+        failure.eStatus = ExitStatus::NoRoom;
+        failure.room = room;
+        failure.szTry = "another folder for OUT";
+    }
     Fail(failure, nCode);
 }
 

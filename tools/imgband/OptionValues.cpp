@@ -138,6 +138,23 @@ CLI::Option* AddNumber(CLI::App& app, const char* pszOption, int& nTarget, int n
         ->type_name("N");
 }
 
+void AddAmount(CLI::App& app, const char* pszOption, double& dTarget, double dMost, const char* pszHelp)
+{
+    app.add_option_function<std::string>(
+           pszOption,
+           [=, &dTarget](const std::string& szValue) {
+               double dValue = -1;
+               const auto [pEnd, eError] =
+                   std::from_chars(szValue.data(), szValue.data() + szValue.size(), dValue);
+               const bool bWhole = eError == std::errc() && pEnd == szValue.data() + szValue.size();
+               if (!bWhole || !(dValue >= 0 && dValue <= dMost)) // which is no number either
+                   RefuseValue(pszOption, szValue, fmt::format("a number from 0 to {:.0f}", dMost).c_str());
+               dTarget = dValue;
+           },
+           pszHelp)
+        ->type_name("A");
+}
+
 void AddFrame(CLI::App& app, FrameFill& target)
 {
     static const std::pair<const char*, int> kModes[] = {{"replicate", MM_FRAME_REPLICATE},

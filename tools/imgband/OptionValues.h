@@ -25,15 +25,19 @@ CLI::Option* AddSize(CLI::App& app, std::optional<ImageSize>& target, const char
 CLI::Option* AddNumber(CLI::App& app, const char* pszOption, int& nTarget, int nFirst, int nLast,
                        const char* pszHelp);
 
+/// A number from 0 to dMost.
+void AddAmount(CLI::App& app, const char* pszOption, double& dTarget, double dMost, const char* pszHelp);
+
 void AddFormat(CLI::App& app, const char* pszOption, std::optional<Format>& eTarget, const char* pszHelp);
 
 /// What lies beyond an image's edges: the name of a mode, or a colour.
 void AddFrame(CLI::App& app, FrameFill& target);
 
-/// One of several words.
+/// One of several words. pszNeed follows them in the help.
 template <class Value>
 CLI::Option* AddChoice(CLI::App& app, const char* pszOption, Value& target,
-                       const std::vector<std::pair<std::string, Value>>& choices, const std::string& szHelp)
+                       const std::vector<std::pair<std::string, Value>>& choices, const std::string& szHelp,
+                       const char* pszNeed = "")
 {
     std::vector<std::string> names;
     for (const auto& choice : choices)
@@ -48,5 +52,5 @@ CLI::Option* AddChoice(CLI::App& app, const char* pszOption, Value& target,
             },
             szHelp)
         ->check(CLI::IsMember(names))
-        ->option_text(fmt::format("{}", fmt::join(names, "|")));
+        ->option_text(fmt::format("{}", fmt::join(names, "|")) + pszNeed);
 }

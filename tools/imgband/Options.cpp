@@ -60,8 +60,9 @@ void AddJob(CLI::App& app, Options& options)
         app, "--scheme", options.eScheme,
         {{"auto", Scheme::Unit}, {"whole", Scheme::Whole}, {"unit", Scheme::Unit}},
         "Hold whole pictures in the budget or temporary files, or go band by band from file to file [unit]");
-    app.add_flag("--plan", options.bPlan, "Tell what the run would take, and do nothing");
     AddCommon(app, options);
+    app.add_flag("--plan", options.bPlan, "Tell what the run would take, and do nothing")
+        ->excludes(app.get_option("--quiet"));
 }
 
 void AddMake(CLI::App& root, Options& options)
@@ -109,13 +110,11 @@ void AddFilter(CLI::App& root, Options& options)
     AddOutput(app, options);
     AddChoice<FilterOp>(app, "--op", options.filter.eOp,
                         {{"box", FilterOp::Box}, {"gauss", FilterOp::Gauss}, {"sharpen", FilterOp::Sharpen}},
-                        "The filter")
+                        "The filter", " REQUIRED")
         ->required();
     AddNumber(app, "--radius", options.filter.nRadius, 1, kLargestRadius,
-              "Pixels that it reaches in every direction [2]");
-    app.add_option("--amount", options.filter.nAmount, "How much to sharpen [1]")
-        ->type_name("A")
-        ->check(CLI::Range(0.0, kMostAmount));
+              "Pixels that it reaches in every direction, 1 to 16 [2]");
+    AddAmount(app, "--amount", options.filter.nAmount, kMostAmount, "How much to sharpen [1]");
     AddFrame(app, options.filter.frame);
     AddJob(app, options);
     app.callback([&options] { options.eCommand = Command::Filter; });

@@ -132,9 +132,8 @@ void Report::WarnAboutBudget(const StepPlan& step)
 {
     const std::int64_t nBudget = m_settings.value("budget_bytes", step.Charged());
     if (step.Charged() > nBudget && !m_options.bQuiet)
-        Say(fmt::format("imgband: {}: the smallest bands of so wide a picture take {}, more than the budget "
-                        "of {}\n",
-                        step.szStep, MiB(step.Charged()), MiB(nBudget)));
+        Say(fmt::format("imgband: {}: the images take {}, more than the budget of {}\n", step.szStep,
+                        MiB(step.Charged()), MiB(nBudget)));
 }
 
 // What is written must not run into the progress line.

@@ -183,10 +183,15 @@ StepPlan RunPair(const Run& run, const InputFile& input, const Job& job)
         ImportImgForUnitEnLarge(&dst, &out, &src, &run.pair.Input(), 0, nullptr, job.bOwnAlpha ? 0 : 1));
     SettleSource(run, input, src);
 
-    const Bands bands = FittingBands(*job.pWork, job.size.nHeight, dst.GetBandHeight(), src.GetBandHeight());
+    // The library plans whole source lines with all that they become. An interpolation needs neighbours too,
+    // and a large factor only a part.
+    const std::int64_t nRoom = std::min(CImageObj::AskFreeMemory(), CImageObj::ms_nUseMaxMemoryUnit);
+    const std::int64_t nDstLine = dst.m_ImgInfo.nLineBytes + LineBytes(job.eTo, job.size.nWidth);
+    const Bands bands =
+        FittingBands(*job.pWork, job.size.nHeight, dst.GetBandHeight(), [&](int nDst, int nSrc) {
+            return nDst * nDstLine + std::int64_t{nSrc} * src.m_ImgInfo.nLineBytes <= nRoom;
+        });
     const int nSrcLines = MostSourceLines(*job.pWork, bands);
-    dst.SetBandHeight(bands.nLines);
-    src.SetBandHeight(std::min(nSrcLines, src.GetBandHeight()));
     run.report.ExpectBands(bands.Count(), FileBytes(job.eTo, job.size));
     FillFrom(run, src, dst, *job.pWork, bands, watch);
     return watch.Plan(nSrcLines, bands);

@@ -92,7 +92,11 @@ void WorkStep(const Run& run, const Job& job, PlannedImage& src, PlannedImage& d
 {
     run.report.BeginStep(job.szName);
     PlanWork(run, job, src, dst);
-    const Bands bands = FittingBands(*job.pWork, job.size.nHeight, dst.GetBandHeight(), src.GetBandHeight());
+    // A work that looks at lines beyond its own leaves the source's band as planned and takes fewer lines of
+    // the destination.
+    const int nSrcLines = src.GetBandHeight();
+    const Bands bands = FittingBands(*job.pWork, job.size.nHeight, dst.GetBandHeight(),
+                                     [&](int, int nSrc) { return nSrc <= nSrcLines; });
     dst.SetBandHeight(bands.nLines);
     src.SetBandHeight(MostSourceLines(*job.pWork, bands));
     StepPlan plan{job.szName, {src.Plan("object"), dst.Plan("result")}, dst.NotedBudget()};
