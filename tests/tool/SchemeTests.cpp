@@ -95,7 +95,8 @@ TEST_F(Schemes, DoWhatTheyPlanWithTheSameBytes)
     SaveSparse("tiny.bmp", 200, 2);
     SaveSparse("wide.bmp", 30000, 1500);
     for (const string szJob :
-         {"enlarge tiny.bmp out --factor 900", "filter wide.bmp out --op box --radius 16"}) {
+         {"enlarge tiny.bmp out --factor 900", "enlarge tiny.bmp out --factor 900 --op nearest",
+          "filter wide.bmp out --op box --radius 16"}) {
         const auto plan = Plan(Run(szJob + " --plan --json").szOut);
         EXPECT_LE(plan["peak_budget_bytes"], 100 << 20) << szJob;
         EXPECT_GE(plan["steps"][0][1][1]["band_lines"], 4) << szJob << ": bands too low to share";
