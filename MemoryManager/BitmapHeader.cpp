@@ -24,12 +24,6 @@ constexpr DWORD kFileHeaderBytes = 14;
 constexpr DWORD kInfoHeaderBytes = 40;
 static_assert(kFileHeaderBytes + kInfoHeaderBytes == MM_BITMAP_HEADER_BYTES);
 
-void Put(BitmapHeader& header, std::size_t nAt, int nBytes, DWORD nValue)
-{
-    for (int i = 0; i < nBytes; ++i)
-        header[nAt + static_cast<std::size_t>(i)] = static_cast<BYTE>(nValue >> 8 * i);
-}
-
 /// The reason is the last error afterwards too.
 DWORD Fail(int nLine)
 {
@@ -64,19 +58,25 @@ DWORD StoreHeader(void* pAt, const BitmapHeader& header)
 
 } // namespace
 
+void PutHeaderField(BitmapHeader& header, std::size_t nAt, int nBytes, DWORD nValue)
+{
+    for (int i = 0; i < nBytes; ++i)
+        header[nAt + static_cast<std::size_t>(i)] = static_cast<BYTE>(nValue >> 8 * i);
+}
+
 BitmapHeader MakeBitmapHeader(int nWidth, int nHeight, int nPixelBytes)
 {
     const std::int64_t nLineBytes = PaddedLine(std::int64_t{nWidth} * nPixelBytes);
     const DWORD nPicture = static_cast<DWORD>(nLineBytes) * static_cast<DWORD>(nHeight);
     BitmapHeader header{'B', 'M'};
-    Put(header, 2, 4, MM_BITMAP_HEADER_BYTES + nPicture);
-    Put(header, 10, 4, MM_BITMAP_HEADER_BYTES);
-    Put(header, 14, 4, kInfoHeaderBytes);
-    Put(header, 18, 4, static_cast<DWORD>(nWidth));
-    Put(header, 22, 4, static_cast<DWORD>(nHeight)); // positive: lines from bottom to top
-    Put(header, 26, 2, 1);                           // planes
-    Put(header, 28, 2, static_cast<DWORD>(nPixelBytes) * 8);
-    Put(header, 34, 4, nPicture);
+    PutHeaderField(header, 2, 4, MM_BITMAP_HEADER_BYTES + nPicture);
+    PutHeaderField(header, 10, 4, MM_BITMAP_HEADER_BYTES);
+    PutHeaderField(header, 14, 4, kInfoHeaderBytes);
+    PutHeaderField(header, 18, 4, static_cast<DWORD>(nWidth));
+    PutHeaderField(header, 22, 4, static_cast<DWORD>(nHeight)); // positive: lines from bottom to top
+    PutHeaderField(header, 26, 2, 1);                           // planes
+    PutHeaderField(header, 28, 2, static_cast<DWORD>(nPixelBytes) * 8);
+    PutHeaderField(header, 34, 4, nPicture);
     return header;
 }
 

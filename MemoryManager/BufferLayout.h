@@ -24,6 +24,26 @@ constexpr std::int64_t PaddedLine(std::int64_t nBytes)
     return (nBytes + 3) / 4 * 4;
 }
 
+/// Bytes from the start of a buffer's first line to a pixel of an image line; both may lie in the margins.
+/// Band mapping and dumps find pixels there, whatever the alignment type.
+template <class Record>
+constexpr std::int64_t PixelPosition(const Record& info, std::int64_t nLine, std::int64_t nPixel)
+{
+    return (info.nMarginY + nLine) * info.nLineBytes + (info.nMarginX + nPixel) * info.nPixelBytes;
+}
+
+/// Whether a record's image, margins, lines and nBufSize fit each other; then none of its positions
+/// overflows.
+template <class Record> constexpr bool IsSoundBuffer(const Record& info)
+{
+    if (info.nPixelBytes < 1 || info.nMarginX < 0 || info.nMarginY < 0 || info.nWidth < 0 || info.nHeight < 0)
+        return false;
+    return info.nAllocWidth >= info.nWidth + 2 * std::int64_t{info.nMarginX} &&
+           info.nAllocHeight >= info.nHeight + 2 * std::int64_t{info.nMarginY} &&
+           info.nLineBytes == std::int64_t{info.nPixelBytes} * info.nAllocWidth &&
+           info.nBufSize >= std::int64_t{info.nLineBytes} * info.nAllocHeight;
+}
+
 /// What a layout is made from. Width and height without margins.
 struct LayoutRequest
 {

@@ -25,6 +25,14 @@ constexpr int kLineConvertFile = 1019;
 constexpr int kLineConvertWrite = 1026;
 constexpr int kLineConvertReopen = 1043;
 constexpr int kLineConvertMapping = 1057;
+constexpr int kLineDebugName = 842;
+constexpr int kLineDebugFile = 856;
+constexpr int kLineDebugHeader = 865;
+constexpr int kLineDebugWrite = 872;
+constexpr int kLineDebugReopen = 889;
+constexpr int kLineDebugMapping = 907;
+
+constexpr BYTE kBlankHeader[100] = {};
 
 DWORD Report(int nLine)
 {
@@ -44,7 +52,24 @@ HANDLE OpenSharedFile(const char* pszPath, DWORD nCreation)
                        nCreation, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
+bool Append(HANDLE hFile, const void* pBytes, int nBytes)
+{
+    DWORD nWritten = 0;
+    return nBytes == 0 || WriteFileByView(hFile, pBytes, static_cast<DWORD>(nBytes), &nWritten, kAppend,
+                                          kFlushLoadPercent) != 0;
+}
+
 } // namespace
+
+// What a named temporary file is made of, and the lines that report where it could not be made.
+struct CImageCtrl::TempFile
+{
+    int nHeader; // zero bytes ahead of the data
+    const void* pData;
+    int nData;
+    int nMapped; // the file becomes that long
+    int nNameLine, nFileLine, nHeaderLine, nDataLine, nReopenLine, nMappingLine;
+};
 
 CImageCtrl::CImageCtrl()
     : m_szFileName{}, m_hFile(INVALID_HANDLE_VALUE), m_hMap(nullptr), m_pMapAdr{}, m_nMapCnt(1),
@@ -155,7 +180,10 @@ DWORD CImageCtrl::ConvertFile(int nSize)
     }
     if (nSize <= 0 || nSize > m_nFileSize)
         return MM_BAD_ARGUMENT;
-    if (const DWORD nResult = WriteTempFile(nSize); nResult != MM_SUCCESS)
+    const DWORD nResult =
+        WriteTempFile({0, m_pMapAdr[0], nSize, nSize, kLineConvertName, kLineConvertFile, kLineConvertWrite,
+                       kLineConvertWrite, kLineConvertReopen, kLineConvertMapping});
+    if (nResult != MM_SUCCESS)
         return nResult;
 
     FreeMemoryBlock(m_pMapAdr[0]);
@@ -163,6 +191,29 @@ DWORD CImageCtrl::ConvertFile(int nSize)
     m_nAllMapFlg = 0;
     m_nFileSize = nSize;
     m_eAcsType = ACS_MMF;
+    return MM_SUCCESS;
+}
+
+DWORD CImageCtrl::DebugConvertWrite(T_Image_tag* pFlat, LONG nTotalBytes, LONG nHeaderBytes)
+{
+    const LONGLONG nData = LONGLONG{nTotalBytes} - nHeaderBytes;
+    if (pFlat == nullptr || pFlat->pBase == nullptr || nData <= 0 || nData > pFlat->nBufSize ||
+        nHeaderBytes < 0 || nHeaderBytes > LONG{sizeof(kBlankHeader)})
+        return MM_BAD_ARGUMENT;
+    if (m_hFile != INVALID_HANDLE_VALUE || m_pMapAdr[0] != nullptr)
+        return MM_BAD_ARGUMENT; // what the store holds would be lost
+
+    const int nFileSize = std::max(int{nTotalBytes}, static_cast<int>(AllocationGranularity()));
+    const DWORD nResult = WriteTempFile({nHeaderBytes, pFlat->pBase, static_cast<int>(nData), nFileSize,
+                                         kLineDebugName, kLineDebugFile, kLineDebugHeader, kLineDebugWrite,
+                                         kLineDebugReopen, kLineDebugMapping});
+    if (nResult != MM_SUCCESS)
+        return nResult;
+    m_nFileSize = nFileSize;
+    m_nMapCnt = 1;
+    m_nAllMapFlg = 0;
+    m_eAcsType = ACS_MMF;
+    m_bCreated = 1;
     return MM_SUCCESS;
 }
 
@@ -194,6 +245,11 @@ void CImageCtrl::SetFileSize(int nSize)
 void CImageCtrl::SetHdrSize(int nSize)
 {
     m_nHdrSize = nSize;
+}
+
+int CImageCtrl::GetHdrSize() const
+{
+    return m_nHdrSize;
 }
 
 tag_E_ACSTYPE CImageCtrl::GetAcsType() const
@@ -296,23 +352,23 @@ DWORD CImageCtrl::GiveUpTempFile(int nLine)
     return MM_FILE_ACCESS;
 }
 
-// Writes the block's first nSize bytes to a new file and maps it; the block stays.
-DWORD CImageCtrl::WriteTempFile(int nSize)
+// Makes and maps a named temporary file; when that fails, nothing of it is left.
+DWORD CImageCtrl::WriteTempFile(const TempFile& file)
 {
     if (!MakeTempName())
-        return Report(kLineConvertName);
+        return Report(file.nNameLine);
     m_hFile = OpenSharedFile(m_szFileName, CREATE_ALWAYS);
     if (m_hFile == INVALID_HANDLE_VALUE)
-        return GiveUpTempFile(kLineConvertFile);
-    DWORD nWritten = 0;
-    if (!WriteFileByView(m_hFile, m_pMapAdr[0], static_cast<DWORD>(nSize), &nWritten, kAppend,
-                         kFlushLoadPercent))
-        return GiveUpTempFile(kLineConvertWrite);
+        return GiveUpTempFile(file.nFileLine);
+    if (!Append(m_hFile, kBlankHeader, file.nHeader))
+        return GiveUpTempFile(file.nHeaderLine);
+    if (!Append(m_hFile, file.pData, file.nData))
+        return GiveUpTempFile(file.nDataLine);
 
     CloseHandle(m_hFile);
     m_hFile = OpenSharedFile(m_szFileName, OPEN_EXISTING);
     if (m_hFile == INVALID_HANDLE_VALUE)
-        return GiveUpTempFile(kLineConvertReopen);
-    m_hMap = MapWritable(m_hFile, nSize);
-    return m_hMap != nullptr ? MM_SUCCESS : GiveUpTempFile(kLineConvertMapping);
+        return GiveUpTempFile(file.nReopenLine);
+    m_hMap = MapWritable(m_hFile, file.nMapped);
+    return m_hMap != nullptr ? MM_SUCCESS : GiveUpTempFile(file.nMappingLine);
 }

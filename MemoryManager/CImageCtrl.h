@@ -3,6 +3,7 @@
 
 #include "MemoryManager/Export.h"
 #include "MemoryManager/ExternalImage.h"
+#include "MemoryManager/ImageRecord.h"
 
 /// View slots of a store.
 inline constexpr int MM_SLOT_COUNT = 10;
@@ -58,12 +59,21 @@ public:
     ///         18 no bytes, or more than the block has
     DWORD ConvertFile(int nSize);
 
+    /// Writes nHeaderBytes zero bytes (at most 100) and nTotalBytes - nHeaderBytes bytes of a flat buffer
+    /// into a new temporary file, which becomes the store's and is reached through band views. The file is an
+    /// ordinary one, as ConvertFile makes it, and at least one allocation granule long.
+    /// @return 0; 49 (logged): the file is gone; 18 no block, sizes out of range or larger than the buffer,
+    ///         or a store that holds something: nothing is done
+    /// Bands are addressed behind the header that SetHdrSize tells.
+    DWORD DebugConvertWrite(T_Image_tag* pFlat, LONG nTotalBytes, LONG nHeaderBytes);
+
     void* GetMemPtr() const;              ///< slot 0: the block or whole view, or a band's view; may be null
     void SetImageData(void* pData);       ///< puts a block into slot 0; the host's stays the host's
     void* GetFHandle() const;             ///< the temporary file or the host's; -1 when there is none
     void SetFileHandle(void* hFile);      ///< gives the store a host's file, which stays the host's
     void SetFileSize(int nSize);          ///< header and data in bytes
     void SetHdrSize(int nSize);           ///< bytes ahead of the image data; set it before Create
+    int GetHdrSize() const;               ///< bytes ahead of the image data
     tag_E_ACSTYPE GetAcsType() const;     ///< how the bytes are reached
     void SetAcsType(tag_E_ACSTYPE eType); ///< for stores over a host's image, before Create
     tag_E_IMGTYPE GetImgType() const;     ///< role of the image
@@ -114,7 +124,8 @@ protected:
 private:
     bool MakeTempName();
     DWORD GiveUpTempFile(int nLine);
-    DWORD WriteTempFile(int nSize);
+    struct TempFile;
+    DWORD WriteTempFile(const TempFile& file);
 
     static bool IsTempFolderKnown();
     static void RemoveTmpFiles();

@@ -7,6 +7,8 @@
 #include "MemoryManager/ImageRecord.h"
 #include "MemoryManager/MemoryRequest.h"
 
+class CWorkTableList;
+
 /// Band directions of MapBand.
 enum MM_DIRECTION : int
 {
@@ -271,6 +273,78 @@ public:
     /// @return 0; 103 to 106 as 99 to 102; 18 other pixels; 33; a code of band mapping
     DWORD UnMapBlock(int nTop, int nBottom, int nLeft, int nRight, T_ImageLrg_tag* pBlock);
 
+    // Work buffers ----------------------------------------------------------------------------------------
+
+    static DWORD AllocWorkMem(CWorkTableList* pTable);  ///< AllocWorkTable; 0, or 1 if it failed or for null
+    static void ReleaseWorkMem(CWorkTableList* pTable); ///< List_Free; null does nothing
+
+    // Reports ---------------------------------------------------------------------------------------------
+    //
+    // For a host to call; the library does not. One thread at a time: the name's buffer, the counters and the
+    // tables have no lock. A report that is switched off, its table null, returns 1 and counts nothing; 0 is
+    // a failed write, or a null argument.
+
+    /// Name of a processing step, code page 932: of the step field of its identifier if that is known, else
+    /// of the category, else of the function, else "no ID given". The buffer is the library's, and keeps the
+    /// text until the next call.
+    static char* GetIpName(int nIpNo);
+
+    /// Records memory, state and geometry of each of a planned step's images in ms_WorkList, in the section
+    /// of the step's name, and adds them up.
+    static int UseMemoryListImg(tag_MemAlloc* pRequest, CImageObj** ppIn, CImageObj** ppOut,
+                                CImageObj** ppTmp);
+
+    /// Adds nUsed bytes to those of the step's images, and records its work memory, the budget left, and the
+    /// largest sum of a step so far.
+    static int UseMemoryListMax(LONG nIpNo, LONG nUsed);
+
+    /// Records that the calling thread enters (bLeave 0) or leaves a step. Long texts are cut.
+    static int ThreadList(LONG nIpNo, LONG bLeave, const char* pszWork);
+
+    /// Records how far a mapped address is from a multiple of 16 bytes. Long names are cut.
+    static int MapList(void* pAddress, const char* pszName);
+
+    /// Switches the thread and the mapping list on; lists that exist are kept.
+    static void DbgCImgLogInit();
+
+    /// Appends the lists to debugthread.txt and debugmap.txt in "..\logdata\trace\", if that folder
+    /// exists, and switches them off.
+    static void DbgCImgLogEnd();
+
+    // Debug dumps -----------------------------------------------------------------------------------------
+
+    /// Copies an image into the caller's flat buffer and destroys the object's image; margins above and below
+    /// are not copied. pImage becomes the first pixel, without rounding. A unit object's bands are read, and
+    /// written where it has a destination.
+    ///
+    /// @param pFlat  the caller's record and committed block, usually from AllcImgBufLrg, whose charge stays
+    ///               the caller's to give back; its lines are as long as the object's, and at least as many
+    /// @return 0; 18 no block, or lines that do not fit it or the object's: nothing is done; a code of band
+    ///         mapping, or 18 for bands of a unit object with other lines: the block is freed, pBase null
+    static DWORD DebugConvertT_Image(CImageObj* pObject, T_Image_tag* pFlat);
+
+    /// Makes an image of a flat buffer: in memory, charged, if the free budget has room for all of it, else
+    /// in a temporary file that costs the budget nothing. The flat block's own charge, if any, is the
+    /// caller's to give back.
+    /// @return 0: the flat block is freed, pBase null; 18 no block, lines that do not fit it, or an object
+    ///         that holds an image or a charge or is in unit mode: nothing is done; 1 no memory, a code of
+    ///         Create, or 49 (logged): the flat block stays, the object has its geometry and no image; a code
+    ///         of band mapping: the flat block is freed
+    static DWORD DebugConvertCImageObj(T_Image_tag* pFlat, CImageObj* pObject);
+
+    /// Writes the whole buffer, margins included, as a 32-bit bitmap "..\logdata\trace\<name>.bmp": of 8-byte
+    /// pixels each 16-bit sample, else the pixel's first four bytes. Of unit objects, objects without a store
+    /// and those that stand for an external image nothing is written. Failures are silent; folders are not
+    /// created.
+    /// @param nScale  1: 16-bit samples hold 8-bit values; else 12-bit values
+    void OutPutBmp(const char* pszName, int nScale);
+
+    /// Writes the pixels of a flat buffer, without margins, as raw samples in the order 2, 1, 0 and as a
+    /// 24-bit bitmap: "..\tmp\<name>_<width>x<height>.raw" and ".bmp". Samples of pixels of more than four
+    /// bytes have 16 bits, and lose their low four in the bitmap. Pixels with fewer than three samples are
+    /// not written. Failures are silent.
+    static void Output(const char* pszName, T_Image_tag* pFlat);
+
     // State, read by planner, reports and the import functions ----------------------------------------------
 
     LONG m_nAreaSize;         ///< bytes of the budget charged to this object
@@ -298,6 +372,12 @@ public:
     static LONG ms_nUseMaxMemoryUnit; ///< band memory cap of the unit import
     static int ms_MinBand;            ///< smallest band height of the last planned step, at least 16
     static CRITICAL_SECTION m_g_cs;   ///< the lock that GetCS gives
+
+    static CWorkTableList* ms_WorkList;   ///< memory report; the host makes, flushes and deletes it
+    static CWorkTableList* ms_ThreadList; ///< thread list; null: off
+    static LONG ms_ThreadListCount;       ///< entries recorded in it
+    static CWorkTableList* ms_MapList;    ///< mapping list; null: off
+    static LONG ms_MapListCount;          ///< entries recorded in it
 
 private:
     static DWORD _MemoryAlloc(tag_MemAlloc* pRequest, CImageObj** ppIn, CImageObj** ppOut, CImageObj** ppTmp);

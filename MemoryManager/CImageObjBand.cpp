@@ -1,6 +1,7 @@
 // Band mapping: a run of whole image lines, with its frame. In the object's own store nothing is copied, the
 // caller works in the store's block or view; unit bands have a file of their own.
 
+#include "MemoryManager/BufferLayout.h"
 #include "MemoryManager/CImageObj.h"
 #include "MemoryManager/ResultCodes.h"
 
@@ -21,10 +22,9 @@ struct ByteRange
 ByteRange BytesOfBand(const T_ImageLrg_tag& info, int nFirst, std::int64_t nLines)
 {
     const std::int64_t nFrame = std::max(info.nFsize, 0);
-    const std::int64_t nPixel = (std::int64_t{info.nMarginY} + nFirst) * info.nLineBytes +
-                                std::int64_t{info.nMarginX} * info.nPixelBytes;
     const std::int64_t nFrameBytes = nFrame * (std::int64_t{info.nLineBytes} + info.nPixelBytes);
-    return {nPixel - nFrameBytes, (nLines + 2 * nFrame) * info.nLineBytes, nFrameBytes};
+    return {PixelPosition(info, nFirst, 0) - nFrameBytes, (nLines + 2 * nFrame) * info.nLineBytes,
+            nFrameBytes};
 }
 
 } // namespace

@@ -22,9 +22,7 @@ LayoutRequest RequestFor(int nWidth, int nHeight, int nMarginX, int nMarginY, in
 
 unsigned char* FirstPixel(const T_ImageLrg_tag& info)
 {
-    const std::size_t nBefore = std::size_t(info.nLineBytes) * std::size_t(info.nMarginY) +
-                                std::size_t(info.nPixelBytes) * std::size_t(info.nMarginX);
-    unsigned char* pPixel = info.pBase + nBefore;
+    unsigned char* pPixel = info.pBase + PixelPosition(info, 0, 0);
     if (info.nAlignType == MM_ALIGN_PACKED)
         return pPixel;
     const std::uintptr_t nOver = reinterpret_cast<std::uintptr_t>(pPixel) % kPixelAlign;

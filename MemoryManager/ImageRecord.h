@@ -49,3 +49,25 @@ struct T_ImageLrg_tag
     int nRatio;            ///< weight against the step's output in percent, 100 unless set
     int nFrameMode;        ///< frame fill mode 0 to 4
 };
+
+/// A flat image buffer: the first sixteen fields of T_ImageLrg_tag, with the same meanings. pBase is a
+/// committed block, and handing over the record hands over the block too, where an operation says so.
+struct T_Image_tag
+{
+    unsigned char* pBase;
+    int nBufSize;
+    int nLineBytes;
+    int nPixelBytes;
+    int nSampleBytes;
+    int nAllocWidth;
+    int nAllocHeight;
+    int nMarginX;
+    int nMarginY;
+    unsigned char* pImage;
+    int nWidth;
+    int nHeight;
+    int nLineSamples;
+    int nSamples;
+    int nFormat;
+    int nAlignType;
+};

@@ -1,13 +1,10 @@
 #pragma once
-// Every Japanese text of the library, in code page 932; the table with its meanings is in ReportTexts.cpp.
+// The Japanese texts of the library in code page 932, by the names that ReportTextList.h gives them.
 //
 // Internal. The texts are constants: any thread may use them at any time, and nobody frees them.
 
-/// Labels of the disk-space lines in the file-access error log; a byte count follows each.
-extern const char* const kTextDiskForCaller;
-extern const char* const kTextDiskTotal;
-extern const char* const kTextDiskFree;
+#include "MemoryManager/ReportTextList.h"
 
-/// First entry of an import and of an export in the host's log stack.
-extern const char* const kTextImport;
-extern const char* const kTextExport;
+#define MM_DECLARE_TEXT(name, text, english) extern const char* const name;
+MM_REPORT_TEXTS(MM_DECLARE_TEXT)
+#undef MM_DECLARE_TEXT

@@ -26,6 +26,10 @@ namespace platform {
 /// opened. The caller closes it with fclose.
 std::FILE* OpenTextFile(const char* pszPath, const char* pszMode);
 
+/// fopen with "wb" for a file that gets at most nBytes bytes. Null: it cannot be opened, or the process may
+/// not have a file that long. The caller closes it with fclose.
+std::FILE* OpenBinaryFile(const char* pszPath, ULONGLONG nBytes);
+
 /// Copies nBytes from pSrc to the file position nOffset of a file that hMap, a read/write mapping of it, has
 /// already made long enough; one chunk of an append. bFlush: start writing it to the disk at once.
 /// Views of the same file see the bytes. False: the last error tells why, and the chunk may be there in part.

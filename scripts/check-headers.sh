@@ -3,7 +3,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-public=(MemoryManager CImageCtrl CImageCtrlIO CImageObj CImageObjIO ImgObjUty ResultCodes ImageRecord
+public=(MemoryManager BaseBuffer CImageCtrl CImageCtrlIO CImageObj CImageObjIO CWorkTableList ImgObjUty ReportTextList ResultCodes ImageRecord
     ExternalImage MemoryRequest LogStack ParameterRecords)
 for compiler in g++ "g++ -m32" clang++ i686-w64-mingw32-g++-posix x86_64-w64-mingw32-g++-posix; do
     for standard in c++17 c++20; do

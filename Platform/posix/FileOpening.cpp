@@ -130,19 +130,20 @@ int OpenFlags(DWORD nAccess, DWORD nShare, DWORD nCreation, DWORD nFlags)
     const bool bWrite = nAccess & GENERIC_WRITE;
     const bool bDeleted = nFlags & FILE_FLAG_DELETE_ON_CLOSE;
     const bool bNew = nCreation == CREATE_NEW || nCreation == CREATE_ALWAYS;
+    const bool bCreates = bNew || nCreation == OPEN_ALWAYS;
     if ((nAccess & ~(GENERIC_READ | GENERIC_WRITE)) != 0 || (!bRead && !bWrite))
         return -1;
     if (nShare != 0 && nShare != (FILE_SHARE_READ | FILE_SHARE_WRITE))
         return -1;
     if (nFlags & ~(FILE_ATTRIBUTE_NORMAL | FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE))
         return -1;
-    if ((!bNew && nCreation != OPEN_EXISTING) || (bNew && !bWrite))
+    if ((!bCreates && nCreation != OPEN_EXISTING) || (bCreates && !bWrite))
         return -1;
     if (bDeleted && (!bNew || !bRead || nShare != 0))
         return -1; // without a name there is nothing to open again or to share
     // A link somebody laid where a new file is wanted is not followed.
     const int nCreate = O_CREAT | O_NOFOLLOW | (nCreation == CREATE_NEW ? O_EXCL : 0);
-    return (bRead && bWrite ? O_RDWR : bWrite ? O_WRONLY : O_RDONLY) | (bNew ? nCreate : 0);
+    return (bRead && bWrite ? O_RDWR : bWrite ? O_WRONLY : O_RDONLY) | (bCreates ? nCreate : 0);
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// Reading, positions and sizes of open files; text files, folders and the space on a disk.
+// Reading, positions and sizes of open files; streams, folders and the space on a disk.
 
 #include "Platform/posix/PosixLayer.h"
 
@@ -15,6 +15,15 @@ namespace {
 
 /// What a text file must be able to grow by under the process's file-size limit before it is opened.
 constexpr std::uint64_t kTextRoom = 65536;
+
+/// A stream that can become nBytes long. Null: the last error tells why.
+std::FILE* OpenStream(const NativePath& path, const char* pszMode, std::uint64_t nBytes)
+{
+    if (!FitsFileSizeLimit(nBytes))
+        return nullptr;
+    std::FILE* pFile = std::fopen(path.Text(), pszMode);
+    return pFile ? pFile : FailNull(ErrorOf(errno));
+}
 
 } // namespace
 
@@ -124,8 +133,12 @@ std::FILE* platform::OpenTextFile(const char* pszPath, const char* pszMode)
         return FailNull(ERROR_INVALID_PARAMETER);
     struct stat file = {};
     const bool bThere = bAppend && stat(path.Text(), &file) == 0;
-    if (!FitsFileSizeLimit((bThere ? static_cast<std::uint64_t>(file.st_size) : 0) + kTextRoom))
-        return nullptr;
-    std::FILE* pFile = std::fopen(path.Text(), bAppend ? "ae" : "we");
-    return pFile ? pFile : FailNull(ErrorOf(errno));
+    return OpenStream(path, bAppend ? "ae" : "we",
+                      (bThere ? static_cast<std::uint64_t>(file.st_size) : 0) + kTextRoom);
+}
+
+std::FILE* platform::OpenBinaryFile(const char* pszPath, ULONGLONG nBytes)
+{
+    const NativePath path(pszPath);
+    return path.IsValid() ? OpenStream(path, "wbe", nBytes) : nullptr;
 }

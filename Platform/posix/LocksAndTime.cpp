@@ -1,9 +1,10 @@
-// The recursive lock, the interlocked exchange, clocks and pauses.
+// The recursive lock, the interlocked exchange, thread numbers, clocks and pauses.
 // All times come from the monotonic clock, which nobody sets.
 
 #include "Platform/posix/PosixLayer.h"
 
 #include <ctime>
+#include <unistd.h>
 
 namespace {
 
@@ -44,6 +45,11 @@ LONG InterlockedCompareExchange(volatile LONG* pnTarget, LONG nExchange, LONG nC
 {
     __atomic_compare_exchange_n(pnTarget, &nComparand, nExchange, false, __ATOMIC_SEQ_CST, __ATOMIC_SEQ_CST);
     return nComparand; // holds the value found, also when it was the one expected
+}
+
+DWORD GetCurrentThreadId()
+{
+    return static_cast<DWORD>(gettid());
 }
 
 DWORD GetTickCount()

@@ -67,6 +67,22 @@ LPVOID VirtualAlloc(LPVOID pAddress, SIZE_T nBytes, DWORD nType, DWORD nProtect)
 /// Releases a whole block: nBytes 0, MEM_RELEASE. False: 487 not the start of a block, 87.
 BOOL VirtualFree(LPVOID pAddress, SIZE_T nBytes, DWORD nType);
 
+using HLOCAL = void*;
+using UINT = unsigned int;
+
+inline constexpr UINT LMEM_FIXED = 0;
+inline constexpr UINT LMEM_MOVEABLE = 2;
+
+/// A block of the process's heap, not filled; nFlags LMEM_FIXED. Null: 8, 87.
+HLOCAL LocalAlloc(UINT nFlags, SIZE_T nBytes);
+
+/// Makes a block larger or smaller and keeps its bytes; nFlags LMEM_MOVEABLE: its address may become another.
+/// Null: 8, 87, and the block is as it was.
+HLOCAL LocalReAlloc(HLOCAL pBlock, SIZE_T nBytes, UINT nFlags);
+
+/// Null, also for null: done.
+HLOCAL LocalFree(HLOCAL pBlock);
+
 void GetSystemInfo(SYSTEM_INFO* pInfo);
 void GlobalMemoryStatus(MEMORYSTATUS* pStatus);
 
@@ -79,6 +95,7 @@ inline constexpr DWORD FILE_SHARE_WRITE = 2;
 inline constexpr DWORD CREATE_NEW = 1;
 inline constexpr DWORD CREATE_ALWAYS = 2;
 inline constexpr DWORD OPEN_EXISTING = 3;
+inline constexpr DWORD OPEN_ALWAYS = 4;
 inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
 inline constexpr DWORD FILE_ATTRIBUTE_TEMPORARY = 0x100;
 inline constexpr DWORD FILE_FLAG_DELETE_ON_CLOSE = 0x04000000;
@@ -86,11 +103,11 @@ inline constexpr DWORD FILE_BEGIN = 0;
 
 /// Opens a file; pSecurity and hTemplate null. nShare 0 holds against every process (32 for the others),
 /// FILE_SHARE_READ | FILE_SHARE_WRITE against those and against deletion; where the file system knows no
-/// locks, against nobody. CREATE_NEW and CREATE_ALWAYS want GENERIC_WRITE, follow no link at the path's end
-/// (5), and give a new file to its owner alone (0600). With FILE_FLAG_DELETE_ON_CLOSE (new files, read and
-/// write, nShare 0) the data has no name: whatever ends the process, nothing but an empty file of this name
-/// stays behind. INVALID_HANDLE_VALUE: 2 no such file, 5 a folder or no permission, 32, 80 CREATE_NEW and
-/// there already, 206 path too long, 87.
+/// locks, against nobody. CREATE_NEW, CREATE_ALWAYS and OPEN_ALWAYS want GENERIC_WRITE, follow no link at the
+/// path's end (5), and give a new file to its owner alone (0600). With FILE_FLAG_DELETE_ON_CLOSE (new files,
+/// read and write, nShare 0) the data has no name: whatever ends the process, nothing but an empty file of
+/// this name stays behind. INVALID_HANDLE_VALUE: 2 no such file, 5 a folder or no permission, 32, 80
+/// CREATE_NEW and there already, 206 path too long, 87.
 HANDLE CreateFileA(LPCSTR pszPath, DWORD nAccess, DWORD nShare, void* pSecurity, DWORD nCreation,
                    DWORD nFlags, HANDLE hTemplate);
 
@@ -176,6 +193,12 @@ HANDLE FindFirstFileA(LPCSTR pszPattern, WIN32_FIND_DATAA* pData);
 BOOL FindNextFileA(HANDLE hFind, WIN32_FIND_DATAA* pData);
 BOOL FindClose(HANDLE hFind);
 
+// Texts ----------------------------------------------------------------------------------------------------
+
+/// Compares texts byte by byte without regard to the case of A to Z; in a text that is not valid UTF-8 the
+/// second byte of a double-byte character is no letter. 0: equal; else the sign tells which is greater.
+int lstrcmpiA(LPCSTR pszLeft, LPCSTR pszRight);
+
 // Locks and time -------------------------------------------------------------------------------------------
 
 void InitializeCriticalSection(CRITICAL_SECTION* pSection);
@@ -184,6 +207,7 @@ void LeaveCriticalSection(CRITICAL_SECTION* pSection);
 void DeleteCriticalSection(CRITICAL_SECTION* pSection);
 LONG InterlockedCompareExchange(volatile LONG* pnTarget, LONG nExchange, LONG nComparand);
 
+DWORD GetCurrentThreadId();      ///< the system's number of the calling thread
 DWORD GetTickCount();            ///< milliseconds of a monotonic clock
 void Sleep(DWORD nMilliseconds); ///< never shorter, whatever signals arrive
 

@@ -1,4 +1,4 @@
-// The two operations that the Win32 API does not have in one piece.
+// The operations that the Win32 API does not have in one piece.
 
 #include "Platform/Platform.h"
 
@@ -7,6 +7,11 @@
 std::FILE* platform::OpenTextFile(const char* pszPath, const char* pszMode)
 {
     return std::fopen(pszPath, pszMode);
+}
+
+std::FILE* platform::OpenBinaryFile(const char* pszPath, ULONGLONG)
+{
+    return std::fopen(pszPath, "wb");
 }
 
 bool platform::CopyToFile(HANDLE, HANDLE hMap, DWORD nOffset, const void* pSrc, DWORD nBytes, bool bFlush)

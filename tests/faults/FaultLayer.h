@@ -21,6 +21,7 @@ inline int g_nCalls = 0;   // that the plan could have failed, since Begin
 inline DWORD g_nTicks = 0; // milliseconds slept since Begin
 inline int g_nBlocks = 0, g_nViews = 0, g_nHandles = 0,
            g_nNot = 0; // alive; the last for what needs no release
+inline int g_nTwice = 0; // releases of what was not there, since Begin
 
 /// Starts counting and failing anew; what is alive stays counted.
 inline void Begin(const Plan& plan = {})
@@ -28,6 +29,7 @@ inline void Begin(const Plan& plan = {})
     g_plan = plan;
     g_nCalls = 0;
     g_nTicks = 0;
+    g_nTwice = 0;
 }
 
 /// Counts a call and makes it unless it is to fail. Its result, or the failure with its error set.
@@ -50,6 +52,7 @@ template <class Call> BOOL Release(const char* pszCall, int& nAlive, Call call)
 {
     const BOOL bDone = call();
     nAlive -= bDone ? 1 : 0;
+    g_nTwice += bDone ? 0 : 1;
     return Make(pszCall, BOOL{0}, g_nNot, [=] { return bDone; });
 }
 
@@ -64,6 +67,9 @@ using None = decltype(nullptr);
 
 MAKES(LPVOID, nullptr, g_nBlocks, VirtualAlloc, (LPVOID p, SIZE_T n, DWORD t, DWORD a), p, n, t, a)
 RELEASES(g_nBlocks, VirtualFree, (LPVOID p, SIZE_T n, DWORD t), p, n, t)
+MAKES(HLOCAL, nullptr, g_nBlocks, LocalAlloc, (UINT f, SIZE_T n), f, n)
+MAKES(HLOCAL, nullptr, g_nNot, LocalReAlloc, (HLOCAL p, SIZE_T n, UINT f), p, n, f)
+inline HLOCAL FaultyLocalFree(HLOCAL p) { faults::g_nBlocks -= p ? 1 : 0; return ::LocalFree(p); }
 MAKES(HANDLE, INVALID_HANDLE_VALUE, g_nHandles, CreateFileA, (LPCSTR p, DWORD a, DWORD s, None, DWORD c, DWORD f, None), p, a, s, nullptr, c, f, nullptr)
 MAKES(BOOL, 0, g_nNot, ReadFile, (HANDLE h, LPVOID p, DWORD n, DWORD* r, None), h, p, n, r, nullptr)
 MAKES(DWORD, INVALID_SET_FILE_POINTER, g_nNot, SetFilePointer, (HANDLE h, LONG d, LONG* u, DWORD m), h, d, u, m)
@@ -77,5 +83,7 @@ inline DWORD FaultyGetTickCount() { return faults::g_nTicks; }
 inline void FaultySleep(DWORD nMilliseconds) { faults::g_nTicks += nMilliseconds; }
 inline bool FaultyCopyToFile(HANDLE f, HANDLE m, DWORD o, const void* p, DWORD n, bool b)
     { return faults::Make("CopyToFile", false, faults::g_nNot, [&] { return platform::CopyToFile(f, m, o, p, n, b); }); }
-namespace platform { using ::FaultyCopyToFile; }
+inline std::FILE* FaultyOpenBinaryFile(const char* p, ULONGLONG n)
+    { return faults::Make<std::FILE*>("OpenBinaryFile", nullptr, faults::g_nNot, [&] { return platform::OpenBinaryFile(p, n); }); }
+namespace platform { using ::FaultyCopyToFile; using ::FaultyOpenBinaryFile; }
 // clang-format on

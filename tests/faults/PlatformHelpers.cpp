@@ -1,8 +1,6 @@
-// Retries, range arithmetic, appends and the error log.
+// Retries, range arithmetic and appends.
 
-#include "MemoryManager/ReportTexts.h"
 #include "StoreTest.h"
-#include <regex>
 
 using Helpers = StoreTest;
 
@@ -55,40 +53,4 @@ TEST_F(Helpers, AppendsAndMappedRangesShowTheSameBytes)
     }
     EXPECT_EQ(nullptr, MapFileRange(hFile, hMap, (33u << 20) + 12351, 1, 0)) << "at the end of the file";
     EXPECT_TRUE(CloseHandle(hMap) && CloseHandle(hFile) && Take("host") == sFile + "append");
-}
-
-TEST_F(Helpers, TheLogKeepsEveryLineAndTheCountedOneOnlyTheLatest)
-{
-    ReportFileAccessError("MemoryManager/CImageCtrl", 287, 5);
-    ReportFileAccessError("MemoryManager/ImgObjUty", 7, 0xFFFFFFFF);
-    EXPECT_EQ("MemoryManager/CImageCtrl(287):LastError=5\nMemoryManager/ImgObjUty(7):LastError=-1\n",
-              Take("log"));
-    const auto here = fs::current_path();
-    fs::current_path(m_sFolder);
-    std::error_code ignored; // outside Windows, a folder of that name is the drive
-    fs::create_directory("c:", ignored);
-    ReportFileAccessError("MemoryManager/CImageCtrl", 287, 5);
-    ReportFileAccessErrorCounted("MemoryManager/CImageCtrlIO", 402, 112, 599);
-    fs::current_path(here);
-    const std::string sPattern = R"(MemoryManager/CImageCtrlIO\(402\):LastError=112,counter=599\nc:\\\n)";
-    const std::string sDrive =
-        sPattern + kTextDiskForCaller + R"(\d+\n)" + kTextDiskTotal + R"(\d+\n)" + kTextDiskFree;
-    EXPECT_TRUE(std::regex_search(Take("log"), std::regex("^" + sDrive + R"(\d+\n)")));
-    SetErrLogPath(std::string(300, 'x').c_str());
-    EXPECT_EQ(std::string(259, 'x'), GetErrLogPath());
-    SetErrLogPath("short\\path");
-    EXPECT_EQ("short\\path" + std::string(250, '\0'), std::string(GetErrLogPath(), 260));
-}
-
-TEST_F(Helpers, JapaneseTextsAreCodePage932)
-{
-    const std::pair<const char*, std::string> texts[] = {
-        {kTextDiskForCaller, "8CC482D18F6F82B591A482AA9798977082C582AB82E9836F8343836790943D00"},
-        {kTextDiskTotal, "836683428358834E915391CC82CC836F8343836790943D00"},
-        {kTextDiskFree, "836683428358834E915391CC82CC8BF382AB836F8343836790943D00"},
-        {kTextImport, "93FC97CD837483408343838B206F626A6563742095CF8AB78F88979D00"},
-        {kTextExport, "6F626A656374208F6F97CD837483408343838B95CF8AB78F88979D00"}};
-    for (const auto& [pszText, sHex] : texts)
-        for (std::size_t i = 0; i < sHex.size() / 2; ++i)
-            ASSERT_EQ(std::stoi(sHex.substr(2 * i, 2), nullptr, 16), static_cast<unsigned char>(pszText[i]));
 }

@@ -6,6 +6,9 @@
 
 #define VirtualAlloc FaultyVirtualAlloc
 #define VirtualFree FaultyVirtualFree
+#define LocalAlloc FaultyLocalAlloc
+#define LocalReAlloc FaultyLocalReAlloc
+#define LocalFree FaultyLocalFree
 #define CreateFileA FaultyCreateFileA
 #define ReadFile FaultyReadFile
 #define SetFilePointer FaultySetFilePointer
@@ -18,3 +21,4 @@
 #define GetTickCount FaultyGetTickCount
 #define Sleep FaultySleep
 #define CopyToFile FaultyCopyToFile
+#define OpenBinaryFile FaultyOpenBinaryFile

@@ -1,0 +1,68 @@
+// Heap blocks and the comparison of texts without regard to case.
+
+#include "Platform/posix/PosixLayer.h"
+
+#include <cstdlib>
+
+using namespace platform::posix;
+
+namespace {
+
+/// The bytes of a text one after the other, capital letters as small ones. A byte that only looks like a
+/// letter, for it is the second of a character, stays.
+class FoldedBytes
+{
+public:
+    explicit FoldedBytes(const char* pszText) : m_set(pszText), m_pNext(pszText), m_nFollowing(0) {}
+
+    int Next()
+    {
+        const int c = static_cast<unsigned char>(*m_pNext);
+        if (m_nFollowing > 0) {
+            --m_nFollowing;
+            ++m_pNext;
+            return c;
+        }
+        m_nFollowing = m_set.Length(m_pNext++) - 1;
+        return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c;
+    }
+
+private:
+    CharacterSet m_set;
+    const char* m_pNext;
+    int m_nFollowing; ///< bytes left of the character that has begun
+};
+
+} // namespace
+
+HLOCAL LocalAlloc(UINT nFlags, SIZE_T nBytes)
+{
+    if (nFlags != LMEM_FIXED)
+        return FailNull(ERROR_INVALID_PARAMETER);
+    void* pBlock = std::malloc(nBytes);
+    return pBlock ? pBlock : FailNull(ERROR_NOT_ENOUGH_MEMORY);
+}
+
+HLOCAL LocalReAlloc(HLOCAL pBlock, SIZE_T nBytes, UINT nFlags)
+{
+    if (!pBlock || nBytes == 0 || nFlags != LMEM_MOVEABLE)
+        return FailNull(ERROR_INVALID_PARAMETER);
+    void* pMoved = std::realloc(pBlock, nBytes);
+    return pMoved ? pMoved : FailNull(ERROR_NOT_ENOUGH_MEMORY);
+}
+
+HLOCAL LocalFree(HLOCAL pBlock)
+{
+    std::free(pBlock);
+    return nullptr;
+}
+
+int lstrcmpiA(LPCSTR pszLeft, LPCSTR pszRight)
+{
+    FoldedBytes left(pszLeft), right(pszRight);
+    for (;;) {
+        const int nLeft = left.Next(), nRight = right.Next();
+        if (nLeft != nRight || nLeft == 0)
+            return nLeft - nRight;
+    }
+}
