@@ -6,7 +6,8 @@ cd "$(dirname "$0")/.."
 . scripts/packages.sh
 
 need_packages "${BUILD_PACKAGES[@]}" clang libclang-rt-14-dev libgtest-dev libgmock-dev libbenchmark-dev \
-    g++-multilib g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix binutils imagemagick netpbm e2fsprogs
+    g++-multilib g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix binutils imagemagick netpbm e2fsprogs \
+    chromium fonts-noto-cjk fonts-dejavu-core
 
 jobs=$(nproc)
 done_steps=()

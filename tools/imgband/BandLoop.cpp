@@ -42,11 +42,12 @@ void FillFrom(const Run& run, CImageObj& src, CImageObj& dst, const BandWork& wo
         watch.CheckSource(from.Result());
         MappedBand to(dst, lines);
         watch.CheckDestination(to.Result());
-        watch.NoteBands();
+        watch.NoteMapped(from.Record(), to.Record());
         if (!run.options.bPlan)
             work.Run(from.Record(), to.Record(), run.workers);
         watch.CheckDestination(to.End());
         watch.CheckSource(from.End());
+        watch.NoteEnded();
         run.report.BandDone();
     }
 }

@@ -33,8 +33,9 @@ public:
     virtual void CheckSource(DWORD nCode) = 0;
     virtual void CheckDestination(DWORD nCode) = 0;
 
-    /// Both bands are mapped.
-    virtual void NoteBands() {}
+    /// Both bands are mapped; both are ended.
+    virtual void NoteMapped(const T_ImageLrg_tag& from, const T_ImageLrg_tag& to) = 0;
+    virtual void NoteEnded() = 0;
 };
 
 /// A band of an object, mapped; the destructor ends it if that is left to it.

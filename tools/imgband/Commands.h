@@ -9,3 +9,5 @@ void RunInfo(const Options& options, Report& report);
 void RunConvert(const Options& options, Report& report);
 void RunFilter(const Options& options, Report& report);
 void RunEnlarge(const Options& options, Report& report);
+void RunPlanned(const Options& options, Report& report);
+void RunClean(const Options& options, Report& report);

@@ -28,6 +28,7 @@ void RunConvert(const Options& options, Report& report)
     const int nFrom = SampleBytes(facts.eFormat);
     const int nTo = SampleBytes(eTo);
     Job job{.szName = "convert",
+            .nIpNo = kIpOther,
             .eTo = eTo,
             .size = facts.size,
             .bReversedLines = (facts.bBottomUp != IsStoredBottomUp(eTo)) != options.bTurn,

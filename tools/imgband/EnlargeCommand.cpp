@@ -23,7 +23,7 @@ void RunEnlarge(const Options& options, Report& report)
 {
     const InputFile input(options);
     const ImageSize size = input.Facts().size;
-    Job job = KeepFormat(options, input.Facts());
+    Job job = KeepFormat(options, input.Facts(), kIpEnlarge);
     job.size = Enlarged(options, size);
     job.pWork = std::make_unique<EnlargeWork>(options.eEnlargeOp, options.nFactor, size.nWidth, size.nHeight,
                                               MustReverseLines(options, job));

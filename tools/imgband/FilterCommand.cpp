@@ -6,7 +6,8 @@
 void RunFilter(const Options& options, Report& report)
 {
     const InputFile input(options);
-    Job job = KeepFormat(options, input.Facts());
+    Job job =
+        KeepFormat(options, input.Facts(), options.filter.eOp == FilterOp::Sharpen ? kIpSharpen : kIpSmooth);
     job.nFrame = options.filter.nRadius;
     job.frame = options.filter.frame;
     job.pWork = std::make_unique<FilterWork>(options.filter);

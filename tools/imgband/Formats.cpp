@@ -13,9 +13,13 @@ struct FormatFacts
     const char* pszName;
     int nSamples;
     int nSampleBytes;
+    int nCode;
 };
 
-constexpr FormatFacts kFacts[] = {{"bgr24", 3, 1}, {"bgra32", 4, 1}, {"raw48", 3, 2}, {"raw64", 4, 2}};
+constexpr FormatFacts kFacts[] = {{"bgr24", 3, 1, MM_FORMAT_BGR24},
+                                  {"bgra32", 4, 1, MM_FORMAT_BGRA32},
+                                  {"raw48", 3, 2, MM_FORMAT_RAW48},
+                                  {"raw64", 4, 2, MM_FORMAT_RAW64}};
 
 const FormatFacts& FactsOf(Format eFormat)
 {
@@ -54,6 +58,11 @@ int SampleCount(Format eFormat)
 int SampleBytes(Format eFormat)
 {
     return FactsOf(eFormat).nSampleBytes;
+}
+
+int FormatCode(Format eFormat)
+{
+    return FactsOf(eFormat).nCode;
 }
 
 std::int64_t LineBytes(Format eFormat, int nWidth)

@@ -26,6 +26,8 @@ struct ImageSize
 /// Bytes of the header that is written ahead of a bitmap's lines.
 inline constexpr std::int64_t kBitmapHeaderBytes = 54;
 
+inline constexpr Format kFormats[] = {Format::Bgr24, Format::Bgra32, Format::Raw48, Format::Raw64};
+
 const char* FormatName(Format eFormat);
 
 /// The format of a file name's ending with this many samples a pixel; none for an unknown ending.
@@ -34,6 +36,9 @@ std::optional<Format> FormatFromEnding(const std::string& szPath, int nSamples);
 bool IsBitmap(Format eFormat);
 int SampleCount(Format eFormat);
 int SampleBytes(Format eFormat);
+
+/// The library's code of an image with the samples of this format.
+int FormatCode(Format eFormat);
 
 /// Bytes of one stored line, padding included.
 std::int64_t LineBytes(Format eFormat, int nWidth);

@@ -80,6 +80,11 @@ std::string RuntimeFolder();
 /// A file name that nobody can foresee, with this beginning.
 std::string UnusedName(const std::string& szBeginning);
 
+/// Text of code page 932 in UTF-8, and back. What has no counterpart there becomes U+FFFD or '?'; where the
+/// system does not know the code page, that is every byte above 0x7F.
+std::string Utf8FromCp932(const std::string& szText);
+std::string Cp932FromUtf8(const std::string& szText);
+
 /// Whether what is written to a stream appears on a terminal.
 bool IsTerminal(std::FILE* pStream);
 
@@ -90,10 +95,21 @@ int ProcessorCount();
 int ProcessNumber();
 bool IsRunning(int nProcess);
 
+/// Runs a function with a folder as the current one. Interrupts wait until the former is current again, for
+/// the paths that they need start there. Throws std::system_error, or what the function throws.
+void RunInFolder(const std::string& szFolder, const std::function<void()>& fnRun);
+
 /// Starts a thread that interrupts never reach, so that they stay the main thread's.
 std::jthread StartThread(std::function<void(std::stop_token)> fnRun);
 
-/// Bytes of private (anonymous) memory that the process has resident now; below 0 when unknown. Any thread.
-std::int64_t PrivateBytes() noexcept;
+/// Memory of the process that is resident now, in bytes; below 0 when unknown.
+struct ResidentMemory
+{
+    std::int64_t nPrivate = -1; ///< anonymous
+    std::int64_t nMapped = -1;  ///< pages of files and of shared memory, the program's own code among them
+};
+
+/// Any thread.
+ResidentMemory Resident() noexcept;
 
 } // namespace host

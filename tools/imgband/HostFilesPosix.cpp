@@ -59,6 +59,27 @@ private:
     sigset_t m_before;
 };
 
+/// The current folder is the same at the end of the scope, even if it has another name then.
+class FolderKept
+{
+public:
+    FolderKept() : m_nFolder(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC))
+    {
+        if (m_nFolder < 0)
+            ThrowLastError("open");
+    }
+    ~FolderKept()
+    {
+        [[maybe_unused]] const int nResult = fchdir(m_nFolder); // it was entered before
+        close(m_nFolder);
+    }
+    FolderKept(const FolderKept&) = delete;
+    FolderKept& operator=(const FolderKept&) = delete;
+
+private:
+    int m_nFolder;
+};
+
 // Only calls that are allowed in a handler. The locks and data of the library's temporary files end with
 // this program's image; their empty names are what the new image cleans up.
 void OnInterrupt(int nSignal)
@@ -228,6 +249,15 @@ void Discard(const std::string& szProvisional) noexcept
 bool MayWrite(const std::string& szPath)
 {
     return access(szPath.c_str(), W_OK) == 0;
+}
+
+void RunInFolder(const std::string& szFolder, const std::function<void()>& fnRun)
+{
+    const InterruptsHeld held;
+    const FolderKept kept;
+    if (chdir(szFolder.c_str()) != 0)
+        ThrowLastError("chdir");
+    fnRun();
 }
 
 std::jthread StartThread(std::function<void(std::stop_token)> fnRun)

@@ -15,6 +15,16 @@
 #include <unistd.h>
 
 namespace host {
+namespace {
+
+/// A field of the process's status; below 0 when it is not there.
+std::int64_t BytesOf(const char* pszStatus, const char* pszField)
+{
+    const char* pszFound = std::strstr(pszStatus, pszField);
+    return pszFound ? std::int64_t{1024} * std::atoll(pszFound + std::strlen(pszField)) : -1;
+}
+
+} // namespace
 
 std::uintmax_t FileSizeLimit()
 {
@@ -74,7 +84,7 @@ bool IsRunning(int nProcess)
     return kill(nProcess, 0) == 0 || errno == EPERM;
 }
 
-std::int64_t PrivateBytes() noexcept
+ResidentMemory Resident() noexcept
 {
     // Open for the process's life: a thread that opened it each time could be given a number that is about
     // to be closed a second time, as happens after a failed mapping.
@@ -82,10 +92,12 @@ std::int64_t PrivateBytes() noexcept
     char szStatus[4096];
     const ssize_t nRead = pread(nFile, szStatus, sizeof szStatus - 1, 0);
     if (nRead <= 0)
-        return -1;
+        return {};
     szStatus[nRead] = 0;
-    const char* pszField = std::strstr(szStatus, "RssAnon:");
-    return pszField ? std::int64_t{1024} * std::atoll(pszField + 8) : -1;
+    const std::int64_t nAnonymous = BytesOf(szStatus, "RssAnon:");
+    const std::int64_t nFiles = BytesOf(szStatus, "RssFile:");
+    const std::int64_t nShared = BytesOf(szStatus, "RssShmem:");
+    return {nAnonymous, nFiles < 0 || nShared < 0 ? -1 : nFiles + nShared};
 }
 
 } // namespace host

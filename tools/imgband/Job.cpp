@@ -54,7 +54,7 @@ bool MustReverseLines(const Options& options, const Job& job)
     return options.eScheme == Scheme::Unit && job.bReversedLines;
 }
 
-Job KeepFormat(const Options& options, const PictureFacts& facts)
+Job KeepFormat(const Options& options, const PictureFacts& facts, int nIpNo)
 {
     const auto eMeant = FormatFromEnding(options.szOutput, SampleCount(facts.eFormat));
     if (eMeant && *eMeant != facts.eFormat)
@@ -63,6 +63,7 @@ Job KeepFormat(const Options& options, const PictureFacts& facts)
                           ", which is kept",
                       "imgband convert first");
     return {.szName = CommandName(options.eCommand),
+            .nIpNo = nIpNo,
             .eTo = facts.eFormat,
             .size = facts.size,
             .bReversedLines = facts.bBottomUp != IsStoredBottomUp(facts.eFormat),

@@ -3,6 +3,7 @@
 
 #include "BandWork.h"
 #include "InputFile.h"
+#include "ProcessIds.h"
 #include "Report.h"
 
 #include <memory>
@@ -14,6 +15,7 @@
 struct Job
 {
     std::string szName; ///< of the step in the middle
+    int nIpNo;          ///< its process identifier
     Format eTo;
     ImageSize size;       ///< of the output
     bool bReversedLines;  ///< the input's last stored line comes first
@@ -25,8 +27,8 @@ struct Job
     bool bOneObject = false;                   ///< unit scheme: one object reads, is worked on, and writes
 };
 
-/// A job that keeps the input's format and turns nothing; without a size and a work yet.
-Job KeepFormat(const Options& options, const PictureFacts& facts);
+/// A job that keeps the input's format and size and turns nothing, without a work yet.
+Job KeepFormat(const Options& options, const PictureFacts& facts, int nIpNo);
 
 /// Lines that are stored from the bottom up by the tool.
 bool IsStoredBottomUp(Format eFormat);

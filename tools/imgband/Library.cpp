@@ -63,9 +63,7 @@ Library::Library(const Options& options)
     : m_szTemporaryFolder(ChooseTemporaryFolder(options)), m_log(host::RuntimeFolder())
 {
     host::RestartOnInterrupt(kInterruptedCommand, {m_log.Folder(), options.bJson ? "--json" : ""});
-    CImageObj::InitBaseMemory(options.nBudget, options.nOneMapping);
-    CImageObj::SetUseMaxBandMemory(options.nBandCap ? options.nBandCap : kWholeBandCap);
-    CImageObj::ms_nUseMaxMemoryUnit = (options.nBandCap ? options.nBandCap : kUnitBandCap) << 20;
+    SizeBudget(options);
     m_nBudget = CImageObj::AskFreeMemory();
     if (const DWORD nCode = CImageCtrl::CleanTempFolder())
         Fail(Failure(ExitStatus::NoRoom, m_szTemporaryFolder, "cannot be the folder for temporary files",
@@ -160,6 +158,13 @@ void Library::CheckExport(DWORD nCode, const std::string& szOutput, Room room) c
         failure.szTry = "another folder for OUT";
     }
     Fail(failure, nCode);
+}
+
+void SizeBudget(const Options& options)
+{
+    CImageObj::InitBaseMemory(options.nBudget, options.nOneMapping);
+    CImageObj::SetUseMaxBandMemory(options.nBandCap ? options.nBandCap : kWholeBandCap);
+    CImageObj::ms_nUseMaxMemoryUnit = (options.nBandCap ? options.nBandCap : kUnitBandCap) << 20;
 }
 
 void CleanUpInterruptedRun(const std::string& szLogFolder)

@@ -38,6 +38,9 @@ private:
     LONG m_nBudget;
 };
 
+/// Sizes the library's budget, mappings and bands as the options say.
+void SizeBudget(const Options& options);
+
 /// Removes what an interrupted run left in the temporary folder and its error log's folder.
 void CleanUpInterruptedRun(const std::string& szLogFolder);
 

@@ -3,6 +3,7 @@
 #include "BandLoop.h"
 #include "Commands.h"
 #include "LineConversion.h"
+#include "ProcessIds.h"
 #include "Scene.h"
 #include "WholeTransfer.h"
 
@@ -22,11 +23,12 @@ Format ChooseFormat(const Options& options)
     return *eFormat;
 }
 
-DWORD PaintBand(CImageObj& object, int nTop, Scene& scene, std::vector<std::uint16_t>& line)
+DWORD PaintBand(CImageObj& object, int nTop, Scene& scene, std::vector<std::uint16_t>& line, Report& report)
 {
     T_ImageLrg_tag band = {};
     if (const DWORD nCode = object.MapBand(nTop, &band, MM_BAND_DOWNWARD, 0))
         return nCode;
+    report.NoteBand(0, band);
     for (int i = 0; i < band.nBandLines; ++i) {
         unsigned char* pLine = band.pImage + static_cast<std::ptrdiff_t>(i) * band.nLineBytes;
         scene.PaintLine(nTop + i, line.data());
@@ -40,23 +42,26 @@ DWORD PaintBand(CImageObj& object, int nTop, Scene& scene, std::vector<std::uint
 
 void PaintStep(const Run& run, PlannedImage& object, ImageSize size)
 {
-    run.report.BeginStep("paint");
+    run.report.BeginStep("paint", kIpOther);
     tag_MemAlloc request; // one image, which is filled instead of read
     CImageObj* images[] = {&object};
     DWORD nCode = CImageObj::MemoryAlloc(&request, images, nullptr, nullptr);
     run.lib.CheckStep(nCode, "painting", object.m_ImgInfo.nBufSize);
-    const StepPlan plan{"paint", {object.Plan("object")}, run.lib.Taken()};
+    const ImagePlan plan = object.Plan("object", ImageRole::Input);
+    run.report.PlanStep({"paint", kIpOther, {plan}, run.lib.Taken()});
+    run.report.History().NoteCharges({object.m_nAreaSize});
+    run.report.History().Count({.nSpilled = plan.nTemporary});
     const Bands bands{size.nHeight, object.GetBandHeight()};
     run.report.ExpectBands(bands.Count(), object.m_ImgInfo.nBufSize);
 
     const auto pScene = MakeScene(run.options.ePattern, size, run.options.nSeed);
     std::vector<std::uint16_t> line(static_cast<std::size_t>(size.nWidth) * Scene::kSamples);
     for (int i = 0; i < bands.Count(); ++i) {
-        nCode = PaintBand(object, bands.At(i).nFirst, *pScene, line);
+        nCode = PaintBand(object, bands.At(i).nFirst, *pScene, line, run.report);
         run.lib.CheckStep(nCode, "painting", object.m_ImgInfo.nBufSize);
         run.report.BandDone();
     }
-    run.report.EndStep(plan);
+    run.report.EndStep();
 }
 
 } // namespace

@@ -14,12 +14,12 @@ constexpr std::int64_t kMiB = 1 << 20;
     throw CLI::ValidationError(szOption, fmt::format("'{}' is not {}", szValue, pszWanted));
 }
 
-/// A positive decimal number that is the whole text.
-std::optional<std::int64_t> Number(std::string_view szText)
+/// A decimal number of at least nLeast that is the whole text.
+std::optional<std::int64_t> Number(std::string_view szText, std::int64_t nLeast = 1)
 {
     std::int64_t nValue = 0;
     const auto [pEnd, eError] = std::from_chars(szText.data(), szText.data() + szText.size(), nValue);
-    if (eError != std::errc() || pEnd != szText.data() + szText.size() || nValue < 1)
+    if (eError != std::errc() || pEnd != szText.data() + szText.size() || nValue < nLeast)
         return std::nullopt;
     return nValue;
 }
@@ -50,6 +50,59 @@ std::optional<std::int64_t> Bytes(std::string_view szText)
     if (!nValue || *nValue > INT64_MAX >> nShift)
         return std::nullopt;
     return *nValue << nShift;
+}
+
+/// WxH
+std::optional<ImageSize> Size(std::string_view szText)
+{
+    const std::size_t nCross = szText.find('x');
+    if (nCross == std::string_view::npos)
+        return std::nullopt;
+    const auto nWidth = Number(szText.substr(0, nCross));
+    const auto nHeight = Number(szText.substr(nCross + 1));
+    if (!nWidth || !nHeight || *nWidth > INT32_MAX || *nHeight > INT32_MAX)
+        return std::nullopt;
+    return ImageSize{static_cast<int>(*nWidth), static_cast<int>(*nHeight)};
+}
+
+std::optional<Format> FormatOf(std::string_view szName)
+{
+    for (const Format eFormat : kFormats)
+        if (szName == FormatName(eFormat))
+            return eFormat;
+    return std::nullopt;
+}
+
+/// Cuts a number from 0 on off the end of a text, with the mark in front of it. Leaves both alone where the
+/// mark is missing.
+bool CutNumber(std::string_view& szText, char cMark, int& nTarget)
+{
+    const std::size_t nMark = szText.find(cMark);
+    if (nMark == std::string_view::npos)
+        return true;
+    const auto nValue = Number(szText.substr(nMark + 1), 0);
+    if (!nValue || *nValue > INT32_MAX)
+        return false;
+    nTarget = static_cast<int>(*nValue);
+    szText = szText.substr(0, nMark);
+    return true;
+}
+
+/// WxH:FORMAT[@RATIO][+FRAME]
+std::optional<StepImage> ParseStepImage(std::string_view szText)
+{
+    StepImage image{};
+    if (!CutNumber(szText, '+', image.nFrame) || !CutNumber(szText, '@', image.nRatio))
+        return std::nullopt;
+    const std::size_t nColon = szText.find(':');
+    const auto size = Size(szText.substr(0, nColon));
+    const auto eFormat =
+        nColon == std::string_view::npos ? std::nullopt : FormatOf(szText.substr(nColon + 1));
+    if (!size || !eFormat)
+        return std::nullopt;
+    image.size = *size;
+    image.eFormat = *eFormat;
+    return image;
 }
 
 /// #RRGGBB
@@ -98,14 +151,9 @@ CLI::Option* AddSize(CLI::App& app, std::optional<ImageSize>& target, const char
         .add_option_function<std::string>(
             "--size",
             [&target](const std::string& szValue) {
-                const std::size_t nCross = szValue.find('x');
-                const auto nWidth = Number(std::string_view(szValue).substr(0, nCross));
-                const auto nHeight = nCross == std::string::npos
-                                         ? std::nullopt
-                                         : Number(std::string_view(szValue).substr(nCross + 1));
-                if (!nWidth || !nHeight || *nWidth > INT32_MAX || *nHeight > INT32_MAX)
+                target = Size(szValue);
+                if (!target)
                     RefuseValue("--size", szValue, "a size in pixels, such as 640x480");
-                target = ImageSize{static_cast<int>(*nWidth), static_cast<int>(*nHeight)};
             },
             pszHelp)
         ->type_name("WxH");
@@ -113,12 +161,28 @@ CLI::Option* AddSize(CLI::App& app, std::optional<ImageSize>& target, const char
 
 void AddFormat(CLI::App& app, const char* pszOption, std::optional<Format>& eTarget, const char* pszHelp)
 {
-    AddChoice<std::optional<Format>>(app, pszOption, eTarget,
-                                     {{"bgr24", Format::Bgr24},
-                                      {"bgra32", Format::Bgra32},
-                                      {"raw48", Format::Raw48},
-                                      {"raw64", Format::Raw64}},
-                                     pszHelp);
+    std::vector<std::pair<std::string, std::optional<Format>>> choices;
+    for (const Format eFormat : kFormats)
+        choices.emplace_back(FormatName(eFormat), eFormat);
+    AddChoice(app, pszOption, eTarget, choices, pszHelp);
+}
+
+CLI::Option* AddStepImages(CLI::App& app, const char* pszOption, std::vector<StepImage>& target,
+                           const char* pszHelp)
+{
+    return app
+        .add_option_function<std::vector<std::string>>(
+            pszOption,
+            [&target, pszOption](const std::vector<std::string>& values) {
+                for (const std::string& szValue : values) {
+                    const auto image = ParseStepImage(szValue);
+                    if (!image)
+                        RefuseValue(pszOption, szValue, "an image, such as 640x480:bgra32@100+2");
+                    target.push_back(*image);
+                }
+            },
+            pszHelp)
+        ->type_name("WxH:FORMAT[@RATIO][+FRAME]");
 }
 
 CLI::Option* AddNumber(CLI::App& app, const char* pszOption, int& nTarget, int nFirst, int nLast,

@@ -3,6 +3,7 @@
 
 #include "FilterWork.h"
 #include "Formats.h"
+#include "Options.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -32,6 +33,10 @@ void AddFormat(CLI::App& app, const char* pszOption, std::optional<Format>& eTar
 
 /// What lies beyond an image's edges: the name of a mode, or a colour.
 void AddFrame(CLI::App& app, FrameFill& target);
+
+/// Images of a planned step, each WxH:FORMAT[@RATIO][+FRAME]; the option may be repeated.
+CLI::Option* AddStepImages(CLI::App& app, const char* pszOption, std::vector<StepImage>& target,
+                           const char* pszHelp);
 
 /// One of several words. pszNeed follows them in the help.
 template <class Value>

@@ -14,7 +14,7 @@ constexpr int kMostThreads = 1024;
 constexpr int kMostFactor = 1 << 16;
 constexpr double kMostAmount = 1e6;
 
-void AddCommon(CLI::App& app, Options& options)
+void AddBudget(CLI::App& app, Options& options)
 {
     AddBytes(app, "--budget", options.nBudget, "Memory for image data [100M]; at least 12M are used");
     AddBytes(app, "--one-mapping", options.nOneMapping,
@@ -23,17 +23,44 @@ void AddCommon(CLI::App& app, Options& options)
         app, "--band-cap", options.nBandCap,
         "Most memory of an output's band in the whole scheme [24M], of a step's bands in the unit scheme "
         "[8M]");
+}
+
+void AddTempDir(CLI::App& app, Options& options)
+{
     app.add_option("--temp-dir", options.szTempDir, "Folder for temporary files [$TMPDIR, /tmp]")
         ->type_name("DIR");
+}
+
+void AddReports(CLI::App& app, Options& options)
+{
+    app.add_option("--report", options.reports,
+                   "Report where the memory went, as .html, .json or .txt; may be given several times")
+        ->type_name("FILE")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+void AddPrinting(CLI::App& app, Options& options)
+{
+    app.add_flag("--json", options.bJson, "Print one JSON object on standard output");
+    CLI::Option* pQuiet = app.add_flag("--quiet", options.bQuiet, "Print nothing but errors");
+    app.add_flag("--verbose", options.bVerbose,
+                 "Print the plan, time and memory of each step, and what was not given back")
+        ->excludes(pQuiet);
+}
+
+/// What all commands know that go by a picture file.
+void AddCommon(CLI::App& app, Options& options)
+{
+    AddBudget(app, options);
+    AddTempDir(app, options);
     AddChoice<Access>(app, "--access", options.eAccess,
                       {{"file", Access::File}, {"memory", Access::Memory}, {"mmap", Access::Mmap}},
                       "How picture files are reached [file]; memory keeps them whole, beside the budget");
     AddNumber(app, "--threads", options.nThreads, 1, kMostThreads,
               "Threads that share the lines of a band [the processors]");
-    app.add_flag("--json", options.bJson, "Print one JSON object on standard output");
-    CLI::Option* pQuiet = app.add_flag("--quiet", options.bQuiet, "Print nothing but errors");
-    app.add_flag("--verbose", options.bVerbose, "Print the plan, time and memory of each step")
-        ->excludes(pQuiet);
+    AddReports(app, options);
+    AddPrinting(app, options);
 }
 
 void AddInput(CLI::App& app, Options& options)
@@ -58,7 +85,7 @@ void AddJob(CLI::App& app, Options& options)
 {
     AddChoice<Scheme>(
         app, "--scheme", options.eScheme,
-        {{"auto", Scheme::Unit}, {"whole", Scheme::Whole}, {"unit", Scheme::Unit}},
+        {{"auto", Scheme::Auto}, {"whole", Scheme::Whole}, {"unit", Scheme::Unit}},
         "Hold whole pictures in the budget or temporary files, or go band by band from file to file [unit]");
     AddCommon(app, options);
     app.add_flag("--plan", options.bPlan, "Tell what the run would take, and do nothing")
@@ -117,6 +144,11 @@ void AddFilter(CLI::App& root, Options& options)
     AddAmount(app, "--amount", options.filter.nAmount, kMostAmount, "How much to sharpen [1]");
     AddFrame(app, options.filter.frame);
     AddJob(app, options);
+    app.add_option(
+           "--dump", options.szDump,
+           "Folder for pictures of the objects; in the whole scheme, whole in memory beside the budget")
+        ->type_name("DIR")
+        ->excludes(app.get_option("--plan"));
     app.callback([&options] { options.eCommand = Command::Filter; });
 }
 
@@ -134,6 +166,50 @@ void AddEnlarge(CLI::App& root, Options& options)
     app.callback([&options] { options.eCommand = Command::Enlarge; });
 }
 
+void AddPlan(CLI::App& root, Options& options)
+{
+    CLI::App& app = *root.add_subcommand("plan", "Tell what the planner gives to the images of any step");
+    AddStepImages(app, "--in", options.step.inputs, "Input image, with its weight in percent and its frame")
+        ->required();
+    AddStepImages(app, "--out", options.step.outputs, "Output image, at most one");
+    AddStepImages(app, "--tmp", options.step.temporaries, "Temporary image");
+    AddNumber(app, "--maps", options.step.nMaps, 1, MM_SLOT_COUNT,
+              "Band buffers of each input and temporary image, 1 to 10 [1]");
+    AddNumber(app, "--min-band", options.step.nMinBand, 1, INT32_MAX, "Smallest band in lines [16]");
+    AddBudget(app, options);
+    AddReports(app, options);
+    AddPrinting(app, options);
+    app.callback([&options] {
+        options.eCommand = Command::Plan;
+        options.bPlan = true;
+    });
+}
+
+void AddClean(CLI::App& root, Options& options)
+{
+    CLI::App& app = *root.add_subcommand("clean", "Remove what killed runs left in the temporary folder");
+    app.add_flag("--dry-run", options.bDryRun, "List it, and remove nothing");
+    AddTempDir(app, options);
+    AddPrinting(app, options);
+    app.callback([&options] { options.eCommand = Command::Clean; });
+}
+
+/// Settles what the words leave open, and refuses those that contradict each other.
+void Settle(Options& options)
+{
+    if (options.szInput == "-" || options.szOutput == "-")
+        throw Failure(ExitStatus::WrongCommandLine, "-", "standard input and output are not supported",
+                      "the name of a file");
+    if (options.step.outputs.size() > 1)
+        throw Failure(ExitStatus::WrongCommandLine, "", "--out: a step has one output image at most");
+    const bool bDump = !options.szDump.empty();
+    if (bDump && options.eScheme == Scheme::Unit)
+        throw Failure(ExitStatus::WrongCommandLine, "", "--dump: the unit scheme holds no whole objects",
+                      "--scheme whole");
+    if (options.eScheme == Scheme::Auto)
+        options.eScheme = bDump ? Scheme::Whole : Scheme::Unit;
+}
+
 bool Contains(int nArguments, char** ppArguments, std::string_view szWanted)
 {
     for (int i = 1; i < nArguments && std::string_view(ppArguments[i]) != "--"; ++i)
@@ -146,7 +222,8 @@ bool Contains(int nArguments, char** ppArguments, std::string_view szWanted)
 
 const char* CommandName(Command eCommand)
 {
-    static constexpr const char* kNames[] = {"", "make", "info", "convert", "filter", "enlarge"};
+    static constexpr const char* kNames[] = {"",       "make",    "info", "convert",
+                                             "filter", "enlarge", "plan", "clean"};
     return kNames[static_cast<int>(eCommand)];
 }
 
@@ -165,6 +242,8 @@ void ParseCommandLine(int nArguments, char** ppArguments, Options& options)
     AddConvert(app, options);
     AddFilter(app, options);
     AddEnlarge(app, options);
+    AddPlan(app, options);
+    AddClean(app, options);
     try {
         app.parse(nArguments, ppArguments);
     } catch (const CLI::ParseError& e) {
@@ -174,7 +253,5 @@ void ParseCommandLine(int nArguments, char** ppArguments, Options& options)
         options.eCommand = Command::None;
         return;
     }
-    if (options.szInput == "-" || options.szOutput == "-")
-        throw Failure(ExitStatus::WrongCommandLine, "-", "standard input and output are not supported",
-                      "the name of a file");
+    Settle(options);
 }

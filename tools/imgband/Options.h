@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 enum class Command
 {
@@ -17,6 +18,8 @@ enum class Command
     Convert,
     Filter,
     Enlarge,
+    Plan,
+    Clean,
 };
 
 /// How the library reaches the external pictures.
@@ -30,6 +33,7 @@ enum class Access
 /// How a picture goes through the library.
 enum class Scheme
 {
+    Auto,  ///< only while the command line is read
     Whole, ///< as image objects in the budget or in temporary files
     Unit,  ///< band by band from file to file
 };
@@ -39,6 +43,25 @@ enum class Pattern
     Photo,
     Gradient,
     Noise,
+};
+
+/// An image of a step that is only planned.
+struct StepImage
+{
+    ImageSize size;
+    Format eFormat;
+    int nRatio = 100; ///< percent
+    int nFrame = 0;   ///< pixels
+};
+
+/// A step that is only planned.
+struct StepRequest
+{
+    std::vector<StepImage> inputs;
+    std::vector<StepImage> outputs; ///< at most one
+    std::vector<StepImage> temporaries;
+    int nMaps = 1;    ///< band buffers of each input and temporary
+    int nMinBand = 1; ///< lines
 };
 
 struct Options
@@ -59,6 +82,10 @@ struct Options
     EnlargeOp eEnlargeOp = EnlargeOp::Linear;
     int nFactor = 1;
 
+    StepRequest step;
+
+    bool bDryRun = false; ///< clean: list, and remove nothing
+
     Pattern ePattern = Pattern::Photo;
     std::uint64_t nSeed = 1;
 
@@ -67,9 +94,12 @@ struct Options
     LONG nBandCap = 0;           ///< MiB; 0: the scheme's own
     std::string szTempDir;       ///< empty: the system's
     Access eAccess = Access::File;
-    Scheme eScheme = Scheme::Unit;
-    bool bPlan = false; ///< tell what the run would take, and do nothing
+    Scheme eScheme = Scheme::Auto; ///< whole or unit once the command line is read
+    bool bPlan = false;            ///< tell what the run would take, and do nothing
     int nThreads = 1;
+
+    std::vector<std::string> reports; ///< files for the run's report, in the form that each ending tells
+    std::string szDump;               ///< folder for pictures of the objects of a filter; empty: none
 
     bool bJson = false;
     bool bQuiet = false;

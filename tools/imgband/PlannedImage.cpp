@@ -4,6 +4,13 @@
 
 #include "Formats.h"
 
+PlannedImage::~PlannedImage()
+{
+    Destroy();
+    if (!m_pImageCtrl)
+        --ms_nHolding;
+}
+
 void PlannedImage::GetImageInfo(T_ImageLrg_tag* pInfo)
 {
     CImageObj::GetImageInfo(pInfo);
@@ -28,11 +35,12 @@ DWORD PlannedImage::Create(LONG nSize, LONG nAllotted, int nSlots)
     return MM_SUCCESS;
 }
 
-DWORD PlannedImage::SetGeometry(int nWidth, int nHeight, int nFormat)
+DWORD PlannedImage::SetGeometry(int nWidth, int nHeight, int nFormat, int nMargin)
 {
     T_ImageLrg_tag info = {};
     info.nWidth = nWidth;
     info.nHeight = nHeight;
+    info.nMarginX = info.nMarginY = nMargin;
     info.nFormat = nFormat;
     info.nAlignType = MM_ALIGN_LINES;
     info.nRatio = 100;
@@ -48,19 +56,29 @@ void PlannedImage::ReturnDryCharge()
     m_nKeepStore = 0;
 }
 
-ImagePlan PlannedImage::Plan(const std::string& szImage) const
+ImagePlan PlannedImage::Plan(const std::string& szImage, ImageRole eRole) const
 {
     static constexpr const char* kPlaces[] = {"nowhere", "memory", "temporary file",
                                               "temporary file, mapped whole"};
     const Place ePlace = PlaceNow();
     const bool bFile = ePlace == Place::File || ePlace == Place::FileMappedWhole;
     return {.szImage = szImage,
+            .eRole = eRole,
+            .info = m_ImgInfo,
             .szPlace = kPlaces[static_cast<int>(ePlace)],
+            .bFile = bFile,
             .nBytes = m_ImgInfo.nBufSize,
             .nBandLines = m_ImgInfo.nBandLines,
             .nBands = m_ImgInfo.nBandLines > 0 ? BandCount(m_ImgInfo.nHeight, m_ImgInfo.nBandLines) : 0,
             .nCharged = m_nAreaSize,
             .nTemporary = bFile ? m_ImgInfo.nBufSize : 0};
+}
+
+ImagePlan PlannedImage::NotedPlan(ImageRole eRole) const
+{
+    ImagePlan plan = m_noted;
+    plan.eRole = eRole;
+    return plan;
 }
 
 PlannedImage::Place PlannedImage::PlaceNow() const
@@ -76,7 +94,8 @@ PlannedImage::Place PlannedImage::PlaceNow() const
 
 void PlannedImage::Note()
 {
-    m_noted = Plan("object");
+    m_noted = Plan(m_pszName, ImageRole::Input);
+    m_moment = BudgetMoment::Now();
     m_nExternalCharge = m_nFreeBefore - FreeWithoutExternal();
     m_nBudget = ms_ReserveMemory - AskFreeMemory() - (m_nReserveTaken ? ms_ReserveMemory : 0);
 }

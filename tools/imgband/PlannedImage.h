@@ -2,6 +2,7 @@
 // An image object that tells how it was planned.
 
 #include "MemoryManager/MemoryManager.h"
+#include "RunHistory.h"
 #include "RunPlan.h"
 
 #include <string>
@@ -14,15 +15,25 @@
 class PlannedImage final : public CImageObj
 {
 public:
-    explicit PlannedImage(bool bDry) : m_bDry(bDry) {}
+    /// @param pszName  what its noted plans call it
+    explicit PlannedImage(bool bDry, const char* pszName = "object") : m_bDry(bDry), m_pszName(pszName)
+    {
+        ++ms_nHolding;
+    }
+    ~PlannedImage();
+    PlannedImage(const PlannedImage&) = delete;
+    PlannedImage& operator=(const PlannedImage&) = delete;
+
+    /// Objects whose store may still exist: they live, or went without giving it up.
+    static int Holding() { return ms_nHolding; }
 
     void GetImageInfo(T_ImageLrg_tag* pInfo) override;
     int GetBandHeight() override;
     DWORD Create(LONG nSize, LONG nAllotted, int nSlots) override;
 
-    /// Gives it a size and a format with four samples, to be planned.
+    /// Gives it a size and a format, to be planned, with nMargin pixels around the image.
     /// @return a code of SetImageInfo
-    DWORD SetGeometry(int nWidth, int nHeight, int nFormat);
+    DWORD SetGeometry(int nWidth, int nHeight, int nFormat, int nMargin = 0);
 
     /// To be called ahead of ImportImg and ExportImg: what is missing from the budget then is not theirs.
     void BeginTransfer() { m_nFreeBefore = FreeWithoutExternal(); }
@@ -32,13 +43,14 @@ public:
     void ReturnDryCharge();
 
     /// The object as it is held now.
-    ImagePlan Plan(const std::string& szImage) const;
+    ImagePlan Plan(const std::string& szImage, ImageRole eRole) const;
 
     /// The object at the moment noted last, the bytes of the budget that the external image of the transfer
-    /// was given, and those that were in use.
-    const ImagePlan& NotedPlan() const { return m_noted; }
+    /// was given, those that were in use, and when that was.
+    ImagePlan NotedPlan(ImageRole eRole) const;
     LONG ExternalCharge() const { return m_nExternalCharge; }
     LONG NotedBudget() const { return m_nBudget; }
+    const BudgetMoment& NotedMoment() const { return m_moment; }
 
 private:
     enum class Place
@@ -54,9 +66,13 @@ private:
     Place PlaceNow() const;
 
     bool m_bDry;
+    const char* m_pszName;
     Place m_eDryPlace = Place::Nowhere;
     LONG m_nFreeBefore = 0;
     LONG m_nExternalCharge = 0;
     LONG m_nBudget = 0;
+    BudgetMoment m_moment{};
     ImagePlan m_noted{};
+
+    static inline int ms_nHolding = 0;
 };

@@ -1,18 +1,17 @@
-// Printing a run's results.
+// Printing a run's results, and collecting those of its steps.
 
 #include "Report.h"
 
-#include "HostFiles.h"
-#include "MemoryManager/ResultCodes.h"
+#include "ReportFile.h"
+#include "Seconds.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <fmt/format.h>
 
 using nlohmann::ordered_json;
 
 namespace {
-
-constexpr int kSchema = 1;
 
 void Print(std::FILE* pStream, const std::string& szText)
 {
@@ -21,68 +20,20 @@ void Print(std::FILE* pStream, const std::string& szText)
 
 double SecondsSince(std::chrono::steady_clock::time_point begin)
 {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-}
-
-// Names of files may hold any bytes; the object stays valid JSON.
-void PrintJson(const ordered_json& json)
-{
-    Print(stdout, json.dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n");
-}
-
-ordered_json ErrorJson(const Failure& failure)
-{
-    ordered_json error = {{"message", failure.Message()}};
-    if (!failure.szFile.empty())
-        error["file"] = failure.szFile;
-    if (failure.room) {
-        error["wanted_bytes"] = failure.room->nWanted;
-        error["available_bytes"] = failure.room->nAvailable;
-    }
-    if (failure.libraryResult) {
-        error["library_code"] = failure.libraryResult->nCode;
-        error["library_meaning"] = MM_ResultText(failure.libraryResult->nCode);
-        if (failure.libraryResult->nSystemError)
-            error["system_error"] = *failure.libraryResult->nSystemError;
-    }
-    if (!failure.szTry.empty())
-        error["try"] = failure.szTry;
-    return error;
+    return SecondsBetween(begin, std::chrono::steady_clock::now());
 }
 
 } // namespace
 
-PeakMemory::PeakMemory()
-    : m_watcher(host::StartThread([this](std::stop_token stop) {
-          while (!stop.stop_requested()) {
-              Look();
-              std::this_thread::sleep_for(std::chrono::milliseconds(2));
-          }
-      }))
-{
-}
-
-void PeakMemory::Look() noexcept
-{
-    const std::int64_t nNow = host::PrivateBytes();
-    std::int64_t nPeak = m_nPeak;
-    while (nNow > nPeak && !m_nPeak.compare_exchange_weak(nPeak, nNow)) {
-    }
-}
-
-std::int64_t PeakMemory::Take()
-{
-    Look();
-    const std::int64_t nPeak = m_nPeak.exchange(-1);
-    Look(); // what is held already counts for the next interval too
-    return nPeak;
-}
-
 Report::Report(const Options& options)
-    : m_options(options), m_progress(options.bQuiet || options.bPlan || !host::IsTerminal(stderr))
+    : m_options(options), m_history(!options.reports.empty() && !options.bPlan, m_begin),
+      m_progress(options.bQuiet || options.bPlan || !host::IsTerminal(stderr))
 {
-    if ((options.bVerbose || options.bJson) && !options.bPlan)
-        m_pPeak = std::make_unique<PeakMemory>();
+    const bool bReports = !options.reports.empty();
+    if ((options.bVerbose || options.bJson || bReports) && !options.bPlan)
+        m_pWatch = std::make_unique<MemoryWatch>(m_begin);
+    if (bReports)
+        m_pTables = std::make_unique<LibraryTables>(host::RuntimeFolder());
 }
 
 void Report::TellSettings(std::int64_t nBudget, std::int64_t nOneMapping, std::int64_t nBandCap,
@@ -93,39 +44,93 @@ void Report::TellSettings(std::int64_t nBudget, std::int64_t nOneMapping, std::i
                   {"band_cap_bytes", nBandCap},
                   {"temporary_folder", szTemporaryFolder},
                   {"threads", nThreads}};
+    m_nBudget = static_cast<LONG>(nBudget);
+    m_history.Begin(m_nBudget);
     if (m_options.bVerbose)
         Say(fmt::format("  budget {}, one mapping up to {}, bands up to {}, temporary files in {}, "
                         "threads: {}\n",
                         MiB(nBudget), MiB(nOneMapping), MiB(nBandCap), szTemporaryFolder, nThreads));
 }
 
-void Report::BeginStep(const std::string& szStep)
+void Report::BeginStep(const std::string& szStep, int nIpNo)
 {
     m_progress.Begin(szStep);
-    m_stepBegin = std::chrono::steady_clock::now();
-    if (m_pPeak)
-        m_pPeak->Take();
+    m_history.BeginStep();
+    m_step.emplace();
+    m_step->plan.szStep = szStep;
+    m_step->plan.nIpNo = nIpNo;
+    m_step->begin = std::chrono::steady_clock::now();
+    if (m_pWatch)
+        m_pWatch->TakePeak();
+    if (m_pTables && !m_options.bPlan)
+        m_pTables->Enter(nIpNo, szStep);
 }
 
-void Report::EndStep(const StepPlan& plan)
+void Report::ExpectBands(int nBands, std::int64_t nBytes)
+{
+    m_progress.Expect(nBands, nBytes);
+    m_history.ExpectBands(nBands);
+}
+
+void Report::BandDone()
+{
+    m_progress.Advance();
+    m_history.BandDone();
+}
+
+void Report::NoteBand(int nImage, const T_ImageLrg_tag& band)
+{
+    if (!m_history.NoteBand(nImage, band))
+        return;
+    const StepPlan& plan = m_step->plan;
+    m_pTables->NoteMapping(band.pImage,
+                           plan.szStep + ": " + plan.images.at(static_cast<std::size_t>(nImage)).szImage);
+}
+
+void Report::EndStep()
+{
+    CloseStep(true);
+}
+
+void Report::CloseStep(bool bFinished)
 {
     m_progress.Wipe();
-    WarnAboutBudget(plan);
-    m_plan.Add(plan);
-    ordered_json step = {{"step", plan.szStep}};
-    std::string szText = fmt::format("  {}: ", plan.szStep);
-    if (m_pPeak) {
-        const double nSeconds = SecondsSince(m_stepBegin);
-        const std::int64_t nPeak = m_pPeak->Take();
-        m_nPeak = std::max(m_nPeak, nPeak);
-        step["seconds"] = nSeconds;
-        step["peak_private_bytes"] = nPeak;
-        szText += fmt::format("{:.2f} s, peak private memory {}, ", nSeconds, MiB(nPeak));
+    StepRecord step = *std::exchange(m_step, std::nullopt);
+    step.bFinished = bFinished;
+    step.nBegin = SecondsBetween(m_begin, step.begin);
+    step.nSeconds = SecondsSince(step.begin);
+    if (m_pWatch) {
+        step.peak = m_pWatch->TakePeak();
+        m_peak = Larger(m_peak, step.peak);
     }
-    step["images"] = PlanJson(plan);
-    m_steps.push_back(step);
-    if (m_options.bVerbose)
-        Say(szText + fmt::format("{} of the budget\n", MiB(plan.nBudget)) + PlanText(plan));
+    WarnAboutBudget(step.plan);
+    m_plan.Add(step.plan);
+    m_steps.push_back(StepJson(step, m_nBudget, m_options.bPlan));
+    if (m_pTables)
+        TellTables(step.plan);
+    if (m_options.bVerbose && bFinished)
+        TellStep(step);
+}
+
+void Report::TellStep(const StepRecord& step)
+{
+    std::string szText = fmt::format("  {}: ", step.plan.szStep);
+    if (m_pWatch)
+        szText += fmt::format("{:.2f} s, peak private memory {}, ", step.nSeconds, MiB(step.peak.nPrivate));
+    Say(szText + fmt::format("{} of the budget\n", MiB(step.plan.nBudget)) + PlanText(step.plan));
+}
+
+// The library's table takes the free budget of the moment, which was that of the plan only until the step's
+// bands or external image were given back.
+void Report::TellTables(const StepPlan& plan)
+{
+    const LONG nFree = CImageObj::ms_FreeMemory;
+    CImageObj::ms_FreeMemory = static_cast<LONG>(m_nBudget - plan.nBudget);
+    if (!plan.images.empty())
+        m_pTables->NoteStep(plan);
+    CImageObj::ms_FreeMemory = nFree;
+    if (!m_options.bPlan)
+        m_pTables->Leave(plan.nIpNo, plan.szStep);
 }
 
 void Report::WarnAboutBudget(const StepPlan& step)
@@ -143,48 +148,39 @@ void Report::Say(const std::string& szText)
     Print(stderr, szText);
 }
 
-ordered_json Report::Head(ExitStatus eStatus) const
+ordered_json Report::Document(const Failure* pFailure) const
 {
-    ordered_json json = {{"schema", kSchema}, {"program", "imgband"}, {"version", IMGBAND_VERSION}};
-    if (m_options.eCommand != Command::None)
-        json["command"] = CommandName(m_options.eCommand);
-    if (m_options.bPlan)
-        json["plan"] = true;
-    json["ok"] = eStatus == ExitStatus::Done;
-    json["exit_status"] = static_cast<int>(eStatus);
-    return json;
-}
-
-void Report::AddSteps(ordered_json& json) const
-{
+    const ExitStatus eStatus = pFailure ? pFailure->eStatus : ExitStatus::Done;
+    ordered_json json = HeadJson(m_options.eCommand, m_options.bPlan, static_cast<int>(eStatus));
+    if (pFailure)
+        json["error"] = ErrorJson(*pFailure);
+    json.update(m_json);
     if (m_settings.is_null())
-        return;
+        return json;
     json["settings"] = m_settings;
     json["steps"] = m_steps;
     m_plan.TellTotals(json);
     if (m_options.bPlan)
-        return;
+        return json;
     json["seconds"] = SecondsSince(m_begin);
-    json["peak_private_bytes"] = m_nPeak;
+    json.update(PeakJson(m_peak));
+    return json;
 }
 
 void Report::TellTotal()
 {
     if (m_options.bVerbose && !m_plan.IsEmpty() && !m_options.bPlan)
         Say(fmt::format("  total: {:.2f} s, peak private memory {}, {}\n", SecondsSince(m_begin),
-                        MiB(m_nPeak), m_plan.Totals()));
+                        MiB(m_peak.nPrivate), m_plan.Totals()));
 }
 
 void Report::PrintSuccess()
 {
-    if (m_options.bJson) {
-        ordered_json json = Head(ExitStatus::Done);
-        json.update(m_json);
-        AddSteps(json);
-        PrintJson(json);
-    } else if (!m_options.bQuiet) {
+    m_document = Document(nullptr);
+    if (m_options.bJson)
+        Print(stdout, JsonText(m_document));
+    else if (!m_options.bQuiet)
         Print(stdout, m_options.bPlan ? m_plan.Table() : m_szData);
-    }
     TellTotal();
     if (!m_options.bQuiet && !m_szSummary.empty())
         Say(m_szSummary + "\n");
@@ -192,24 +188,40 @@ void Report::PrintSuccess()
 
 void Report::PrintFailure(const Failure& failure)
 {
-    if (m_options.bJson) {
-        ordered_json json = Head(failure.eStatus);
-        json["error"] = ErrorJson(failure);
-        AddSteps(json);
-        PrintJson(json);
-    }
+    if (m_step)
+        CloseStep(false);
+    m_document = Document(&failure);
+    if (m_options.bJson)
+        Print(stdout, JsonText(m_document));
+    else if (!m_options.bQuiet)
+        Print(stdout, m_szData); // what was found before
     Say(fmt::format("imgband: {}\n", failure.Message()));
+}
+
+void Report::WriteFiles()
+{
+    if (!m_pTables)
+        return;
+    m_history.End();
+    m_history.AddTo(m_document);
+    if (m_pWatch)
+        m_pWatch->AddTo(m_document);
+    m_pTables->AddTo(m_document);
+    for (const std::string& szPath : m_options.reports)
+        try {
+            WriteReportFile(szPath, m_document);
+        } catch (const std::exception& e) {
+            Say(fmt::format("imgband: the report could not be written to {}: {}\n", szPath, e.what()));
+        }
 }
 
 void PrintInterrupted(int nStatus, bool bJson)
 {
     const std::string szMessage = fmt::format("interrupted by signal {}", nStatus - 128);
-    if (bJson)
-        PrintJson({{"schema", kSchema},
-                   {"program", "imgband"},
-                   {"version", IMGBAND_VERSION},
-                   {"ok", false},
-                   {"exit_status", nStatus},
-                   {"error", {{"message", szMessage}}}});
+    if (bJson) {
+        ordered_json json = HeadJson(Command::None, false, nStatus);
+        json["error"] = {{"message", szMessage}};
+        Print(stdout, JsonText(json));
+    }
     Print(stderr, fmt::format("{}imgband: {}\n", host::IsTerminal(stderr) ? Progress::kWipe : "", szMessage));
 }

@@ -1,33 +1,20 @@
 #pragma once
-// What a run tells: text on standard error, data or one JSON object on standard output.
+// What a run tells: text on standard error, data or one JSON object on standard output, and its reports.
 
 #include "Failure.h"
+#include "LibraryTables.h"
+#include "MemoryWatch.h"
 #include "Options.h"
 #include "Progress.h"
+#include "ReportDocument.h"
+#include "RunHistory.h"
 #include "RunPlan.h"
 
-#include <atomic>
 #include <chrono>
+#include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
-#include <thread>
-#include <vector>
-
-/// The largest private memory of the process, looked at every 2 ms by a thread of its own.
-class PeakMemory
-{
-public:
-    PeakMemory();
-
-    /// The peak in bytes since the last call; below 0 when it is unknown.
-    std::int64_t Take();
-
-private:
-    void Look() noexcept;
-
-    std::atomic<std::int64_t> m_nPeak{-1};
-    std::jthread m_watcher; // last: it uses the others
-};
 
 /// Collects a run's results. Steps are told as they end, the rest by PrintSuccess or PrintFailure.
 class Report
@@ -43,15 +30,25 @@ public:
     void TellScheme(const std::string& szScheme) { m_plan.SetScheme(szScheme); }
 
     /// Marks the beginning of a step.
-    void BeginStep(const std::string& szStep);
+    /// @param nIpNo  its process identifier
+    void BeginStep(const std::string& szStep, int nIpNo);
+
+    /// Tells how the step's images are planned; again when more of them has shown.
+    void PlanStep(const StepPlan& step) { m_step->plan = step; }
 
     /// Tells the bands that the step will take, and the bytes that come out of all of them; then each one
     /// that is done.
-    void ExpectBands(int nBands, std::int64_t nBytes) { m_progress.Expect(nBands, nBytes); }
-    void BandDone() { m_progress.Advance(); }
+    void ExpectBands(int nBands, std::int64_t nBytes);
+    void BandDone();
+
+    /// A band of the planned step's image of this number is mapped.
+    void NoteBand(int nImage, const T_ImageLrg_tag& band);
+
+    /// What else happens in the course of the step.
+    RunHistory& History() { return m_history; }
 
     /// Ends the step: its time and peak memory go with its plan.
-    void EndStep(const StepPlan& step);
+    void EndStep();
 
     /// Results of the command for the JSON object.
     nlohmann::ordered_json& Json() { return m_json; }
@@ -65,21 +62,33 @@ public:
     void PrintSuccess();
     void PrintFailure(const Failure& failure);
 
-private:
-    nlohmann::ordered_json Head(ExitStatus eStatus) const;
-    void AddSteps(nlohmann::ordered_json& json) const;
-    void TellTotal();
-    void WarnAboutBudget(const StepPlan& step);
+    /// Tells something on standard error, clear of the progress line.
     void Say(const std::string& szText);
 
+    /// Writes the reports that are wanted, after one of both. One that cannot be written is a line on
+    /// standard error.
+    void WriteFiles();
+
+private:
+    nlohmann::ordered_json Document(const Failure* pFailure) const;
+    void CloseStep(bool bFinished);
+    void TellStep(const StepRecord& step);
+    void TellTotal();
+    void TellTables(const StepPlan& plan);
+    void WarnAboutBudget(const StepPlan& step);
+
     const Options& m_options;
-    std::unique_ptr<PeakMemory> m_pPeak; ///< only where its figures are told
     std::chrono::steady_clock::time_point m_begin = std::chrono::steady_clock::now();
-    std::chrono::steady_clock::time_point m_stepBegin;
-    std::int64_t m_nPeak = -1; ///< of all steps
+    std::unique_ptr<MemoryWatch> m_pWatch;    ///< only where its figures are told
+    std::unique_ptr<LibraryTables> m_pTables; ///< only for reports
+    RunHistory m_history;
     nlohmann::ordered_json m_json = nlohmann::ordered_json::object();
     nlohmann::ordered_json m_settings;
+    LONG m_nBudget = 0;
+    std::optional<StepRecord> m_step; ///< the one that runs
     nlohmann::ordered_json m_steps = nlohmann::ordered_json::array();
+    host::ResidentMemory m_peak; ///< of all steps
+    nlohmann::ordered_json m_document;
     RunPlan m_plan;
     Progress m_progress;
     std::string m_szData;

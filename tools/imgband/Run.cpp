@@ -49,6 +49,18 @@ void FailTooLarge(Scheme eScheme, ExitStatus eStatus, const std::string& szPath,
                       "with its margins, a picture may take 2 GiB - 1 at each stage of its way as a whole");
 }
 
+T_ImageLrg_tag PictureInfo(Format eFormat, ImageSize size)
+{
+    T_ImageLrg_tag info = {};
+    info.nWidth = info.nAllocWidth = size.nWidth;
+    info.nHeight = info.nAllocHeight = size.nHeight;
+    info.nSampleBytes = SampleBytes(eFormat);
+    info.nSamples = SampleCount(eFormat);
+    info.nPixelBytes = info.nSampleBytes * info.nSamples;
+    info.nRatio = 100;
+    return info;
+}
+
 const char* ExternalPlace(Access eAccess)
 {
     switch (eAccess) {

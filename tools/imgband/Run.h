@@ -27,6 +27,9 @@ bool FitsUnitScheme(Format eFormat, ImageSize size, std::int64_t nAhead, int nFr
 /// Throws Failure (eStatus) with the reason why a picture is refused that the scheme cannot hold.
 [[noreturn]] void FailTooLarge(Scheme eScheme, ExitStatus eStatus, const std::string& szPath, ImageSize size);
 
+/// Geometry of a picture file, for a plan.
+T_ImageLrg_tag PictureInfo(Format eFormat, ImageSize size);
+
 /// Where the bytes of input and output are.
 const char* ExternalPlace(Access eAccess);
 

@@ -12,6 +12,19 @@ std::string BandText(const ImagePlan& plan)
     return plan.nBands == 1 ? "whole" : fmt::format("{} bands of {} lines", plan.nBands, plan.nBandLines);
 }
 
+const char* RoleName(ImageRole eRole)
+{
+    static constexpr const char* kNames[] = {"input", "output", "temporary"};
+    return kNames[static_cast<int>(eRole)];
+}
+
+const char* StateName(const ImagePlan& plan)
+{
+    if (plan.nBandLines < plan.info.nHeight)
+        return "banded";
+    return plan.bFile ? "mapped whole" : "memory";
+}
+
 template <class Part> std::int64_t Sum(const std::vector<ImagePlan>& images, Part part)
 {
     std::int64_t nSum = 0;
@@ -56,7 +69,13 @@ nlohmann::ordered_json PlanJson(const StepPlan& step)
     nlohmann::ordered_json images = nlohmann::ordered_json::array();
     for (const ImagePlan& plan : step.images)
         images.push_back({{"image", plan.szImage},
+                          {"role", RoleName(plan.eRole)},
                           {"place", plan.szPlace},
+                          {"state", StateName(plan)},
+                          {"width", plan.info.nWidth},
+                          {"height", plan.info.nHeight},
+                          {"frame", plan.info.nFsize},
+                          {"ratio", plan.info.nRatio},
                           {"bytes", plan.nBytes},
                           {"band_lines", plan.nBandLines},
                           {"bands", plan.nBands},
@@ -98,7 +117,7 @@ std::string RunPlan::Totals() const
 std::string RunPlan::Table() const
 {
     constexpr const char* kRow = "{:<8} {:<18} {:<28} {:>11} {:>7} {:>14} {:>14}\n";
-    std::string szTable = fmt::format("scheme: {}\n", m_szScheme);
+    std::string szTable = m_szScheme.empty() ? "" : fmt::format("scheme: {}\n", m_szScheme);
     szTable += fmt::format(kRow, "step", "image", "place", "band lines", "bands", "charged", "temporary");
     for (const StepPlan& step : m_steps)
         for (const ImagePlan& plan : step.images)

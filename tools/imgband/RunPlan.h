@@ -1,28 +1,42 @@
 #pragma once
 // What a run takes: where each image of each step lives, and how much of budget and disk that is.
 
+#include "MemoryManager/ImageRecord.h"
+
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
+/// What an image is to its step.
+enum class ImageRole
+{
+    Input,
+    Output,
+    Temporary,
+};
+
 /// How one image of a step is held.
 struct ImagePlan
 {
-    std::string szImage;         ///< what it is, with its format
-    std::string szPlace;         ///< where its bytes are
-    std::int64_t nBytes;         ///< bytes of the whole image there
-    int nBandLines;              ///< lines of a band; all lines when it is reached whole
-    int nBands;                  ///< bands that it is worked on in
-    std::int64_t nCharged;       ///< bytes of the budget
+    std::string szImage; ///< what it is, with its format
+    ImageRole eRole;
+    T_ImageLrg_tag info;   ///< its geometry, frame and weight; of a picture file its size, without margins
+    std::string szPlace;   ///< where its bytes are
+    bool bFile = false;    ///< they are in a file, its own or a temporary one
+    std::int64_t nBytes;   ///< bytes of the whole image there
+    int nBandLines;        ///< lines of a band; all lines when it is reached whole
+    int nBands;            ///< bands that it is worked on in
+    std::int64_t nCharged; ///< bytes of the budget
     std::int64_t nTemporary = 0; ///< bytes of its temporary file
 };
 
 struct StepPlan
 {
     std::string szStep;
+    int nIpNo = 0; ///< process identifier, see ProcessIds.h
     std::vector<ImagePlan> images;
-    std::int64_t nBudget; ///< bytes of the budget in use once the step's images are planned
+    std::int64_t nBudget = 0; ///< bytes of the budget in use once the step's images are planned
 
     std::int64_t Charged() const;
     std::int64_t Temporary() const;

@@ -4,6 +4,7 @@
 
 #include "BandLoop.h"
 #include "DryTransfer.h"
+#include "Dumps.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -12,32 +13,41 @@ namespace {
 
 // The external image of a transfer is banded as far as its charge goes; without one it costs the budget
 // nothing and is reached whole.
-ImagePlan ExternalPlan(const Run& run, const char* pszRole, Format eFormat, const T_ImgInf& inf,
+ImagePlan ExternalPlan(const Run& run, ImageRole eRole, Format eFormat, const T_ImgInf& inf,
                        const PlannedImage& object)
 {
     const std::int64_t nLine = LineBytes(eFormat, inf.nWidth);
     const std::int64_t nCharged = object.ExternalCharge();
     const std::int64_t nFits = nCharged > 0 ? nCharged / nLine : inf.nHeight;
-    return {.szImage = fmt::format("{} {}", pszRole, FormatName(eFormat)),
+    return {.szImage =
+                fmt::format("{} {}", eRole == ImageRole::Input ? "input" : "output", FormatName(eFormat)),
+            .eRole = eRole,
+            .info = PictureInfo(eFormat, {inf.nWidth, inf.nHeight}),
             .szPlace = ExternalPlace(run.options.eAccess),
+            .bFile = run.options.eAccess != Access::Memory,
             .nBytes = nLine * inf.nHeight,
             .nBandLines = static_cast<int>(std::clamp<std::int64_t>(nFits, 1, inf.nHeight)),
             .nBands = 0,
             .nCharged = nCharged};
 }
 
-// Both sides of a transfer move in the smaller of the two band heights.
-void EndTransfer(const Run& run, const char* pszStep, const T_ImgInf& inf, const PlannedImage& object,
-                 ImagePlan from, ImagePlan to)
+// Both sides of a transfer move in the smaller of the two band heights. The external image is gone by now.
+void EndTransfer(const Run& run, const char* pszStep, int nIpNo, const T_ImgInf& inf,
+                 const PlannedImage& object, ImagePlan from, ImagePlan to)
 {
     from.nBandLines = to.nBandLines = std::min(from.nBandLines, to.nBandLines);
     from.nBands = to.nBands = BandCount(inf.nHeight, from.nBandLines);
-    run.report.EndStep({pszStep, {from, to}, object.NotedBudget()});
+    run.report.PlanStep({pszStep, nIpNo, {from, to}, object.NotedBudget()});
+    RunHistory& history = run.report.History();
+    history.NoteCharges({static_cast<LONG>(from.nCharged), static_cast<LONG>(to.nCharged)},
+                        object.NotedMoment());
+    history.NoteCharges({0, object.m_nAreaSize}); // of an export nothing is left
+    run.report.EndStep();
 }
 
 void ImportStep(const Run& run, const InputFile& input, PlannedImage& object, bool bReversed)
 {
-    run.report.BeginStep("import");
+    run.report.BeginStep("import", kIpRead);
     T_ImgInf& inf = run.pair.Input();
     const PictureFacts& facts = input.Facts();
     object.BeginTransfer();
@@ -46,8 +56,11 @@ void ImportStep(const Run& run, const InputFile& input, PlannedImage& object, bo
     run.lib.CheckImport(nCode, input.Path(), object.m_ImgInfo.nBufSize);
     if (run.options.eAccess != Access::Memory)
         input.CheckWhole();
-    EndTransfer(run, "import", inf, object, ExternalPlan(run, "input", facts.eFormat, inf, object),
-                object.NotedPlan());
+    run.report.History().Count({.nRead = LineBytes(facts.eFormat, inf.nWidth) * inf.nHeight,
+                                .nSpilled = object.NotedPlan(ImageRole::Output).nTemporary});
+    EndTransfer(run, "import", kIpRead, inf, object,
+                ExternalPlan(run, ImageRole::Input, facts.eFormat, inf, object),
+                object.NotedPlan(ImageRole::Output));
 }
 
 /// The bands lie in memory or in temporary files.
@@ -66,6 +79,12 @@ public:
     {
         m_run.lib.CheckStep(nCode, m_job.szName, m_dst.m_ImgInfo.nBufSize);
     }
+    void NoteMapped(const T_ImageLrg_tag& from, const T_ImageLrg_tag& to) override
+    {
+        m_run.report.NoteBand(0, from);
+        m_run.report.NoteBand(1, to);
+    }
+    void NoteEnded() override {}
 
 private:
     const Run& m_run;
@@ -90,7 +109,7 @@ void PlanWork(const Run& run, const Job& job, PlannedImage& src, PlannedImage& d
 
 void WorkStep(const Run& run, const Job& job, PlannedImage& src, PlannedImage& dst)
 {
-    run.report.BeginStep(job.szName);
+    run.report.BeginStep(job.szName, job.nIpNo);
     PlanWork(run, job, src, dst);
     // A work that looks at lines beyond its own leaves the source's band as planned and takes fewer lines of
     // the destination.
@@ -99,24 +118,33 @@ void WorkStep(const Run& run, const Job& job, PlannedImage& src, PlannedImage& d
                                      [&](int, int nSrc) { return nSrc <= nSrcLines; });
     dst.SetBandHeight(bands.nLines);
     src.SetBandHeight(MostSourceLines(*job.pWork, bands));
-    StepPlan plan{job.szName, {src.Plan("object"), dst.Plan("result")}, dst.NotedBudget()};
+    StepPlan plan{job.szName,
+                  job.nIpNo,
+                  {src.Plan("object", ImageRole::Input), dst.Plan("result", ImageRole::Output)},
+                  dst.NotedBudget()};
     plan.images[0].nBands = plan.images[1].nBands = bands.Count();
+    run.report.PlanStep(plan);
+    run.report.History().NoteCharges({src.m_nAreaSize, dst.m_nAreaSize});
+    run.report.History().Count({.nSpilled = plan.images[1].nTemporary});
 
     if (!run.options.bPlan) {
         StepWatch watch(run, job, src, dst);
         run.report.ExpectBands(bands.Count(), FileBytes(job.eTo, job.size));
         watch.CheckSource(src.SetFrameColor(job.frame.nMode, static_cast<int>(job.frame.nColor)));
         FillFrom(run, src, dst, *job.pWork, bands, watch);
+        if (!run.options.szDump.empty())
+            DumpObjects(run, src, dst);
     }
     src.Destroy();
-    run.report.EndStep(plan);
+    run.report.History().NoteCharges({0, dst.m_nAreaSize});
+    run.report.EndStep();
 }
 
 } // namespace
 
 void ExportStep(const Run& run, PlannedImage& object, Format eTo, bool bReversed, bool bOwnAlpha)
 {
-    run.report.BeginStep("export");
+    run.report.BeginStep("export", kIpWrite);
     T_ImgInf& inf = run.pair.Output();
     object.BeginTransfer();
     if (run.options.bPlan) {
@@ -128,8 +156,9 @@ void ExportStep(const Run& run, PlannedImage& object, Format eTo, bool bReversed
         run.lib.CheckExport(nCode, run.pOutput->Path(),
                             {static_cast<std::uintmax_t>(nBytes), run.pOutput->AvailableBytes()});
     }
-    EndTransfer(run, "export", inf, object, object.NotedPlan(),
-                ExternalPlan(run, "output", eTo, inf, object));
+    run.report.History().Count({.nWritten = LineBytes(eTo, inf.nWidth) * inf.nHeight});
+    EndTransfer(run, "export", kIpWrite, inf, object, object.NotedPlan(ImageRole::Input),
+                ExternalPlan(run, ImageRole::Output, eTo, inf, object));
 }
 
 void RunWholeScheme(const Run& run, const InputFile& input, const Job& job)
@@ -138,7 +167,7 @@ void RunWholeScheme(const Run& run, const InputFile& input, const Job& job)
     ImportStep(run, input, object, job.bReversedLines);
     if (!job.pWork)
         return ExportStep(run, object, job.eTo, false, job.bOwnAlpha);
-    PlannedImage result(run.options.bPlan);
+    PlannedImage result(run.options.bPlan, "result");
     run.lib.CheckStep(
         result.SetGeometry(job.size.nWidth, job.size.nHeight, ObjectFormat(SampleBytes(job.eTo))), job.szName,
         0);

@@ -2,7 +2,9 @@
 
 #include "Commands.h"
 #include "HostFiles.h"
+#include "LeakCheck.h"
 #include "Library.h"
+#include "ReportFile.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -10,9 +12,8 @@
 
 namespace {
 
-ExitStatus RunCommand(const Options& options)
+ExitStatus RunCommand(const Options& options, Report& report)
 {
-    Report report(options);
     try {
         switch (options.eCommand) {
         case Command::None:
@@ -32,6 +33,12 @@ ExitStatus RunCommand(const Options& options)
         case Command::Enlarge:
             RunEnlarge(options, report);
             break;
+        case Command::Plan:
+            RunPlanned(options, report);
+            break;
+        case Command::Clean:
+            RunClean(options, report);
+            break;
         }
         report.PrintSuccess();
         return ExitStatus::Done;
@@ -45,16 +52,36 @@ ExitStatus RunCommand(const Options& options)
     }
 }
 
+ExitStatus RunReported(const Options& options)
+{
+    Report report(options);
+    const ExitStatus eStatus = RunCommand(options, report);
+    report.WriteFiles();
+    return eStatus;
+}
+
+bool UsesLibrary(Command eCommand)
+{
+    return eCommand != Command::None && eCommand != Command::Info && eCommand != Command::Clean;
+}
+
 ExitStatus RunProgram(int nArguments, char** ppArguments)
 {
     Options options;
     try {
         ParseCommandLine(nArguments, ppArguments, options);
+        CheckReportFiles(options);
     } catch (const Failure& failure) {
         Report(options).PrintFailure(failure);
         return failure.eStatus;
     }
-    return options.eCommand == Command::None ? ExitStatus::Done : RunCommand(options);
+    if (options.eCommand == Command::None)
+        return ExitStatus::Done;
+    const LeakCheck leaks;
+    const ExitStatus eStatus = RunReported(options);
+    if (options.bVerbose && UsesLibrary(options.eCommand))
+        leaks.Print();
+    return eStatus;
 }
 
 /// What is left to do for a run that a signal ended: the arguments are its exit status, log folder and

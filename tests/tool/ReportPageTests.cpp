@@ -1,0 +1,110 @@
+// The page of a report, opened in a browser: what a person sees there against the data of the same run.
+
+#include "ToolFixture.h"
+
+#include <cmath>
+#include <regex>
+#include <set>
+
+using nlohmann::ordered_json;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+namespace {
+
+constexpr std::size_t kLooks = 4; // light and dark, each wide and narrow
+
+/// What the page may say of a value, to as many places as it says.
+string Said(const ordered_json& value, const string& szUnit, const string& szText)
+{
+    if (!value.is_number() || (value.is_number_integer() && szUnit.empty()))
+        return value.is_boolean()  ? value ? "yes" : "no"
+               : value.is_string() ? value.get<string>()
+                                   : value.dump();
+    const double fSize = std::exp2(10.0 * static_cast<double>(string("?KMGTPE").find(szUnit[0])));
+    const std::size_t nPlaces = szText.size() - std::min(szText.size(), szText.find('.') + 1);
+    return fmt::format("{:.{}f}", value.get<double>() / (szUnit.empty() ? 1 : fSize),
+                       std::max<std::size_t>(nPlaces, szUnit.empty() ? 3 : 1));
+}
+
+/// The values that the page shows otherwise than the report has them, and those that it never shows in full.
+std::vector<string> Differences(const ordered_json& page, const ordered_json& report)
+{
+    std::vector<string> differences;
+    std::set<string> inFull;
+    for (const auto& shown : page["shown"]) {
+        const string szKey = shown[0], szUnit = shown[1], szText = shown[2];
+        const ordered_json& value = report.at(ordered_json::json_pointer(szKey));
+        const string szPlain = value.is_string() ? szText : std::regex_replace(szText, std::regex(","), "");
+        if (szPlain != Said(value, szUnit, szPlain))
+            differences.push_back(fmt::format("{}: {}, not {} {}", szKey, value.dump(), szText, szUnit));
+        if (szUnit.empty())
+            inFull.insert(szKey);
+    }
+    const ordered_json values = report.flatten();
+    const std::regex drawn("/(budget_over_time|memory_over_time|bands)/.*");
+    for (const auto& value : values.items())
+        if (value.value().is_primitive() && !value.value().is_null() && !inFull.contains(value.key()) &&
+            !std::regex_match(value.key(), drawn))
+            differences.push_back(value.key() + " is not shown");
+    return differences;
+}
+
+class ReportPageTest : public Tool
+{
+protected:
+    /// What is seen of each page in each look; one page after the other.
+    ordered_json Browse(const std::vector<string>& pages) const
+    {
+        std::vector<string> texts;
+        for (const string& szPage : pages)
+            texts.push_back(Load(szPage));
+        Save("frames.html", "<!DOCTYPE html><meta charset='utf-8'><pre></pre><script>const pages = " +
+                                ordered_json(texts).dump() + ";" + Load(MEASURE_PAGE) + "</script>");
+        const string szDom =
+            Shell("chromium --headless=new --no-sandbox --disable-gpu --disable-dev-shm-usage "
+                  "--user-data-dir=$PWD/../browser --dump-dom file://$PWD/frames.html")
+                .szOut;
+        const std::size_t nFirst = szDom.rfind("<pre>") + 5;
+        return ordered_json::parse(szDom.substr(nFirst, szDom.find("</pre>", nFirst) - nFirst));
+    }
+};
+
+TEST_F(ReportPageTest, ShowsTheNumbersOfTheRunReadably)
+{
+    if (Shell("command -v chromium").nStatus != 0)
+        GTEST_SKIP() << "there is no browser here";
+    Run("make in.bmp --size 2100x1700");
+    std::vector<string> pages;
+    for (const char* pszRun :
+         {"filter in.bmp '<b>\"R&D\" 写真.bmp' --op gauss --scheme whole --budget 12M",
+          "convert in.bmp unit.raw --turn --budget 12M", "convert in.bmp no/such/out.bmp",
+          "plan --in 9000x9000:bgr24+2 --out 9000x9000:bgr24"}) {
+        pages.push_back(fmt::format("{}.html", pages.size()));
+        Run(fmt::format("{0} --report {1} --report {1}.json --report {1}.txt", pszRun, pages.back()));
+    }
+    const ordered_json seen = Browse(pages);
+    ASSERT_THAT(seen, SizeIs(pages.size() * kLooks));
+    for (std::size_t i = 0; i < seen.size(); ++i) {
+        const string szPage = pages[i / kLooks], szTables = Load(szPage + ".txt");
+        SCOPED_TRACE(szPage + string(seen[i]["look"]));
+        ordered_json report = ordered_json::parse(Load(szPage + ".json"));
+        EXPECT_THAT(Differences(seen[i], report), IsEmpty());
+        EXPECT_THAT(seen[i]["faults"], IsEmpty());
+        EXPECT_EQ(report.contains("traffic") + report.contains("budget_over_time") +
+                      report.contains("memory_over_time"),
+                  seen[i]["charts"]);
+        std::size_t nBar = 0;
+        for (ordered_json& step : report["steps"])
+            for (ordered_json& image : step["images"]) {
+                const int nCharged = image["charged_bytes"], nBudget = report["settings"]["budget_bytes"];
+                EXPECT_THAT(szTables, HasSubstr(std::to_string(nCharged)));
+                EXPECT_NEAR(1.0 * nCharged / nBudget, seen[i]["bars"].at(nBar++), 0.001);
+                image["charged_bytes"] = nCharged + 1;
+                EXPECT_THAT(Differences(seen[i], report), Not(IsEmpty())) << "a wrong number stays unnoticed";
+                image["charged_bytes"] = nCharged;
+            }
+    }
+}
+
+} // namespace

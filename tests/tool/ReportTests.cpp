@@ -1,0 +1,120 @@
+// Reports of runs: their numbers against the planner's, against each other, and when something fails.
+
+#include "ToolFixture.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr int kLine = 5412, kHeight = 1905; // of a bgr24 bitmap 1803 pixels wide
+
+using Reports = Tool;
+constexpr const char* kMake = "make in.bmp --size 1803x1905 --pattern gradient --budget 12M";
+
+TEST_F(Reports, AddUpToWhatThePlannerCharged)
+{
+    // clang-format off
+    const struct { const char* pszJob; int nFrame, nFactor, nOutLine; } cases[] = {
+        {kMake, 0, 1, kLine}, {"convert in.bmp out.raw --budget 40M", 0, 1, 2 * 5409},       {"convert in.bmp out.raw --budget 14M --scheme whole", 0, 1, 2 * 5409},
+        {"convert in.bmp out.bmp --turn --access mmap", 0, 1, kLine},  {"convert in.bmp out.bmp --budget 60M --scheme whole", 0, 1, kLine},
+        {"filter in.bmp out.bmp --op box --radius 9 --band-cap 1M", 9, 1, kLine},   {"filter in.bmp out.bmp --op sharpen --budget 15M --scheme whole", 2, 1, kLine},
+        {"enlarge in.bmp out.bmp --op nearest --factor 2 --band-cap 1M", 0, 2, 10820}, {"enlarge in.bmp out.bmp --factor 2 --scheme whole", 0, 2, 10820},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.pszJob);
+        const Json printed = Json::parse(Run(c.pszJob + string(" --json --report r.json")).szOut);
+        const Json report = Json::parse(Load("r.json")), &steps = report["steps"], &tables = report["tables"];
+        EXPECT_EQ(printed["steps"], steps);
+        const int nBudget = report["settings"]["budget_bytes"];
+        std::vector<int> charged, seen;
+        for (std::size_t i = 0; i < steps.size(); ++i) {
+            const Json& keys = tables["memory"][i]["keys"]; // the last three: images, work, left
+            charged.push_back(0);
+            for (const Json& image : steps[i]["images"])
+                charged.back() += image["charged_bytes"].get<int>();
+            EXPECT_EQ(charged.back(), steps[i]["budget_used_bytes"]);
+            EXPECT_EQ(std::to_string(charged.back()), keys[keys.size() - 3]["value"]);
+            EXPECT_EQ(std::to_string(nBudget - charged.back()), keys.back()["value"]);
+        }
+        for (const Json& sample : report["budget_over_time"]) {
+            seen.push_back(0);
+            for (const Json& image : sample["charged"])
+                seen.back() += image["bytes"].get<int>();
+            EXPECT_EQ(nBudget - seen.back(), sample["free_bytes"]);
+            EXPECT_EQ(string::npos, sample.dump().find("other")) << "nobody's memory";
+        }
+        EXPECT_THAT(seen, testing::IsSupersetOf(charged));
+        EXPECT_EQ(0, seen.back()) << "something is held at the end";
+        for (const Json& nPeak : {report["peak_budget_bytes"], tables["maximum_bytes"]})
+            EXPECT_EQ(*std::max_element(seen.begin(), seen.end()), nPeak);
+        std::map<const Json*, std::set<int>> ends;
+        for (const Json& band : report["bands"]) {
+            const Json& image = steps[band["step"].get<int>()]["images"][band["image"].get<int>()];
+            EXPECT_EQ(image["frame"], band["frame"]);
+            ends[&image].insert({band["top"].get<int>(), band["bottom"].get<int>()});
+        }
+        for (const auto& [pImage, lines] : ends)
+            EXPECT_TRUE(lines.size() <= 16 && *lines.rbegin() - *lines.begin() + 1 == (*pImage)["height"]);
+        const bool bUnit = printed.value("scheme", "") == "unit";
+        const int nBand = steps[0]["images"].back()["band_lines"], nAll = kHeight * c.nFactor;
+        int nLines = bUnit ? 0 : kHeight; // of the source, which a unit band is made from with its frame
+        for (int nTop = 0; bUnit && nTop < nAll; nTop += nBand)
+            nLines += std::min((std::min(nTop + nBand, nAll) - 1) / c.nFactor + c.nFrame, kHeight - 1) -
+                      std::max(nTop / c.nFactor - c.nFrame, 0) + 1;
+        EXPECT_EQ(printed["command"] == "make" ? 0 : kLine * nLines, report["traffic"]["read_bytes"]);
+        EXPECT_EQ(c.nOutLine * kHeight * c.nFactor, report["traffic"]["written_bytes"]);
+        EXPECT_EQ(report["temporary_bytes"], report["traffic"]["spilled_bytes"]) << "all live together once";
+    }
+}
+
+TEST_F(Reports, ShowTheSameTablesAsTextAndAsData)
+{
+    Run(kMake + string(" --report r.json --report r.txt"));
+    const Json tables = Json::parse(Load("r.json"))["tables"];
+    string szWanted = "\t=\t" + tables["maximum_bytes"].dump() + "\t", szText = Load("r.txt");
+    for (const char* pszTable : {"memory", "threads", "mappings"})
+        for (const Json& section : tables[pszTable])
+            for (const Json& key : section["keys"]) {
+                const string szLine = key["key"].get<string>() + "\t=\t" + key["value"].get<string>() + "\t";
+                ASSERT_THAT(szText, HasSubstr(szLine));
+                szText.erase(szText.find(szLine), szLine.size());
+            }
+    EXPECT_EQ(szText.find(szWanted), szText.rfind("\t=\t")) << "more lines than keys and the maximum";
+}
+
+TEST_F(Reports, TellHowFarAFailedJobCame)
+{
+    Run(kMake);
+    // The output and the first temporary file fit below the limit; the larger one does not.
+    Shell("ulimit -f 88000; $IMGBAND enlarge in.bmp out.bmp --factor 2 --scheme whole --budget 12M --report "
+          "r.json");
+    const Json report = Json::parse(Load("r.json")), &steps = report["steps"];
+    EXPECT_THAT(report["error"]["message"], HasSubstr("ulimit -f"));
+    EXPECT_FALSE(steps[0].contains("unfinished") || report.contains("file"));
+    EXPECT_TRUE(steps[1]["unfinished"] && steps[1]["images"].empty());
+    EXPECT_EQ(kLine * kHeight, report["traffic"]["read_bytes"]);
+    const Json lost = report["budget_over_time"].back()["charged"];
+    EXPECT_TRUE(lost.size() == 1 && lost[0]["image"] == "other") << "charges of a failed planning are hidden";
+}
+
+TEST_F(Reports, NeverDecideHowAJobEnds)
+{
+    // clang-format off
+    const struct { int nStatus; string szArguments, szWords; } cases[] = {
+        {0, "a.json out.bmp --report none/r.json", "the report could not be written to none/r.json: "},     {2, "a.json out.bmp --report r.pdf", "no form"},
+        {0, "a.json out.bmp --report /proc/r.txt --quiet", "the report could not be written to /proc/r.txt: "}, {2, "a.json out.bmp --report ./a.json", "replace"},
+        {0, "a.json out.bmp --report r.html", "r.html: cannot be written: File too large"},  {3, "no.bmp out.bmp --report none/r.json", "none/r.json: "},
+        {0, "a.json out.bmp --report a.json/r.html", "a.json/r.html: "},                {2, "a.json b.json --to raw48 --report tmp/../b.json", "replace"},
+    };
+    // clang-format on
+    Save("a.json", Encode(RandomPicture(kLayouts[0], 5, 4)));
+    for (const auto& c : cases) {
+        const Outcome outcome = Shell("rm -f out.bmp; ulimit -f 1; $IMGBAND convert " + c.szArguments);
+        EXPECT_EQ(c.nStatus, outcome.nStatus) << c.szArguments;
+        EXPECT_THAT(outcome.szErr, HasSubstr(c.szWords));
+        EXPECT_EQ(c.nStatus == 0 ? "./a.json ./out.bmp " : "./a.json ", Files());
+    }
+}
+
+} // namespace

@@ -1,0 +1,89 @@
+// imgband clean: removes what killed runs left in the temporary folder.
+//
+// It makes no use of the library, which would remove its leftovers before they could be told.
+
+#include "Commands.h"
+#include "HostFiles.h"
+#include "Leftovers.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+namespace {
+
+using host::Leftover;
+
+std::vector<Leftover> Search(const std::string& szFolder, bool bRemove)
+try {
+    return host::FindLeftovers(szFolder, bRemove);
+} catch (const std::system_error& e) {
+    throw Failure(StatusOfWriteError(e.code()), szFolder,
+                  "the folder for temporary files could not be read: " + e.code().message(),
+                  "--temp-dir DIR");
+}
+
+std::string AgeText(std::int64_t nSeconds)
+{
+    constexpr std::int64_t kMinute = 60, kHour = 60 * kMinute, kDay = 24 * kHour;
+    if (nSeconds >= 2 * kDay)
+        return fmt::format("{} days old", nSeconds / kDay);
+    if (nSeconds >= 2 * kHour)
+        return fmt::format("{} hours old", nSeconds / kHour);
+    if (nSeconds >= 2 * kMinute)
+        return fmt::format("{} minutes old", nSeconds / kMinute);
+    return fmt::format("{} seconds old", nSeconds);
+}
+
+std::string Line(const Leftover& leftover)
+{
+    const std::string szReason =
+        leftover.szReason.empty() ? "" : fmt::format(", cannot be removed: {}", leftover.szReason);
+    return fmt::format("{}  {} bytes, {}{}\n", leftover.szName, leftover.nBytes,
+                       AgeText(leftover.nAgeSeconds), szReason);
+}
+
+nlohmann::ordered_json Json(const Leftover& leftover)
+{
+    nlohmann::ordered_json json = {{"name", leftover.szName},
+                                   {"bytes", leftover.nBytes},
+                                   {"age_seconds", leftover.nAgeSeconds},
+                                   {"removed", leftover.bRemoved}};
+    if (!leftover.szReason.empty())
+        json["reason"] = leftover.szReason;
+    return json;
+}
+
+std::string FilesText(std::size_t nFiles)
+{
+    return fmt::format("{} leftover{}", nFiles, nFiles == 1 ? "" : "s");
+}
+
+} // namespace
+
+void RunClean(const Options& options, Report& report)
+{
+    const std::string szFolder = options.szTempDir.empty() ? host::TemporaryFolder() : options.szTempDir;
+    const std::vector<Leftover> leftovers = Search(szFolder, !options.bDryRun);
+
+    std::string szLines;
+    std::int64_t nBytes = 0;
+    nlohmann::ordered_json files = nlohmann::ordered_json::array();
+    for (const Leftover& leftover : leftovers) {
+        szLines += Line(leftover);
+        nBytes += leftover.nBytes;
+        files.push_back(Json(leftover));
+    }
+    const auto nKept = static_cast<std::size_t>(std::count_if(
+        leftovers.begin(), leftovers.end(), [](const Leftover& one) { return !one.szReason.empty(); }));
+    report.SetData(szLines);
+    report.Json() = {{"folder", szFolder},
+                     {"dry_run", options.bDryRun},
+                     {"files", files},
+                     {"total_files", leftovers.size()},
+                     {"total_bytes", nBytes}};
+    if (nKept != 0)
+        throw Failure(ExitStatus::NoRoom, szFolder,
+                      fmt::format("{} of {} cannot be removed", nKept, FilesText(leftovers.size())));
+    report.SetSummary(fmt::format("{}: {} of {} bytes{}", szFolder, FilesText(leftovers.size()), nBytes,
+                                  options.bDryRun ? "" : " removed"));
+}

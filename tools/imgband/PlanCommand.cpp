@@ -1,0 +1,103 @@
+// imgband plan: a step of any images goes through the library's planner, and none of them is made.
+
+#include "Commands.h"
+#include "HostFiles.h"
+#include "Library.h"
+#include "PlannedImage.h"
+#include "ProcessIds.h"
+
+#include <deque>
+#include <fmt/format.h>
+
+namespace {
+
+/// The images that are the same to a step.
+class StepImages
+{
+public:
+    StepImages(const char* pszKind, ImageRole eRole, const std::vector<StepImage>& images) : m_eRole(eRole)
+    {
+        for (const StepImage& image : images) {
+            const std::string szNumber =
+                eRole == ImageRole::Output ? "" : fmt::format("{} ", m_objects.size() + 1);
+            m_names.push_back(fmt::format("{} {}{}", pszKind, szNumber, FormatName(image.eFormat)));
+            Add(image);
+        }
+    }
+
+    int Count() const { return static_cast<int>(m_pointers.size()); }
+    CImageObj** Pointers() { return m_pointers.data(); }
+
+    void AddPlans(StepPlan& step) const
+    {
+        for (std::size_t i = 0; i < m_objects.size(); ++i)
+            step.images.push_back(m_objects[i].Plan(m_names[i], m_eRole));
+    }
+
+private:
+    void Add(const StepImage& image)
+    {
+        PlannedImage& object = m_objects.emplace_back(true);
+        if (const DWORD nCode = object.SetGeometry(image.size.nWidth, image.size.nHeight,
+                                                   FormatCode(image.eFormat), image.nFrame)) {
+            Failure failure(ExitStatus::WrongCommandLine, "",
+                            fmt::format("{}: {} x {} pixels with a frame of {} are too many: an image of a "
+                                        "step may take 2 GiB - 1",
+                                        m_names.back(), image.size.nWidth, image.size.nHeight, image.nFrame));
+            failure.libraryResult = LibraryResult{nCode, {}};
+            throw failure;
+        }
+        object.SetFsize(image.nFrame);
+        object.SetRatio(image.nRatio);
+        m_pointers.push_back(&object);
+    }
+
+    ImageRole m_eRole;
+    std::deque<PlannedImage> m_objects;
+    std::vector<CImageObj*> m_pointers;
+    std::vector<std::string> m_names;
+};
+
+void CheckPlan(DWORD nCode)
+{
+    if (nCode == MM_SUCCESS)
+        return;
+    Failure failure(ExitStatus::WrongCommandLine, "", "the step cannot be planned");
+    failure.libraryResult = LibraryResult{nCode, {}};
+    if (nCode == MM_RATIO_ZERO)
+        failure.szTry = "@RATIO above 0, or a larger --budget";
+    else if (nCode == MM_BAD_ARGUMENT)
+        failure.szTry = "a smaller --min-band";
+    throw failure;
+}
+
+} // namespace
+
+void RunPlanned(const Options& options, Report& report)
+{
+    SizeBudget(options);
+    const LONG nBudget = CImageObj::AskFreeMemory();
+    report.TellSettings(nBudget, CImageObj::ms_MaxOneMappingSize, CImageObj::GetUseMaxBandMemory(),
+                        host::TemporaryFolder(), options.nThreads);
+    const StepRequest& step = options.step;
+    StepImages inputs("input", ImageRole::Input, step.inputs);
+    StepImages outputs("output", ImageRole::Output, step.outputs);
+    StepImages temporaries("temporary", ImageRole::Temporary, step.temporaries);
+
+    tag_MemAlloc request;
+    request.nInCnt = inputs.Count();
+    request.nOutCnt = outputs.Count();
+    request.nTmpCnt = temporaries.Count();
+    request.nMapCnt = step.nMaps;
+    request.nIpNo = kIpOther;
+    request.nMinBand = step.nMinBand;
+    CheckPlan(
+        CImageObj::MemoryAlloc(&request, inputs.Pointers(), outputs.Pointers(), temporaries.Pointers()));
+
+    StepPlan plan{"step", kIpOther, {}, nBudget - CImageObj::AskFreeMemory()};
+    for (const StepImages* pImages : {&inputs, &outputs, &temporaries})
+        pImages->AddPlans(plan);
+    report.BeginStep(plan.szStep, plan.nIpNo);
+    report.PlanStep(plan);
+    report.EndStep();
+}

@@ -1,0 +1,63 @@
+// Choosing a report's form, and writing it.
+
+#include "ReportFile.h"
+
+#include "Failure.h"
+#include "LibraryTables.h"
+#include "OutputFile.h"
+#include "ReportDocument.h"
+#include "ReportPage.h"
+
+#include <filesystem>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct Form
+{
+    const char* pszEnding;
+    std::string (*pText)(const nlohmann::ordered_json& report);
+};
+constexpr Form kForms[] = {{".html", ReportPage}, {".json", JsonText}, {".txt", TablesText}};
+
+/// Null for an unknown ending.
+const Form* FormOf(const std::string& szPath)
+{
+    for (const Form& form : kForms)
+        if (fs::path(szPath).extension() == form.pszEnding)
+            return &form;
+    return nullptr;
+}
+
+bool IsSameFile(const std::string& szA, const std::string& szB)
+{
+    std::error_code error;
+    if (fs::equivalent(szA, szB, error))
+        return true;
+    const fs::path a = fs::weakly_canonical(fs::absolute(szA, error), error);
+    return !error && a == fs::weakly_canonical(fs::absolute(szB, error), error);
+}
+
+} // namespace
+
+void CheckReportFiles(const Options& options)
+{
+    for (const std::string& szReport : options.reports) {
+        if (!FormOf(szReport))
+            throw Failure(ExitStatus::WrongCommandLine, szReport, "the report's name tells no form",
+                          "a name that ends in .html, .json or .txt");
+        for (const std::string& szPicture : {options.szInput, options.szOutput})
+            if (!szPicture.empty() && IsSameFile(szReport, szPicture))
+                throw Failure(ExitStatus::WrongCommandLine, szReport,
+                              "the report would replace the job's own picture", "another name");
+    }
+}
+
+void WriteReportFile(const std::string& szPath, const nlohmann::ordered_json& report)
+{
+    const std::string szText = FormOf(szPath)->pText(report);
+    OutputFile file(szPath);
+    file.Append(reinterpret_cast<const unsigned char*>(szText.data()), szText.size());
+    file.Publish();
+}
