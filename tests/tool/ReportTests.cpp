@@ -50,7 +50,8 @@ TEST_F(Reports, AddUpToWhatThePlannerCharged)
             EXPECT_EQ(*std::max_element(seen.begin(), seen.end()), nPeak);
         std::map<const Json*, std::set<int>> ends;
         for (const Json& band : report["bands"]) {
-            const Json& image = steps[band["step"].get<int>()]["images"][band["image"].get<int>()];
+            const Json& image =
+                steps[band["step"].get<std::size_t>()]["images"][band["image"].get<std::size_t>()];
             EXPECT_EQ(image["frame"], band["frame"]);
             ends[&image].insert({band["top"].get<int>(), band["bottom"].get<int>()});
         }
