@@ -75,8 +75,9 @@ TEST(ReportCore, TicksAreRoundAndReachAsFarAsTheAmount)
         const Unit unit = ByteUnit(fMost);
         const int nWanted = random(3, 8);
         const auto ticks = RoundTicks(fMost, unit, nWanted);
-        ASSERT_GE(ticks.size(), fMost < 3 ? 2u : nWanted / 3u) << fMost;
-        ASSERT_LE(ticks.size(), nWanted + 1u);
+        const auto nMost = static_cast<std::size_t>(nWanted);
+        ASSERT_GE(ticks.size(), fMost < 3 ? 2 : nMost / 3) << fMost;
+        ASSERT_LE(ticks.size(), nMost + 1);
         const double fStep = ticks[1].fValue;
         EXPECT_LE(ticks.back().fValue, fMost * 1.000001);
         EXPECT_GT(ticks.back().fValue + fStep, fMost);
