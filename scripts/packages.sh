@@ -1,5 +1,23 @@
 # Sourced by the other scripts: installs Debian packages that are missing. Needs root, or sudo, only then.
 
+retry() { # command: up to three times, with pauses
+    local try
+    for try in 1 2 3; do
+        "$@" && return 0
+        sleep $((try * 5))
+    done
+    return 1
+}
+
+install_packages() {
+    local as_root=()
+    [ "$(id -u)" -eq 0 ] || as_root=(sudo)
+    # A list that could not be renewed is no reason to fail: what is listed may still be served.
+    "${as_root[@]}" apt-get update -qq || true
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -y -qq --no-install-recommends "$@" >/dev/null
+}
+
 need_packages() {
     local missing=() package
     for package in "$@"; do
@@ -7,17 +25,7 @@ need_packages() {
     done
     [ ${#missing[@]} -eq 0 ] && return 0
     echo "Installing: ${missing[*]}"
-    local as_root=()
-    [ "$(id -u)" -eq 0 ] || as_root=(sudo)
-    local try
-    for try in 1 2 3; do
-        "${as_root[@]}" apt-get update -qq &&
-            "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
-                apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null && return 0
-        sleep $((try * 5))
-    done
-    echo "Could not install: ${missing[*]}" >&2
-    return 1
+    retry install_packages "${missing[@]}" || { echo "Could not install: ${missing[*]}" >&2; return 1; }
 }
 
 # What every build of library and tool needs.
