@@ -14,9 +14,6 @@
 #include <limits>
 #include <utility>
 
-static_assert(sizeof(void*) != 4 || sizeof(T_BaseBuf_tag) == 1648);
-static_assert(sizeof(void*) != 4 || offsetof(T_BaseBuf_tag, pBuf) == 16);
-
 namespace {
 
 constexpr int kDefaultBytes = 2 * 1024 * 1024;

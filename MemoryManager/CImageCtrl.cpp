@@ -10,8 +10,6 @@
 #include <algorithm>
 #include <cstdint>
 
-static_assert(sizeof(void*) != 4 || sizeof(CImageCtrl) == 344);
-
 namespace {
 
 constexpr char kUnit[] = "MemoryManager/CImageCtrl";

@@ -12,8 +12,6 @@
 #include <cstdlib>
 #include <cstring>
 
-static_assert(sizeof(void*) != 4 || sizeof(CImageCtrlIO) == 356);
-
 namespace {
 
 constexpr char kUnit[] = "MemoryManager/CImageCtrlIO";

@@ -15,8 +15,6 @@
 #include <limits>
 #include <utility>
 
-static_assert(sizeof(void*) != 4 || sizeof(T_ImgInf) == 36);
-
 namespace {
 
 constexpr char kUnit[] = "MemoryManager/CImageObjIO";

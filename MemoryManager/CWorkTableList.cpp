@@ -14,10 +14,6 @@
 #include <limits>
 #include <utility>
 
-static_assert(sizeof(void*) != 4 || sizeof(_KEY) == 264);
-static_assert(sizeof(void*) != 4 || sizeof(_SECTION) == 276);
-static_assert(sizeof(void*) != 4 || sizeof(CWorkTableList) == 24);
-
 namespace {
 
 /// Makes room for one more element, zero-filled. False: no memory, and the array is as it was.

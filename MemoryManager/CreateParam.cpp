@@ -3,19 +3,8 @@
 
 #include "MemoryManager/ImgObjUty.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <limits>
-
-// clang-format off
-template <class Pair> constexpr bool HasDocumentedLayout =
-    sizeof(Pair) == 38 && offsetof(Pair, nInOffset) == 4 && offsetof(Pair, nInType) == 8 &&
-    offsetof(Pair, nInWidth) == 10 && offsetof(Pair, nInHeight) == 14 && offsetof(Pair, hOutImage) == 20 &&
-    offsetof(Pair, nOutOffset) == 24 && offsetof(Pair, nOutType) == 28 && offsetof(Pair, nOutWidth) == 30 &&
-    offsetof(Pair, nOutHeight) == 34;
-// clang-format on
-static_assert(sizeof(void*) != 4 || HasDocumentedLayout<ZBT_IMAGE_IN_FILE>);
-static_assert(sizeof(void*) != 4 || HasDocumentedLayout<ZBT_IMAGE_ON_MEMORY>);
 
 namespace {
 

@@ -12,8 +12,6 @@
 
 #include <algorithm>
 
-static_assert(sizeof(void*) != 4 || sizeof(T_LOG_STACK_tag) == 20);
-
 namespace {
 
 // Kinds of log entries. The process kinds are the identifiers of the processing steps too.

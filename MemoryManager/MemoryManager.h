@@ -9,3 +9,4 @@
 #include "MemoryManager/CWorkTableList.h"
 #include "MemoryManager/ImgObjUty.h"
 #include "MemoryManager/ResultCodes.h"
+#include "MemoryManager/Version.h"

@@ -13,6 +13,9 @@ else()
     endforeach()
 endif()
 include(GoogleTest)
+if(CMAKE_CROSSCOMPILING)
+    set(CMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE PRE_TEST) # building must not need what runs the programs
+endif()
 
 # What every test program links. Optimising them would cost more than it saves; their warnings are ours.
 add_library(mm_tests INTERFACE)

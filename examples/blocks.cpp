@@ -1,15 +1,14 @@
 // Makes a relief of one rectangle of a 24-bit bitmap: the rectangle is copied out of the image with a margin
 // of one pixel, changed, and copied back. Lines are counted from the bottom of the picture, as they are
 // stored.
+#include "HostFile.h"
+
 #include <MemoryManager/MemoryManager.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
-#include <unistd.h>
 #include <utility>
 
 /// Every sample becomes its distance from the one below to the left, round a medium grey. The last pixel
@@ -44,20 +43,19 @@ DWORD ChangeRectangle(CImageObj& image, int nTop, int nBottom, int nLeft, int nR
 int main(int argc, char** argv)
 {
     unsigned char header[54]{};
-    const int nIn = argc == 7 ? open(argv[1], O_RDONLY) : -1;
-    if (pread(nIn, header, sizeof(header), 0) != sizeof(header) || header[0] != 'B' || header[28] != 24) {
+    const HANDLE hIn = argc == 7 ? OpenInput(argv[1]) : nullptr;
+    if (!ReadStart(hIn, header, sizeof(header)) || header[0] != 'B' || header[28] != 24) {
         std::fprintf(stderr, "usage: blocks IN.bmp OUT.bmp FIRST_LINE LAST_LINE LEFT RIGHT\n");
         return 2;
     }
-    const int nOut = open(argv[2], O_RDWR | O_CREAT | O_TRUNC, 0666);
     T_ImgInf in{MM_FILE_BITMAP, ACS_FILEIO, {}, 54, 0, 0, MM_FORMAT_BGR24, MM_FORMAT_BGRA32, 0};
     std::memcpy(&in.nOffset, header + 10, 4);
     std::memcpy(&in.nWidth, header + 18, 4);
     std::memcpy(&in.nHeight, header + 22, 4);
     T_ImgInf out = in;
     std::swap(out.nSrcFormat, out.nDstFormat);
-    in.hData = reinterpret_cast<HANDLE>(std::intptr_t{nIn}); // a file is its descriptor
-    out.hData = reinterpret_cast<HANDLE>(std::intptr_t{nOut});
+    in.hData = hIn;
+    out.hData = CreateOutput(argv[2]);
 
     CImageObj image;
     DWORD nResult = ImportImg(&image, &in, 0, nullptr);

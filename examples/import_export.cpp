@@ -1,22 +1,21 @@
 // Inverts the colours of a 24-bit bitmap of any size inside 64 MiB, and writes it with 32 bits a pixel.
 // The image object holds the whole picture: in memory, or in a temporary file that is seen band by band.
+#include "HostFile.h"
+
 #include <MemoryManager/MemoryManager.h>
 
-#include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <fcntl.h>
-#include <unistd.h>
 
-/// Describes the bitmap in nIn and the one to be written to nOut; false if nIn is no 24-bit bitmap.
-bool Describe(int nIn, int nOut, T_ImgInf& in, T_ImgInf& out)
+/// Describes the bitmap in hIn and the one to be written to hOut; false if hIn is no 24-bit bitmap.
+bool Describe(HANDLE hIn, HANDLE hOut, T_ImgInf& in, T_ImgInf& out)
 {
     unsigned char header[54];
-    if (pread(nIn, header, sizeof(header), 0) != sizeof(header) || header[0] != 'B' || header[28] != 24)
+    if (!ReadStart(hIn, header, sizeof(header)) || header[0] != 'B' || header[28] != 24)
         return false;
     ZBT_IMAGE_IN_FILE pair{};
-    pair.hInImage = reinterpret_cast<HANDLE>(std::intptr_t{nIn}); // a file is its descriptor
-    pair.hOutImage = reinterpret_cast<HANDLE>(std::intptr_t{nOut});
+    pair.hInImage = hIn;
+    pair.hOutImage = hOut;
     std::memcpy(&pair.nInOffset, header + 10, 4);
     std::memcpy(&pair.nInWidth, header + 18, 4);
     std::memcpy(&pair.nInHeight, header + 22, 4);
@@ -37,10 +36,10 @@ void Invert(const T_ImageLrg_tag& band)
 
 int main(int argc, char** argv)
 {
-    const int nIn = argc == 3 ? open(argv[1], O_RDONLY) : -1;
-    const int nOut = argc == 3 ? open(argv[2], O_RDWR | O_CREAT | O_TRUNC, 0666) : -1;
+    const HANDLE hIn = argc == 3 ? OpenInput(argv[1]) : nullptr;
+    const HANDLE hOut = argc == 3 ? CreateOutput(argv[2]) : nullptr;
     T_ImgInf in{}, out{};
-    if (!Describe(nIn, nOut, in, out)) {
+    if (!Describe(hIn, hOut, in, out)) {
         std::fprintf(stderr, "usage: import_export IN.bmp OUT.bmp (IN has 24 bits a pixel)\n");
         return 2;
     }

@@ -1,12 +1,11 @@
 // Softens a 24-bit bitmap of any size: each sample becomes the mean of the 3 x 3 around it. Bands are read
 // from one file and appended to the other, in stored order: from the bottom up, which the mean does not mind.
+#include "HostFile.h"
+
 #include <MemoryManager/MemoryManager.h>
 
-#include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <fcntl.h>
-#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -46,17 +45,17 @@ void Soften(const T_ImageLrg_tag& band)
 int main(int argc, char** argv)
 {
     unsigned char header[54]{};
-    const int nIn = argc == 3 ? open(argv[1], O_RDONLY) : -1;
-    if (pread(nIn, header, sizeof(header), 0) != sizeof(header) || header[0] != 'B' || header[28] != 24)
+    const HANDLE hIn = argc == 3 ? OpenInput(argv[1]) : nullptr;
+    if (!ReadStart(hIn, header, sizeof(header)) || header[0] != 'B' || header[28] != 24)
         return std::fprintf(stderr, "usage: unit_filter IN.bmp OUT.bmp (IN has 24 bits a pixel)\n"), 2;
     T_ImgInf in{MM_FILE_BITMAP, ACS_FILEIO, {}, 54, 0, 0, MM_FORMAT_BGR24, MM_FORMAT_BGRA32, 0};
     std::memcpy(&in.nWidth, header + 18, 4);
     std::memcpy(&in.nHeight, header + 22, 4);
     in.nLineBytes = (in.nWidth * 3 + 3) / 4 * 4;
-    in.hData = reinterpret_cast<HANDLE>(std::intptr_t{nIn}); // a file is its descriptor
+    in.hData = hIn;
     T_ImgInf out = in;
     std::swap(out.nSrcFormat, out.nDstFormat);
-    out.hData = reinterpret_cast<HANDLE>(std::intptr_t{open(argv[2], O_RDWR | O_CREAT | O_TRUNC, 0666)});
+    out.hData = CreateOutput(argv[2]);
 
     CImageObj::ms_nUseMaxMemoryUnit = 1 << 20; // bands that stay in the processor's cache
     CImageObj image;

@@ -6,21 +6,18 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/packages.sh
 bits=$1
-mkdir -p build/wine
-
-make_root() { # in build/wine/root, complete or not at all
-    local mirror
-    mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' "Codename: $(. /etc/os-release && echo "$VERSION_CODENAME")" | head -1)
-    rm -rf build/wine/unfinished
-    debootstrap --arch=i386 --variant=minbase --include=wine32 bookworm build/wine/unfinished "$mirror" >build/wine/root.log 2>&1 || return
-    rm -rf build/wine/unfinished/var/cache/apt build/wine/unfinished/usr/share/{doc,locale}
-    mv build/wine/unfinished build/wine/root
-}
+mkdir -p build/wine/locale
+need_packages locales
+[ -d build/wine/locale/ja_JP.UTF-8 ] || localedef -i ja_JP -f UTF-8 build/wine/locale/ja_JP.UTF-8
 
 if [ "$bits" = 64 ]; then
     need_packages wine64
 elif [ ! -d build/wine/root ]; then
-    need_packages debootstrap
-    retry make_root || { tail -5 build/wine/root.log >&2; exit 1; }
+    retry make_root build/wine/root i386 wine32
+    rm -rf build/wine/root/usr/share/{doc,locale}
 fi
 scripts/wine.sh "$bits" cmd /c ver
+# The log of a full disk tells of the drives c:, d: and e:.
+for drive in d e; do
+    ln -sfn ../drive_c "build/wine/prefix$bits/dosdevices/$drive:"
+done

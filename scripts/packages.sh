@@ -15,7 +15,7 @@ install_packages() {
     # A list that could not be renewed is no reason to fail: what is listed may still be served.
     "${as_root[@]}" apt-get update -qq || true
     "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
-        apt-get install -y -qq --no-install-recommends "$@" >/dev/null
+        apt-get install -o DPkg::Lock::Timeout=300 -y -qq --no-install-recommends "$@" >/dev/null
 }
 
 need_packages() {
@@ -26,6 +26,19 @@ need_packages() {
     [ ${#missing[@]} -eq 0 ] && return 0
     echo "Installing: ${missing[*]}"
     retry install_packages "${missing[@]}" || { echo "Could not install: ${missing[*]}" >&2; return 1; }
+}
+
+# A small Debian system of its own, of this one's release: complete or not at all. Needs root.
+make_root() { # folder, architecture, further packages separated by commas
+    local folder=$1 release mirror
+    need_packages debootstrap || return
+    release=$(. /etc/os-release && echo "$VERSION_CODENAME")
+    mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' "Codename: $release" | head -1)
+    rm -rf "$folder.unfinished"
+    debootstrap --arch="$2" --variant=minbase ${3:+--include="$3"} "$release" "$folder.unfinished" "$mirror" \
+        >"$folder.log" 2>&1 || { tail -5 "$folder.log" >&2; return 1; }
+    rm -rf "$folder.unfinished"/var/cache/apt/*
+    mv "$folder.unfinished" "$folder"
 }
 
 # What every build of library and tool needs.

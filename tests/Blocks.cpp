@@ -6,8 +6,11 @@
 #include <algorithm>
 #include <cstring>
 #include <random>
+#include <utility>
 
 namespace {
+
+using Codes = std::pair<DWORD, DWORD>;
 
 /// An image whose bytes tell where they belong: the store's whole buffer, or a unit object's source.
 struct BlockImage : CImageObj
@@ -127,23 +130,23 @@ TEST_F(Blocks, RefuseWhatTheImageHasNot)
     T_ImageLrg_tag block{}, band{};
     ASSERT_EQ(0u, CImageObj::AllcImgBufLrg(&block, 5, 8, 0, 0, MM_FORMAT_BGRA32, MM_ALIGN_PACKED));
     const auto codes = [&](int nTop, int nBottom, int nLeft, int nRight) {
-        return std::pair(image.MapBlock(nTop, nBottom, nLeft, nRight, &block),
-                         image.UnMapBlock(nTop, nBottom, nLeft, nRight, &block));
+        return Codes(image.MapBlock(nTop, nBottom, nLeft, nRight, &block),
+                     image.UnMapBlock(nTop, nBottom, nLeft, nRight, &block));
     };
     for (const int nOutside : {-1, 8}) {
-        EXPECT_EQ(std::pair(99u, 103u), codes(nOutside, nOutside, 9, 9));
-        EXPECT_EQ(std::pair(100u, 104u), codes(7, nOutside, 9, 9));
-        EXPECT_EQ(std::pair(101u, 105u), codes(7, 7, nOutside, 9));
-        EXPECT_EQ(std::pair(102u, 106u), codes(7, 7, 4, nOutside));
+        EXPECT_EQ(Codes(99u, 103u), codes(nOutside, nOutside, 9, 9));
+        EXPECT_EQ(Codes(100u, 104u), codes(7, nOutside, 9, 9));
+        EXPECT_EQ(Codes(101u, 105u), codes(7, 7, nOutside, 9));
+        EXPECT_EQ(Codes(102u, 106u), codes(7, 7, 4, nOutside));
     }
-    EXPECT_EQ(std::pair(18u, 0u), codes(3, 2, 0, 4));
-    EXPECT_EQ(std::pair(18u, 0u), codes(2, 2, 4, 3));
+    EXPECT_EQ(Codes(18u, 0u), codes(3, 2, 0, 4));
+    EXPECT_EQ(Codes(18u, 0u), codes(2, 2, 4, 3));
     block.nPixelBytes = 3;
-    EXPECT_EQ(std::pair(18u, 18u), codes(0, 1, 0, 1));
+    EXPECT_EQ(Codes(18u, 18u), codes(0, 1, 0, 1));
     block.nPixelBytes = 4;
     EXPECT_EQ(0u, image.MapBandRange(2, 3, &band, 0));
     image.m_OutImgInf.eAcsType = ACS_FILEIO;
-    EXPECT_EQ(std::pair(33u, 33u), codes(0, 7, 0, 4));
+    EXPECT_EQ(Codes(33u, 33u), codes(0, 7, 0, 4));
     EXPECT_TRUE(image.m_ImgInfo.pBase && image.target == std::vector<unsigned char>(160, '.'));
     image.m_OutImgInf.eAcsType = ACS_MEMORY;
     EXPECT_EQ(0u, image.MapBlock(6, 7, 0, 4, &block));

@@ -10,11 +10,24 @@
 #if defined(_WIN32)
 #include <io.h>
 #define fileno(pFile) _get_osfhandle(_fileno(pFile))
+
+inline std::FILE* OpenNameless() // "D": it vanishes when it is closed
+{
+    char szFolder[MAX_PATH], szName[MAX_PATH];
+    GetTempPathA(MAX_PATH, szFolder);
+    GetTempFileNameA(szFolder, "hst", 0, szName);
+    return std::fopen(szName, "w+bD");
+}
+#else
+inline std::FILE* OpenNameless()
+{
+    return std::tmpfile();
+}
 #endif
 
 struct HostFile
 {
-    std::FILE* pFile = std::tmpfile();
+    std::FILE* pFile = OpenNameless();
 
     explicit HostFile(const std::string& s)
     {

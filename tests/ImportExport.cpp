@@ -210,6 +210,7 @@ TEST_F(ImportExport, FailWithoutLosingTrackOfTheImage)
     EXPECT_EQ("", empty.Content());
     std::ifstream log(folder / "FileAccessErrorLog.txt");
     const std::string sLog{std::istreambuf_iterator<char>(log), {}};
+    log.close();
     EXPECT_NE(std::string::npos, sLog.find("MemoryManager/CImageObjIO(189):LastError="));
     EXPECT_NE(std::string::npos, sLog.find("MemoryManager/CImageObjIO(199):LastError="));
     std::filesystem::remove_all(folder);

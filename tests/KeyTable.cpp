@@ -6,6 +6,12 @@
 #include <gtest/gtest.h>
 #include <random>
 
+#if defined(_WIN32) // whose code page is taken to be 932: in it, two bytes of those names are one character
+constexpr int kNotUtf8 = 13;
+#else
+constexpr int kNotUtf8 = 9;
+#endif
+
 // clang-format off
 // Finds and becomes: numbers of the kept names that are the same, 0 for none.
 struct KeyName { std::string sGiven, sKept; int nFinds, nBecomes; };
@@ -15,7 +21,7 @@ const std::vector<KeyName> kNames = { // second bytes of 0x5C and 0x41 among the
     {kLong, kLong, 2, 2}, {kLong + "y", kLong, 0, 2}, {" " + kLong, kLong.substr(1), 0, 3},
     {"\x83\x5C", "\x83\x5C", 4, 4}, {"\x83\x7C", "\x83\x7C", 5, 5}, {"\x83\x41", "\x83\x41", 6, 6},
     {"\x83\x61", "\x83\x61", 7, 7}, {"A\x83\x61", "A\x83\x61", 8, 8}, {"a\x83\x61", "a\x83\x61", 8, 8},
-    {"\xC3\x89t", "\xC3\x89t", 9, 9}, {"\xC3\x89T", "\xC3\x89T", 9, 9}, {"ac", "ac", 10, 10},
+    {"\xC3\x89t", "\xC3\x89t", 9, 9}, {"\xC3\x89T", "\xC3\x89T", kNotUtf8, kNotUtf8}, {"ac", "ac", 10, 10},
     {"ba", "ba", 11, 11}, {"", "", 12, 12}, {" \t", "", 0, 12}};
 const std::vector<std::pair<std::string, int>> kValues = { // and the number that each reads as
     {"  \"42\" ", 42}, {"abc", 0}, {"", 0}, {" ", 0}, {"\"", 0}, {"\"\"7\"", 0}, {"-7 of 9", -7}, {"\t+12", 12},

@@ -1,12 +1,9 @@
 // What the planner gives each image of a step, and what the budget holds afterwards.
 
+#include "HostFile.h"
 #include "TestImages.h"
 
-#include <fcntl.h>
-#include <filesystem>
-#include <fstream>
 #include <random>
-#include <unistd.h>
 
 using Planner = BudgetTest;
 
@@ -240,12 +237,11 @@ TEST_F(Planner, BalancesTheBudgetForAnyStep)
 // The band buffer of a host's file is not the image: it must not be charged whole when it is planned again.
 TEST_F(Planner, PlansAHostsFileAgainWithBands)
 {
-    const auto path = std::filesystem::temp_directory_path() / "planner-input.raw";
-    std::ofstream(path).close();
-    std::filesystem::resize_file(path, 6 * 1000 * 20000);
-    const int nFile = open(path.c_str(), O_RDONLY);
+    const HostFile file("");
+    std::fseek(file.pFile, 6 * 1000 * 20000 - 1, SEEK_SET);
+    std::fputc(0, file.pFile);
     T_ImgInf inf{MM_FILE_RAW, ACS_FILEIO, nullptr, 0, 1000, 20000, MM_FORMAT_RAW48, MM_FORMAT_RAW64, 6000};
-    inf.hData = reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(nFile));
+    inf.hData = file.Handle();
     CImageObjIO input;
     ASSERT_EQ(MM_SUCCESS, input.InitForUnify(&inf, IMG_INPUT, 0, 0, 0, MM_ALIGN_LINES, 0, 0));
     for (int i = 0; i < 2; ++i) {
@@ -253,6 +249,4 @@ TEST_F(Planner, PlansAHostsFileAgainWithBands)
         EXPECT_LE(input.m_nAreaSize, 32 * kMiB) << "plan " << i;
         EXPECT_EQ(100 * kMiB - input.m_nAreaSize, CImageObj::AskFreeMemory());
     }
-    close(nFile);
-    std::filesystem::remove(path);
 }

@@ -4,11 +4,16 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iconv.h>
 #include <iterator>
 #include <random>
 #include <regex>
 #include <string>
+
+#if defined(_WIN32)
+#include <windows.h>
+#else
+#include <iconv.h>
+#endif
 
 namespace fs = std::filesystem;
 
@@ -30,6 +35,23 @@ inline std::string FileBytes(const fs::path& path)
 }
 
 /// In code page 932, as far as the text can be converted.
+#if defined(_WIN32)
+inline constexpr const char kLogLineEnd[] = "\r\n";
+
+inline std::string Cp932(const std::string& sUtf8)
+{
+    std::wstring sWide(sUtf8.size(), L'\0');
+    std::string s(2 * sUtf8.size(), '\0');
+    const auto length = [](const std::string& sText) { return static_cast<int>(sText.size()); };
+    const int nWide =
+        MultiByteToWideChar(CP_UTF8, 0, sUtf8.data(), length(sUtf8), sWide.data(), length(sUtf8));
+    const int nBytes =
+        WideCharToMultiByte(932, 0, sWide.data(), nWide, s.data(), length(s), nullptr, nullptr);
+    return s.substr(0, static_cast<std::size_t>(nBytes));
+}
+#else
+inline constexpr const char kLogLineEnd[] = "\n";
+
 inline std::string Cp932(std::string sText)
 {
     std::string s(sText.size(), '\0');
@@ -40,9 +62,11 @@ inline std::string Cp932(std::string sText)
     iconv_close(convert);
     return s.substr(0, s.size() - nOut);
 }
+#endif
 
-/// A file of tests/expected in code page 932, its lines ended as those of a log or, with "\r\n", of a table.
-inline std::string Expected(const char* pszName, const char* pszLineEnd = "\n")
+/// A file of tests/expected in code page 932, its lines ended as those of a log or as those of a
+/// table, "\r\n".
+inline std::string Expected(const char* pszName, const char* pszLineEnd = kLogLineEnd)
 {
     return std::regex_replace(Cp932(FileBytes(kExpectedFiles / pszName)), std::regex("\n"), pszLineEnd);
 }

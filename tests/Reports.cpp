@@ -12,7 +12,7 @@ using Reports = BudgetTest;
 TEST_F(Reports, NameTheMostSpecificFieldThatIsKnown)
 {
     std::map<unsigned, std::string> names;
-    std::istringstream list(Expected("process-names.txt"));
+    std::istringstream list(Expected("process-names.txt", "\n"));
     for (std::string sValue, sName; std::getline(list, sValue, '\t') && std::getline(list, sName);)
         names[unsigned(std::stoul(sValue, nullptr, 16))] = sName;
     EXPECT_EQ(63u, names.size());

@@ -9,5 +9,6 @@
 #endif
 #include <windows.h>
 
-#define MM_EXPORT __declspec(dllexport)
+// Platform/windows/exports-*.def alone tell the linker what the DLL exports.
+#define MM_EXPORT
 #define MM_IMPORT __declspec(dllimport)

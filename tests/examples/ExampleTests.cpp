@@ -6,11 +6,19 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <sstream>
 #include <string>
 
 namespace {
 
+#if defined(_WIN32)
+constexpr int kStatusUnit = 1; // of what std::system gives
+constexpr char kQuiet[] = " 2>NUL";
+#else
+constexpr int kStatusUnit = 256;
+constexpr char kQuiet[] = " 2>/dev/null";
+#endif
 constexpr int kWidth = 301, kHeight = 700, kHeader = 54; // three bands of the filter
 
 int LineBytes(int nSamples)
@@ -49,16 +57,18 @@ template <class Function> std::string BitmapOf(int nSamples, Function sample, in
 /// What an example makes of the picture; its exit status if that is not 0.
 std::string ResultOf(const std::string& sExample, const std::string& sArguments = "")
 {
-    std::string sFolder = testing::TempDir() + "examplesXXXXXX";
-    sFolder = std::string(mkdtemp(sFolder.data())) + "/";
+    namespace fs = std::filesystem;
+    const fs::path folder = fs::temp_directory_path() / ("examples" + std::to_string(std::random_device{}()));
+    fs::create_directory(folder);
+    const std::string sFolder = (folder / "").string();
     std::ofstream(sFolder + "in.bmp", std::ios::binary) << BitmapOf(3, Sample, 20);
     const std::string sCommand =
         EXAMPLES_FOLDER + sExample + " " + sFolder + "in.bmp " + sFolder + "out.bmp " + sArguments;
-    const int nStatus = std::system((sCommand + " 2>/dev/null").c_str());
+    const int nStatus = std::system((sCommand + kQuiet).c_str());
     std::ostringstream bytes;
     bytes << std::ifstream(sFolder + "out.bmp", std::ios::binary).rdbuf();
-    std::filesystem::remove_all(sFolder);
-    return nStatus == 0 ? bytes.str() : "status " + std::to_string(nStatus >> 8);
+    fs::remove_all(folder);
+    return nStatus == 0 ? bytes.str() : "status " + std::to_string(nStatus / kStatusUnit);
 }
 
 TEST(Examples, DoWhatTheySay)

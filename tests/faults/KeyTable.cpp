@@ -14,7 +14,7 @@ TEST_F(KeyTableFaults, LeaveATableConsistentWhicheverCallFails)
     for (auto [nCall, bFailed] = std::pair(1, true); bFailed; ++nCall) {
         CWorkTableList table;
         for (const bool bFail : {true, false}) {
-            Take("log");
+            Take("temp");
             faults::Begin({"", bFail ? nCall : 0});
             int nDone = 0;
             for (const auto& [pszSection, pszKey, nValue] : writes) {
@@ -22,11 +22,11 @@ TEST_F(KeyTableFaults, LeaveATableConsistentWhicheverCallFails)
                 EXPECT_EQ(nResult ? nValue : -1, table.KeyReadInt(pszSection, pszKey, -1));
                 nDone += nResult;
             }
-            nDone += table.FlushData((m_sFolder + "log/text").c_str());
+            nDone += table.FlushData((m_sFolder + "temp/text").c_str());
             bFailed = bFail ? faults::g_nCalls >= nCall : bFailed;
             EXPECT_TRUE(nDone == 5 || (bFail && bFailed && nDone == 4)) << nDone << ", call " << nCall;
         }
-        EXPECT_EQ(39u, Take("log").size()) << "nothing is there twice";
+        EXPECT_EQ(39u, Take("temp").size()) << "nothing is there twice";
     }
 }
 

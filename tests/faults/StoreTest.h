@@ -26,6 +26,12 @@ inline std::string Numbered(int nBytes)
 inline constexpr int kBytes = 299997, kBand = kBytes / 3, kHeader = 54, kWhole = kHeader + kBytes;
 inline const std::string kImage = Numbered(kBytes), kPicture = std::string(kHeader, 'h') + kImage;
 
+#if defined(_WIN32)
+inline constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+#else
+inline constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE; // names are nobody's
+#endif
+
 // Stores with their protected state in view.
 template <class Store> struct Opened : Store
 {
@@ -50,13 +56,15 @@ protected:
         fs::remove_all(m_sFolder);
         EXPECT_EQ(0, faults::g_nBlocks | faults::g_nViews | faults::g_nHandles);
     }
-    // The bytes of the files in one of the folders, one behind the other; the files are deleted.
+    // The bytes of the files in one of the folders, one behind the other; the files are deleted. A log is
+    // text.
     std::string Take(const char* pszFolder) const
     {
         std::ostringstream bytes;
         std::error_code noFolder;
+        const auto mode = pszFolder == std::string("log") ? std::ios::in : std::ios::binary;
         for (const auto& file : fs::directory_iterator(m_sFolder + pszFolder, noFolder))
-            bytes << std::ifstream(file.path(), std::ios::binary).rdbuf();
+            bytes << std::ifstream(file.path(), mode).rdbuf();
         fs::remove_all(m_sFolder + pszFolder);
         fs::create_directory(m_sFolder + pszFolder);
         return bytes.str();
@@ -66,8 +74,8 @@ protected:
         const std::string sPath = m_sFolder + "host/file";
         fs::create_directory(m_sFolder + "host");
         std::ofstream(sPath, std::ios::binary) << sContent;
-        return CreateFileA(sPath.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                           nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+        return CreateFileA(sPath.c_str(), GENERIC_READ | GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING,
+                           FILE_ATTRIBUTE_NORMAL, nullptr);
     }
     // Copies the image into the store or compares it, band by band. 69: no address.
     static DWORD Pass(CImageCtrl& store, bool bIn)

@@ -3,6 +3,9 @@
 
 #include "MemoryManager/ResultCodes.h"
 #include "StoreTest.h"
+#include <utility>
+
+using Codes = std::pair<DWORD, DWORD>; // of mapping and unmapping
 
 class UnitBandFaults : public StoreTest
 {
@@ -15,7 +18,7 @@ protected:
         const HANDLE hOut = OpenHost("");
         fs::rename(m_sFolder + "host/file", m_sFolder + "host/out");
         const HANDLE hIn = OpenHost(sSource);
-        std::pair<DWORD, DWORD> codes{0, 0};
+        Codes codes{0, 0};
         {
             CImageObj image;
             T_ImageLrg_tag band{};
@@ -26,7 +29,8 @@ protected:
             if (eAccess == ACS_MMF) {
                 image.m_hInMap = CreateFileMappingA(hIn, nullptr, PAGE_READONLY, 0, 0, nullptr);
                 image.m_hOutMap = CreateFileMappingA(hOut, nullptr, PAGE_READWRITE, 0, 60, nullptr);
-                fs::resize_file(m_sFolder + "host/out", 60 - nMissing);
+                if (nMissing > 0)
+                    fs::resize_file(m_sFolder + "host/out", 60 - nMissing);
             }
             faults::Begin(plan);
             codes.first = image.MapBandRange(0, 2, &band, 0);
@@ -81,11 +85,13 @@ TEST_F(UnitBandFaults, EndWithTheRightBytesOrTellOfIt)
 TEST_F(UnitBandFaults, NeverTouchBytesThatAFileDoesNotHave)
 {
     const std::string sShort = Numbered(16 + 6); // one line and two pixels
-    EXPECT_EQ(std::pair(0u, 0u), Run(ACS_FILEIO, sShort, {}));
+    EXPECT_EQ(Codes(0, 0), Run(ACS_FILEIO, sShort, {}));
     EXPECT_TRUE(m_sOut == Wanted(sShort) && m_sLog.empty()) << "zeros, not the line before";
-    EXPECT_EQ(std::pair(0u, 0u), Run(ACS_MMF, sShort, {}));
+    EXPECT_EQ(Codes(0, 0), Run(ACS_MMF, sShort, {}));
     EXPECT_TRUE(m_sOut == Wanted("") && m_sLog == "MemoryManager/CImageObj(610):LastError=38\n") << m_sLog;
-    EXPECT_EQ(std::pair(0u, 0u), Run(ACS_MMF, Numbered(48), {}, 1));
+#if !defined(_WIN32) // there no file becomes shorter while it is mapped
+    EXPECT_EQ(Codes(0, 0), Run(ACS_MMF, Numbered(48), {}, 1));
     EXPECT_TRUE(m_sOut == std::string(59, '\0') && m_sLog == "MemoryManager/CImageObj(810):LastError=38\n")
         << m_sLog;
+#endif
 }

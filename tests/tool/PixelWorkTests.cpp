@@ -151,7 +151,7 @@ Picture Filtered(const Picture& in, const Filter& filter)
 
 TEST_F(PixelWork, FiltersAlikeInEveryWay)
 {
-    for (unsigned i = 0; i < 240; ++i) {
+    for (unsigned i = 0; i < 240; i += Pace(5)) {
         Choices choices{std::mt19937(i)};
         const Picture in = AnyPicture(choices, i % 60 == 5    ? kTall
                                                : i % 60 == 17 ? kWide
@@ -170,8 +170,8 @@ unsigned Interpolated(const Picture& in, int x, int y, int s, int nFactor)
     std::int64_t nSum = nSpan * nSpan / 2;
     for (const int i : {0, 1})
         for (const int j : {0, 1}) {
-            const std::int64_t nX = std::clamp<std::int64_t>(nAcross / nSpan - 1 + i, 0, in.nWidth - 1);
-            const std::int64_t nY = std::clamp<std::int64_t>(nDown / nSpan - 1 + j, 0, in.nHeight - 1);
+            const int nX = std::clamp(static_cast<int>(nAcross / nSpan) - 1 + i, 0, in.nWidth - 1);
+            const int nY = std::clamp(static_cast<int>(nDown / nSpan) - 1 + j, 0, in.nHeight - 1);
             nSum += (i ? nAcross % nSpan : nSpan - nAcross % nSpan) *
                     (j ? nDown % nSpan : nSpan - nDown % nSpan) * PixelAt(in, nX, nY)[s];
         }
@@ -180,7 +180,7 @@ unsigned Interpolated(const Picture& in, int x, int y, int s, int nFactor)
 
 TEST_F(PixelWork, EnlargesAlikeInEveryWay)
 {
-    for (unsigned i = 0; i < 120; ++i) {
+    for (unsigned i = 0; i < 120; i += Pace(3)) {
         Choices choices{std::mt19937(i)};
         const bool bBands = i % 30 == 3, bManyTimes = i % 20 == 8; // sums beyond 32 bits
         const int nFactor = bManyTimes ? choices.Number(120, 160) : bBands ? 2 : choices.Number(1, 7);

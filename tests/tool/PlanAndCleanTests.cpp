@@ -74,7 +74,7 @@ TEST_F(PlanAndClean, PlansWhatARunTakes)
     }
 }
 
-TEST_F(PlanAndClean, RemovesWhatKilledRunsLeft)
+TEST_F(ToolOnPosix, RemovesWhatKilledRunsLeft)
 {
     // clang-format off
     const Outcome outcome = Shell(
@@ -98,7 +98,7 @@ TEST_F(PlanAndClean, RemovesWhatKilledRunsLeft)
                 testing::MatchesRegex("(LRG.* bytes, .*: Permission denied\n){2}4\ntmp/LRG.*\n"));
 }
 
-TEST_F(PlanAndClean, SaysWhatARunDidNotGiveBack)
+TEST_F(ToolOnPosix, SaysWhatARunDidNotGiveBack)
 {
     Run("make in.bmp --size 1300x2500 --pattern gradient");
     const string szFilter = "exec $IMGBAND filter in.bmp out.bmp --op box --verbose --budget 12M";

@@ -77,7 +77,8 @@ TEST_F(ReportPageTest, ShowsTheNumbersOfTheRunReadably)
     Run("make in.bmp --size 2100x1700");
     std::vector<string> pages;
     for (const char* pszRun :
-         {"filter in.bmp '<b>\"R&D\" 写真.bmp' --op gauss --scheme whole --budget 12M",
+         {kWindowsProgram ? "filter in.bmp 'R&D 写真.bmp' --op gauss --scheme whole --budget 12M"
+                          : "filter in.bmp '<b>\"R&D\" 写真.bmp' --op gauss --scheme whole --budget 12M",
           "convert in.bmp unit.raw --turn --budget 12M", "convert in.bmp no/such/out.bmp",
           "plan --in 9000x9000:bgr24+2 --out 9000x9000:bgr24"}) {
         pages.push_back(fmt::format("{}.html", pages.size()));

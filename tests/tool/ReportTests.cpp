@@ -84,7 +84,7 @@ TEST_F(Reports, ShowTheSameTablesAsTextAndAsData)
     EXPECT_EQ(szText.find(szWanted), szText.rfind("\t=\t")) << "more lines than keys and the maximum";
 }
 
-TEST_F(Reports, TellHowFarAFailedJobCame)
+TEST_F(ToolOnPosix, TellsInAReportHowFarAFailedJobCame)
 {
     Run(kMake);
     // The output and the first temporary file fit below the limit; the larger one does not.
@@ -105,17 +105,25 @@ TEST_F(Reports, NeverDecideHowAJobEnds)
     const struct { int nStatus; string szArguments, szWords; } cases[] = {
         {0, "a.json out.bmp --report none/r.json", "the report could not be written to none/r.json: "},     {2, "a.json out.bmp --report r.pdf", "no form"},
         {0, "a.json out.bmp --report /proc/r.txt --quiet", "the report could not be written to /proc/r.txt: "}, {2, "a.json out.bmp --report ./a.json", "replace"},
-        {0, "a.json out.bmp --report r.html", "r.html: cannot be written: File too large"},  {3, "no.bmp out.bmp --report none/r.json", "none/r.json: "},
+        {0, "a.json out.bmp --report tmp/x/r.html", "r.html: cannot be created: No such file or directory"},  {3, "no.bmp out.bmp --report none/r.json", "none/r.json: "},
         {0, "a.json out.bmp --report a.json/r.html", "a.json/r.html: "},                {2, "a.json b.json --to raw48 --report tmp/../b.json", "replace"},
     };
     // clang-format on
     Save("a.json", Encode(RandomPicture(kLayouts[0], 5, 4)));
     for (const auto& c : cases) {
-        const Outcome outcome = Shell("rm -f out.bmp; ulimit -f 1; $IMGBAND convert " + c.szArguments);
+        const Outcome outcome = Shell("rm -f out.bmp; $IMGBAND convert " + c.szArguments);
         EXPECT_EQ(c.nStatus, outcome.nStatus) << c.szArguments;
         EXPECT_THAT(outcome.szErr, HasSubstr(c.szWords));
         EXPECT_EQ(c.nStatus == 0 ? "./a.json ./out.bmp " : "./a.json ", Files());
     }
+}
+
+TEST_F(ToolOnPosix, WritesAReportWholeOrNotAtAll)
+{
+    const Outcome outcome = Shell("ulimit -f 1; $IMGBAND make a.bmp --size 2x2 --report r.html");
+    EXPECT_EQ(0, outcome.nStatus);
+    EXPECT_THAT(outcome.szErr, HasSubstr("r.html: cannot be written: File too large"));
+    EXPECT_EQ("./a.bmp ", Files());
 }
 
 } // namespace

@@ -50,6 +50,8 @@ protected:
     }
 };
 
+using SchemesOnPosix = Schemes;
+
 /// What a plan tells: everything but times, memory and results.
 nlohmann::json Plan(const string& szJson)
 {
@@ -126,7 +128,7 @@ TEST_F(Schemes, WorkInPlaceWithAnyHeaderAndNumberOfThreads)
     EXPECT_EQ("./in.bmp ./out.bmp ./plain.bmp ", Files());
 }
 
-TEST_F(Schemes, EndWithASentenceWhenFilesChangeMeanwhile)
+TEST_F(SchemesOnPosix, EndWithASentenceWhenFilesChangeMeanwhile)
 {
     const string szJob =
         "exec $IMGBAND filter in.bmp out.bmp --op gauss --radius 16 --threads 1 --budget 12M";
@@ -238,7 +240,7 @@ TEST_F(Schemes, StayInsideTheBudget)
     }
 }
 
-TEST_F(Schemes, ShowProgressOnATerminalOnly)
+TEST_F(SchemesOnPosix, ShowProgressOnATerminalOnly)
 {
     if (access("/usr/bin/script", X_OK) != 0)
         GTEST_SKIP() << "bsdutils is not installed";

@@ -2,6 +2,7 @@
 // Runs the real program in a fresh folder, and makes pictures for it.
 
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <fmt/format.h>
 #include <fstream>
@@ -28,8 +29,19 @@ constexpr Layout kLayouts[] = {{"bgr24", 3, 1}, {"bgra32", 4, 1}, {"raw48", 3, 2
 struct Picture { Layout layout; int nWidth, nHeight; std::vector<unsigned> samples; };
 // clang-format on
 
+/// Whether the environment names a Windows program, and the words that run it, to be tested instead of this
+/// build's. It has a temporary folder of its own, unless --temp-dir is given.
+inline const char* const kWindowsProgram = std::getenv("IMGBAND_PROGRAM");
+
+/// From one case to the next: a Windows program starts slowly here, so it gets fewer of them.
+inline unsigned Pace(unsigned nWindows)
+{
+    return kWindowsProgram ? nWindows : 1;
+}
+
 /// Runs shell command lines, in which $IMGBAND is the program, in a fresh folder; "tmp" in it is for its
-/// temporary files.
+/// temporary files. A Windows program leaves out the suites that are named ...OnPosix, this build's those
+/// that are named ...OnWindows.
 class Tool : public testing::Test
 {
 protected:
@@ -55,9 +67,10 @@ protected:
     /// Calls fnLook with the process number every millisecond until the command has ended.
     template <class Look> Outcome Watch(const string& szCommand, Look fnLook) const
     {
-        const string szLine = fmt::format("cd {0}/here && export TMPDIR={0}/here/tmp IMGBAND={1} && "
-                                          "exec >../out 2>../err && {2}",
-                                          m_szFolder, IMGBAND_PROGRAM, szCommand);
+        // Wine would put its own files into TMPDIR.
+        const string szLine = fmt::format("cd {0}/here && export {1}='{2}' && exec >../out 2>../err && {3}",
+                                          m_szFolder, kWindowsProgram ? "IMGBAND" : "TMPDIR=$PWD/tmp IMGBAND",
+                                          kWindowsProgram ? kWindowsProgram : IMGBAND_PROGRAM, szCommand);
         const pid_t nChild = fork();
         if (nChild == 0) {
             std::signal(SIGINT, SIG_DFL);
@@ -66,6 +79,8 @@ protected:
         int nState = 0;
         for (; waitpid(nChild, &nState, WNOHANG) == 0; usleep(1000))
             fnLook(nChild);
+        if (kWindowsProgram && WIFEXITED(nState) && WEXITSTATUS(nState) == 128 + SIGINT)
+            usleep(500000); // Wine closes the files of an ended process a moment later
         return {WIFEXITED(nState) ? WEXITSTATUS(nState) : -WTERMSIG(nState), Load("../out"), Load("../err")};
     }
     static void JustWait(pid_t) {}
@@ -75,6 +90,9 @@ protected:
 
     string m_szFolder;
 };
+
+using ToolOnPosix = Tool;
+using ToolOnWindows = Tool;
 
 inline Picture RandomPicture(const Layout& layout, int nWidth, int nHeight)
 {

@@ -18,7 +18,7 @@ try {
     return host::FindLeftovers(szFolder, bRemove);
 } catch (const std::system_error& e) {
     throw Failure(StatusOfWriteError(e.code()), szFolder,
-                  "the folder for temporary files could not be read: " + e.code().message(),
+                  "the folder for temporary files could not be read: " + ErrorText(e.code()),
                   "--temp-dir DIR");
 }
 

@@ -22,7 +22,7 @@ Format ChooseFormat(const Options& options, const PictureFacts& facts)
 // pixels together (unit scheme). Whatever else changes a sample or an order is work between the bands.
 void RunConvert(const Options& options, Report& report)
 {
-    const InputFile input(options);
+    InputFile input(options);
     const PictureFacts& facts = input.Facts();
     const Format eTo = ChooseFormat(options, facts);
     const int nFrom = SampleBytes(facts.eFormat);

@@ -4,10 +4,10 @@
 #include "Dumps.h"
 
 #include "BandLoop.h"
+#include "HostPaths.h"
 
 #include <algorithm>
 #include <cstring>
-#include <filesystem>
 #include <fmt/format.h>
 
 namespace fs = std::filesystem;
@@ -81,7 +81,7 @@ void NarrowSamples(const T_ImageLrg_tag& flat)
 class DumpTree
 {
 public:
-    DumpTree() : m_root(host::UnusedName(".dump-")) {}
+    DumpTree() : m_root(host::PathOf(host::UnusedName(".dump-"))) {}
     ~DumpTree()
     {
         std::error_code error; // what cannot be removed stays
@@ -97,17 +97,17 @@ public:
     }
 
     /// Where the process is in it while the library dumps.
-    std::string Place() const { return (m_root / "current").string(); }
+    std::string Place() const { return host::TextOf(m_root / "current"); }
 
     /// Moves a dump into the current folder. Throws Failure unless it has nBytes: the library's failures are
     /// silent.
     void Take(const char* pszFolder, const std::string& szName, std::int64_t nBytes) const
     {
         std::error_code error;
-        const fs::path dump = m_root / pszFolder / szName;
+        const fs::path dump = m_root / pszFolder / host::PathOf(szName);
         if (fs::file_size(dump, error) != static_cast<std::uintmax_t>(nBytes))
             throw Failure(ExitStatus::JobFailed, szName, "could not be written");
-        fs::rename(dump, szName);
+        fs::rename(dump, host::PathOf(szName));
     }
 
 private:
@@ -145,7 +145,7 @@ void DumpObjects(const Run& run, CImageObj& input, CImageObj& output)
 {
     const std::string& szFolder = run.options.szDump;
     try {
-        fs::create_directory(szFolder);
+        fs::create_directory(host::PathOf(szFolder));
         DumpObject(szFolder, "input", input);
         DumpObject(szFolder, "output", output);
     } catch (const Failure& failure) {

@@ -21,7 +21,7 @@ ImageSize Enlarged(const Options& options, ImageSize size)
 
 void RunEnlarge(const Options& options, Report& report)
 {
-    const InputFile input(options);
+    InputFile input(options);
     const ImageSize size = input.Facts().size;
     Job job = KeepFormat(options, input.Facts(), kIpEnlarge);
     job.size = Enlarged(options, size);

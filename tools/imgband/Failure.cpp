@@ -18,6 +18,9 @@ const char* SystemErrorText(int nError)
         return "no permission";
     case 8:
         return "not enough memory";
+    case 32:
+        return "in use by another process";
+    case 39:
     case 112:
         return "disk full";
     case 223:
@@ -52,13 +55,20 @@ std::string Failure::Message() const
     return szText;
 }
 
+std::string ErrorText(const std::error_code& error)
+{
+    const std::error_condition condition = error.default_error_condition();
+    return condition.category() == std::generic_category() ? condition.message() : error.message();
+}
+
 ExitStatus StatusOfWriteError(const std::error_code& error)
 {
-    const std::errc noRoom[] = {std::errc::no_space_on_device,    std::errc::file_too_large,
-                                std::errc::permission_denied,     std::errc::operation_not_permitted,
-                                std::errc::read_only_file_system, std::errc::no_such_file_or_directory,
-                                std::errc::not_a_directory,       std::errc::is_a_directory,
-                                std::errc::filename_too_long,     std::errc::too_many_symbolic_link_levels};
+    const std::errc noRoom[] = {std::errc::no_space_on_device,     std::errc::file_too_large,
+                                std::errc::permission_denied,      std::errc::operation_not_permitted,
+                                std::errc::read_only_file_system,  std::errc::no_such_file_or_directory,
+                                std::errc::not_a_directory,        std::errc::is_a_directory,
+                                std::errc::filename_too_long,      std::errc::too_many_symbolic_link_levels,
+                                std::errc::device_or_resource_busy};
     for (const std::errc eCondition : noRoom)
         if (error == eCondition)
             return ExitStatus::NoRoom;

@@ -52,5 +52,8 @@ struct Failure : std::exception
     std::optional<LibraryResult> libraryResult;
 };
 
+/// An error in the words of its portable meaning where it has one, so that they are the same everywhere.
+std::string ErrorText(const std::error_code& error);
+
 /// A system error on an output or temporary file: NoRoom for missing room and permission, else JobFailed.
 ExitStatus StatusOfWriteError(const std::error_code& error);

@@ -5,7 +5,7 @@
 
 void RunFilter(const Options& options, Report& report)
 {
-    const InputFile input(options);
+    InputFile input(options);
     Job job =
         KeepFormat(options, input.Facts(), options.filter.eOp == FilterOp::Sharpen ? kIpSharpen : kIpSmooth);
     job.nFrame = options.filter.nRadius;

@@ -2,9 +2,10 @@
 
 #include "Formats.h"
 
+#include "HostPaths.h"
+
 #include <algorithm>
 #include <cctype>
-#include <filesystem>
 
 namespace {
 
@@ -35,7 +36,7 @@ const char* FormatName(Format eFormat)
 
 std::optional<Format> FormatFromEnding(const std::string& szPath, int nSamples)
 {
-    std::string szEnding = std::filesystem::path(szPath).extension().string();
+    std::string szEnding = host::TextOf(host::PathOf(szPath).extension());
     std::transform(szEnding.begin(), szEnding.end(), szEnding.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     if (szEnding == ".bmp" || szEnding == ".dib")

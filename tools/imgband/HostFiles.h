@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <functional>
+#include <optional>
 #include <stop_token>
 #include <string>
 #include <thread>
@@ -16,11 +17,17 @@
 namespace host {
 
 /// Readies the process before any file is opened: no file can get the number that means "none", and a
-/// file-size limit or a closed pipe is an error to report instead of the program's end.
+/// file-size limit or a closed pipe is an error to report instead of the program's end. What is written to
+/// the standard streams arrives byte for byte; a console shows it as UTF-8.
 void PrepareProcess();
 
+/// The program's arguments in UTF-8, without its own name.
+std::vector<std::string> Arguments(int nArguments, char** ppArguments);
+
 /// From here on an interrupt removes the provisional file and starts the program again in place of this run,
-/// with these arguments behind the exit status, so that the new run cleans up what this one held.
+/// with these arguments behind the exit status, so that the new run cleans up what this one held. On Windows
+/// an interrupt is Ctrl-C or Ctrl-Break (status 130) or the console's end (143), and this process waits for
+/// the new one, whose exit status it takes. There no argument has a quotation mark or ends with a backslash.
 void RestartOnInterrupt(const std::string& szCommand, const std::vector<std::string>& arguments);
 
 /// An open file, closed by its destructor.
@@ -39,7 +46,7 @@ public:
     ~File();
 
     /// For the library, which never closes it, except after a failed mapping.
-    HANDLE Handle() const;
+    HANDLE Handle() const { return m_hFile; }
 
     std::int64_t Size() const;
 
@@ -53,12 +60,13 @@ public:
     void Close();
 
 private:
-    explicit File(int nFile) : m_nFile(nFile) {}
+    explicit File(HANDLE hFile) : m_hFile(hFile) {}
 
-    int m_nFile;
+    HANDLE m_hFile; ///< null: closed
 };
 
-/// Gives a provisional file, closed and flushed, its final name; a file that has the name is replaced.
+/// Gives a provisional file, closed and flushed, its final name; a file that has the name is replaced, for
+/// which Windows wants it closed.
 void Publish(const std::string& szProvisional, const std::string& szTarget);
 
 /// Removes a provisional file.
@@ -66,26 +74,32 @@ void Discard(const std::string& szProvisional) noexcept;
 
 bool MayWrite(const std::string& szPath);
 
+/// Whether a file can have this name. Windows keeps some for devices, and does not take some characters.
+bool IsFileName(const std::string& szPath);
+
 /// Largest number of bytes that a file of this process may have.
 std::uintmax_t FileSizeLimit();
 
-/// The folder of the library's temporary files; SetTemporaryFolder changes it before the library is used.
+/// A folder that exists as the library takes it, which on Windows are bytes of the system's code page; none
+/// if it has no such name, not even a short one.
+std::optional<std::string> LibraryFolder(const std::string& szFolder);
+
+/// The folder of the library's temporary files; SetTemporaryFolder changes it before the library is used, and
+/// tells whether the library takes it.
 std::string TemporaryFolder();
-void SetTemporaryFolder(const std::string& szFolder);
+bool SetTemporaryFolder(const std::string& szFolder);
 
-/// A folder in memory for small private files of the run, so that a full disk can still be written about and
-/// a killed run leaves nothing in the temporary folder; the temporary folder where the system has none.
+/// A folder for small private files of the run, so that a full disk can still be written about and a killed
+/// run leaves nothing in the temporary folder: in memory, on Windows the user's own; the temporary folder
+/// where there is none that the library takes.
 std::string RuntimeFolder();
-
-/// A file name that nobody can foresee, with this beginning.
-std::string UnusedName(const std::string& szBeginning);
 
 /// Text of code page 932 in UTF-8, and back. What has no counterpart there becomes U+FFFD or '?'; where the
 /// system does not know the code page, that is every byte above 0x7F.
 std::string Utf8FromCp932(const std::string& szText);
 std::string Cp932FromUtf8(const std::string& szText);
 
-/// Whether what is written to a stream appears on a terminal.
+/// Whether what is written to a stream appears on a terminal that knows escape sequences.
 bool IsTerminal(std::FILE* pStream);
 
 /// Processors that this process may run on, at least 1.
@@ -102,7 +116,9 @@ void RunInFolder(const std::string& szFolder, const std::function<void()>& fnRun
 /// Starts a thread that interrupts never reach, so that they stay the main thread's.
 std::jthread StartThread(std::function<void(std::stop_token)> fnRun);
 
-/// Memory of the process that is resident now, in bytes; below 0 when unknown.
+/// Memory of the process that is resident now, in bytes; below 0 when unknown. Windows does not tell them
+/// apart: there, private memory is what is committed, resident or not, and the rest of the resident is
+/// mapped.
 struct ResidentMemory
 {
     std::int64_t nPrivate = -1; ///< anonymous

@@ -2,12 +2,13 @@
 
 #include "HostFiles.h"
 
+#include "HostPaths.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
-#include <filesystem>
 #include <system_error>
 #include <utility>
 
@@ -31,6 +32,16 @@ char g_szStatus[4];
 [[noreturn]] void ThrowLastError(const char* pszCall)
 {
     throw std::system_error(errno, std::system_category(), pszCall);
+}
+
+HANDLE HandleOf(int nFile)
+{
+    return reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(nFile));
+}
+
+int DescriptorOf(HANDLE hFile)
+{
+    return static_cast<int>(reinterpret_cast<std::intptr_t>(hFile));
 }
 
 sigset_t InterruptSet()
@@ -96,7 +107,7 @@ void OnInterrupt(int nSignal)
 
 void SyncFolderOf(const std::string& szPath)
 {
-    const std::string szFolder = std::filesystem::path(szPath).parent_path().string();
+    const std::string szFolder = TextOf(PathOf(szPath).parent_path());
     const int nFolder = open(szFolder.empty() ? "." : szFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (nFolder < 0)
         return;
@@ -116,6 +127,11 @@ void PrepareProcess()
         close(nFile);
     std::signal(SIGXFSZ, SIG_IGN);
     std::signal(SIGPIPE, SIG_IGN);
+}
+
+std::vector<std::string> Arguments(int nArguments, char** ppArguments)
+{
+    return {ppArguments + std::min(nArguments, 1), ppArguments + nArguments};
 }
 
 void RestartOnInterrupt(const std::string& szCommand, const std::vector<std::string>& arguments)
@@ -145,7 +161,7 @@ File File::OpenForReading(const std::string& szPath, bool bAlsoWrite)
     const int nFile = open(szPath.c_str(), (bAlsoWrite ? O_RDWR : O_RDONLY) | O_CLOEXEC | O_NONBLOCK);
     if (nFile < 0)
         ThrowLastError("open");
-    return File(nFile);
+    return File(HandleOf(nFile));
 }
 
 File File::CreateProvisional(const std::string& szFolder, std::string& szPath)
@@ -159,26 +175,21 @@ File File::CreateProvisional(const std::string& szFolder, std::string& szPath)
     if (nFile < 0)
         ThrowLastError("create");
     g_szProvisional = szPath;
-    return File(nFile);
+    return File(HandleOf(nFile));
 }
 
-File::File(File&& other) noexcept : m_nFile(std::exchange(other.m_nFile, -1)) {}
+File::File(File&& other) noexcept : m_hFile(std::exchange(other.m_hFile, nullptr)) {}
 
 File::~File()
 {
-    if (m_nFile >= 0)
-        close(m_nFile);
-}
-
-HANDLE File::Handle() const
-{
-    return reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(m_nFile));
+    if (m_hFile)
+        close(DescriptorOf(m_hFile));
 }
 
 std::int64_t File::Size() const
 {
     struct stat status = {};
-    if (fstat(m_nFile, &status) != 0)
+    if (fstat(DescriptorOf(m_hFile), &status) != 0)
         ThrowLastError("fstat");
     return status.st_size;
 }
@@ -187,8 +198,8 @@ std::size_t File::ReadAt(std::int64_t nOffset, void* pBuffer, std::size_t nBytes
 {
     std::size_t nDone = 0;
     while (nDone < nBytes) {
-        const ssize_t nRead = pread(m_nFile, static_cast<char*>(pBuffer) + nDone, nBytes - nDone,
-                                    static_cast<off_t>(nOffset) + static_cast<off_t>(nDone));
+        const ssize_t nRead = pread(DescriptorOf(m_hFile), static_cast<char*>(pBuffer) + nDone,
+                                    nBytes - nDone, static_cast<off_t>(nOffset) + static_cast<off_t>(nDone));
         if (nRead < 0 && errno == EINTR)
             continue;
         if (nRead < 0)
@@ -204,7 +215,7 @@ void File::Append(const void* pData, std::size_t nBytes)
 {
     const char* pRest = static_cast<const char*>(pData);
     while (nBytes > 0) {
-        const ssize_t nWritten = write(m_nFile, pRest, nBytes);
+        const ssize_t nWritten = write(DescriptorOf(m_hFile), pRest, nBytes);
         if (nWritten < 0 && errno == EINTR)
             continue;
         if (nWritten < 0)
@@ -218,7 +229,7 @@ void File::Flush()
 {
     int nResult;
     do
-        nResult = fsync(m_nFile);
+        nResult = fsync(DescriptorOf(m_hFile));
     while (nResult != 0 && errno == EINTR);
     if (nResult != 0 && errno != EINVAL) // a file system without flushing
         ThrowLastError("fsync");
@@ -226,7 +237,7 @@ void File::Flush()
 
 void File::Close()
 {
-    if (close(std::exchange(m_nFile, -1)) != 0 && errno != EINTR)
+    if (close(DescriptorOf(std::exchange(m_hFile, nullptr))) != 0 && errno != EINTR)
         ThrowLastError("close");
 }
 
@@ -249,6 +260,11 @@ void Discard(const std::string& szProvisional) noexcept
 bool MayWrite(const std::string& szPath)
 {
     return access(szPath.c_str(), W_OK) == 0;
+}
+
+bool IsFileName(const std::string&)
+{
+    return true;
 }
 
 void RunInFolder(const std::string& szFolder, const std::function<void()>& fnRun)

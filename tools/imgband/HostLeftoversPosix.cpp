@@ -4,13 +4,11 @@
 #include "Leftovers.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cerrno>
 #include <ctime>
 #include <filesystem>
 #include <optional>
-#include <set>
-#include <string_view>
+#include <regex>
 #include <system_error>
 
 #include <fcntl.h>
@@ -38,17 +36,6 @@ public:
 private:
     int m_nDescriptor;
 };
-
-/// LRG, a number of 32 bits in capital hexadecimal digits, at least four of them, and .tmp.
-bool IsTemporaryName(std::string_view szName)
-{
-    constexpr std::string_view kBegin = "LRG", kEnd = ".tmp";
-    if (szName.size() < 11 || szName.size() > 15 || !szName.starts_with(kBegin) || !szName.ends_with(kEnd))
-        return false;
-    const std::string_view szNumber = szName.substr(3, szName.size() - 7);
-    return std::all_of(szNumber.begin(), szNumber.end(),
-                       [](unsigned char c) { return std::isdigit(c) || (c >= 'A' && c <= 'F'); });
-}
 
 bool IsOwnFile(const struct stat& status)
 {
@@ -102,17 +89,19 @@ std::optional<Leftover> Examine(int nFolder, const char* pszName, bool bRemove)
 
 } // namespace
 
+bool IsTemporaryName(std::string_view szName)
+{
+    static const std::regex kName("LRG[0-9A-F]{4,8}\\.tmp");
+    return std::regex_match(szName.begin(), szName.end(), kName);
+}
+
 std::vector<Leftover> FindLeftovers(const std::string& szFolder, bool bRemove)
 {
     const Descriptor folder(open(szFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (folder.Get() < 0)
         throw std::system_error(errno, std::generic_category());
-    std::set<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(szFolder))
-        if (const std::string szName = entry.path().filename().string(); IsTemporaryName(szName))
-            names.insert(szName);
     std::vector<Leftover> leftovers;
-    for (const std::string& szName : names)
+    for (const std::string& szName : TemporaryNames(szFolder))
         if (auto leftover = Examine(folder.Get(), szName.c_str(), bRemove))
             leftovers.push_back(std::move(*leftover));
     return leftovers;

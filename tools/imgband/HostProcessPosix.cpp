@@ -7,7 +7,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <random>
 
 #include <fcntl.h>
 #include <sched.h>
@@ -33,15 +32,20 @@ std::uintmax_t FileSizeLimit()
                                                                                    : UINTMAX_MAX;
 }
 
+std::optional<std::string> LibraryFolder(const std::string& szFolder)
+{
+    return szFolder;
+}
+
 std::string TemporaryFolder()
 {
     const char* pszFolder = std::getenv("TMPDIR");
     return pszFolder && *pszFolder ? pszFolder : "/tmp";
 }
 
-void SetTemporaryFolder(const std::string& szFolder)
+bool SetTemporaryFolder(const std::string& szFolder)
 {
-    setenv("TMPDIR", szFolder.c_str(), 1);
+    return setenv("TMPDIR", szFolder.c_str(), 1) == 0;
 }
 
 std::string RuntimeFolder()
@@ -51,14 +55,6 @@ std::string RuntimeFolder()
         if (access(pszFolder, W_OK | X_OK) == 0)
             return pszFolder;
     return TemporaryFolder();
-}
-
-std::string UnusedName(const std::string& szBeginning)
-{
-    std::random_device device;
-    char szNumber[20];
-    std::snprintf(szNumber, sizeof szNumber, "%08x%08x", device(), device());
-    return szBeginning + szNumber;
 }
 
 bool IsTerminal(std::FILE* pStream)

@@ -3,17 +3,16 @@
 #include "InputFile.h"
 
 #include "Failure.h"
+#include "HostPaths.h"
 
 #include <fmt/format.h>
-
-#include <filesystem>
 
 namespace {
 
 [[noreturn]] void FailReading(const std::string& szPath, const std::error_code& error,
                               const char* pszTry = "")
 {
-    throw Failure(ExitStatus::BadInput, szPath, fmt::format("cannot be read: {}", error.message()), pszTry);
+    throw Failure(ExitStatus::BadInput, szPath, "cannot be read: " + ErrorText(error), pszTry);
 }
 
 host::File Open(const Options& options)
@@ -24,7 +23,7 @@ host::File Open(const Options& options)
     try {
         host::File file = host::File::OpenForReading(szPath, bViews);
         std::error_code error;
-        if (!std::filesystem::is_regular_file(szPath, error))
+        if (!std::filesystem::is_regular_file(host::PathOf(szPath), error))
             throw Failure(ExitStatus::BadInput, szPath, "is not a regular file");
         return file;
     } catch (const std::system_error& e) {

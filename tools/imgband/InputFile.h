@@ -25,6 +25,9 @@ public:
     /// Fills a block with the first nBytes of the file.
     void ReadWhole(unsigned char* pBlock, std::size_t nBytes) const;
 
+    /// Nothing more is read.
+    void Close() { m_file.Close(); }
+
 private:
     PictureFacts Identify(const Options& options) const;
 

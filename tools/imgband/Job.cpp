@@ -71,7 +71,7 @@ Job KeepFormat(const Options& options, const PictureFacts& facts, int nIpNo)
             .bOwnAlpha = true};
 }
 
-void RunJob(const Options& options, const InputFile& input, const Job& job, Report& report)
+void RunJob(const Options& options, InputFile& input, const Job& job, Report& report)
 {
     CheckSizes(options, input.Facts(), job);
     const Library library(options);
@@ -91,6 +91,7 @@ void RunJob(const Options& options, const InputFile& input, const Job& job, Repo
     ExternalPair pair(options.eAccess, &input, &output, job.eTo, job.size, objects);
     RunScheme({options, library, report, pair, workers, &output}, input, job);
     pair.DeliverOutput();
+    input.Close(); // it may be what the output replaces
     output.Publish();
     DescribePicture(options.szOutput, job.eTo, job.size, report);
 }

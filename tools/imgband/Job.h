@@ -36,5 +36,6 @@ bool IsStoredBottomUp(Format eFormat);
 /// Whether the work has to reverse the order of lines: in the whole scheme, the import has done it.
 bool MustReverseLines(const Options& options, const Job& job);
 
-/// Does the job, or plans it, and tells the report. Throws Failure.
-void RunJob(const Options& options, const InputFile& input, const Job& job, Report& report);
+/// Does the job, or plans it, and tells the report. The input is closed when its place may be taken by the
+/// output. Throws Failure.
+void RunJob(const Options& options, InputFile& input, const Job& job, Report& report);

@@ -2,10 +2,18 @@
 // Temporary files of the library that lie in a folder or are open in this process.
 
 #include <cstdint>
+#include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace host {
+
+/// Whether it is a name as the system makes it for the library: LRG, a hexadecimal number, and .tmp.
+bool IsTemporaryName(std::string_view szName);
+
+/// The names in a folder that are temporary files' names. Throws std::system_error.
+std::set<std::string> TemporaryNames(const std::string& szFolder);
 
 /// A temporary file of this user that no process holds.
 struct Leftover
@@ -18,7 +26,8 @@ struct Leftover
 };
 
 /// Looks for leftovers in a folder, in the order of their names, and removes them if so wanted. Regular files
-/// only; links are not followed, and what another user owns or a process holds is left alone and out.
+/// only; links are not followed, and what another user owns or a process holds is left alone and out. (On
+/// Windows a temporary folder is its user's, and owners are not looked at.)
 /// Throws std::system_error when the folder cannot be read.
 std::vector<Leftover> FindLeftovers(const std::string& szFolder, bool bRemove);
 

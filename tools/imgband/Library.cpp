@@ -3,9 +3,9 @@
 #include "Library.h"
 
 #include "HostFiles.h"
+#include "HostPaths.h"
 #include "MemoryManager/MemoryManager.h"
 
-#include <filesystem>
 #include <fmt/format.h>
 
 namespace {
@@ -18,13 +18,15 @@ constexpr LONG kUnitBandCap = 8;
 
 std::string ChooseTemporaryFolder(const Options& options)
 {
-    if (!options.szTempDir.empty())
-        host::SetTemporaryFolder(options.szTempDir);
-    const std::string szFolder = host::TemporaryFolder();
+    const std::string szFolder = options.szTempDir.empty() ? host::TemporaryFolder() : options.szTempDir;
     std::error_code error;
-    if (!std::filesystem::is_directory(szFolder, error))
+    if (!std::filesystem::is_directory(host::PathOf(szFolder), error))
         throw Failure(ExitStatus::NoRoom, szFolder, "there is no such folder for temporary files",
                       "--temp-dir DIR");
+    if (!host::SetTemporaryFolder(szFolder))
+        throw Failure(ExitStatus::NoRoom, szFolder,
+                      "the folder for temporary files has characters that the system's code page lacks",
+                      "--temp-dir DIR with another name");
     return szFolder;
 }
 
@@ -36,6 +38,8 @@ ExitStatus StatusOfSystemError(std::optional<int> nError)
     case 2:   // file not found
     case 3:   // path not found
     case 5:   // access denied
+    case 19:  // write-protected medium
+    case 39:  // disk full
     case 80:  // file exists
     case 112: // disk full
     case 206: // name too long
@@ -87,10 +91,8 @@ void Library::FailTemporary(DWORD nCode, std::int64_t nTemporaryBytes) const
     const std::optional<int> nError = SystemErrorOf(m_log.LastError());
     Failure failure(StatusOfSystemError(nError), m_szTemporaryFolder, "a temporary file could not be made",
                     "--temp-dir DIR, or a larger --budget");
-    std::error_code error;
-    const std::uintmax_t nOnDisk = std::filesystem::space(m_szTemporaryFolder, error).available;
     failure.room = Room{static_cast<std::uintmax_t>(nTemporaryBytes),
-                        std::min(error ? UINTMAX_MAX : nOnDisk, host::FileSizeLimit())};
+                        std::min(host::FreeBytes(m_szTemporaryFolder), host::FileSizeLimit())};
     if (!host::MayWrite(m_szTemporaryFolder)) {
         failure.szWhat += ", for there is no permission to write there";
         failure.room.reset();

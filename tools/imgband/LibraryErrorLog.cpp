@@ -3,11 +3,12 @@
 #include "LibraryErrorLog.h"
 
 #include "HostFiles.h"
+#include "HostPaths.h"
 #include "MemoryManager/MemoryManager.h"
 
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
+#include <fmt/format.h>
 #include <fstream>
 
 namespace fs = std::filesystem;
@@ -23,11 +24,12 @@ void RemoveLogsOfDeadRuns(const std::string& szParent)
 {
     const std::size_t nBeginning = std::strlen(kNameBeginning);
     std::error_code error;
-    for (fs::directory_iterator entry(szParent, error), end; !error && entry != end; entry.increment(error)) {
-        const std::string szName = entry->path().filename().string();
+    for (fs::directory_iterator entry(host::PathOf(szParent), error), end; !error && entry != end;
+         entry.increment(error)) {
+        const std::string szName = host::TextOf(entry->path().filename());
         const int nProcess = szName.starts_with(kNameBeginning) ? std::atoi(szName.c_str() + nBeginning) : 0;
         if (nProcess > 0 && !host::IsRunning(nProcess))
-            ErrorLog::Remove(entry->path().string() + "/");
+            ErrorLog::Remove(host::TextOf(entry->path()) + "/");
     }
 }
 
@@ -35,11 +37,12 @@ void RemoveLogsOfDeadRuns(const std::string& szParent)
 
 // The name cannot be foreseen: in a folder that others can write to, nobody can have put a link there.
 ErrorLog::ErrorLog(const std::string& szParent)
-    : m_szFolder(szParent + "/" +
-                 host::UnusedName(kNameBeginning + std::to_string(host::ProcessNumber()) + "-") + "/")
 {
+    const std::string szName =
+        host::UnusedName(fmt::format("/{}{}-", kNameBeginning, host::ProcessNumber())) + "/";
+    m_szFolder = szParent + szName;
     RemoveLogsOfDeadRuns(szParent);
-    SetErrLogPath(m_szFolder.c_str());
+    SetErrLogPath((host::LibraryFolder(szParent).value_or(szParent) + szName).c_str());
 }
 
 ErrorLog::~ErrorLog()
@@ -51,7 +54,7 @@ std::optional<LoggedError> ErrorLog::LastError() const
 {
     static constexpr std::string_view kMark = "):LastError=";
     std::optional<LoggedError> last;
-    std::ifstream log(m_szFolder + kLogName);
+    std::ifstream log(host::PathOf(m_szFolder + kLogName));
     for (std::string szLine; std::getline(log, szLine);) {
         const std::size_t nMark = szLine.find(kMark);
         if (nMark != std::string::npos)
@@ -63,6 +66,6 @@ std::optional<LoggedError> ErrorLog::LastError() const
 void ErrorLog::Remove(const std::string& szFolder)
 {
     std::error_code error;
-    fs::remove(szFolder + kLogName, error);
-    fs::remove(szFolder.substr(0, szFolder.find_last_not_of('/') + 1), error);
+    fs::remove(host::PathOf(szFolder + kLogName), error);
+    fs::remove(host::PathOf(szFolder.substr(0, szFolder.find_last_not_of('/') + 1)), error);
 }

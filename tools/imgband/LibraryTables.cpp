@@ -4,8 +4,8 @@
 
 #include "Glossary.h"
 #include "HostFiles.h"
+#include "HostPaths.h"
 
-#include <filesystem>
 #include <fmt/format.h>
 #include <fstream>
 #include <iterator>
@@ -66,13 +66,15 @@ private:
 std::string Flushed(CWorkTableList& table, const std::string& szFolder)
 {
     // Named like what other runs clear away when this one is killed right now.
-    const std::string szPath =
-        szFolder + "/" + host::UnusedName("imgband-" + std::to_string(host::ProcessNumber()) + "-");
-    const bool bWritten = table.FlushData(szPath.c_str()) == 1;
-    std::ifstream file(szPath, std::ios::binary);
+    const std::string szName = host::UnusedName(fmt::format("/imgband-{}-", host::ProcessNumber()));
+    const auto szPlace = host::LibraryFolder(szFolder);
+    const bool bWritten = szPlace && table.FlushData((*szPlace + szName).c_str()) == 1;
+    const fs::path path = host::PathOf(szFolder + szName);
+    std::ifstream file(path, std::ios::binary);
     const std::string szBytes(std::istreambuf_iterator<char>(file), {});
+    file.close(); // on Windows only a closed file can be removed
     std::error_code ignored;
-    fs::remove(szPath, ignored);
+    fs::remove(path, ignored);
     return bWritten ? host::Utf8FromCp932(szBytes) : "";
 }
 

@@ -6,7 +6,7 @@
 #include "HostFiles.h"
 #include "OptionValues.h"
 
-#include <string_view>
+#include <algorithm>
 
 namespace {
 
@@ -27,7 +27,8 @@ void AddBudget(CLI::App& app, Options& options)
 
 void AddTempDir(CLI::App& app, Options& options)
 {
-    app.add_option("--temp-dir", options.szTempDir, "Folder for temporary files [$TMPDIR, /tmp]")
+    app.add_option("--temp-dir", options.szTempDir,
+                   "Folder for temporary files [the system's: $TMPDIR or /tmp, %TMP% on Windows]")
         ->type_name("DIR");
 }
 
@@ -210,12 +211,10 @@ void Settle(Options& options)
         options.eScheme = bDump ? Scheme::Whole : Scheme::Unit;
 }
 
-bool Contains(int nArguments, char** ppArguments, std::string_view szWanted)
+bool Contains(const std::vector<std::string>& arguments, const char* pszWanted)
 {
-    for (int i = 1; i < nArguments && std::string_view(ppArguments[i]) != "--"; ++i)
-        if (szWanted == ppArguments[i])
-            return true;
-    return false;
+    const auto end = std::find(arguments.begin(), arguments.end(), "--");
+    return std::find(arguments.begin(), end, pszWanted) != end;
 }
 
 } // namespace
@@ -227,9 +226,9 @@ const char* CommandName(Command eCommand)
     return kNames[static_cast<int>(eCommand)];
 }
 
-void ParseCommandLine(int nArguments, char** ppArguments, Options& options)
+void ParseCommandLine(const std::vector<std::string>& arguments, Options& options)
 {
-    options.bJson = Contains(nArguments, ppArguments, "--json");
+    options.bJson = Contains(arguments, "--json");
     options.nThreads = host::ProcessorCount();
 
     CLI::App app(
@@ -237,6 +236,7 @@ void ParseCommandLine(int nArguments, char** ppArguments, Options& options)
         "imgband");
     app.set_version_flag("--version", "imgband " IMGBAND_VERSION);
     app.require_subcommand(1);
+    app.allow_windows_style_options(false); // a path may begin with a slash
     AddMake(app, options);
     AddInfo(app, options);
     AddConvert(app, options);
@@ -245,7 +245,7 @@ void ParseCommandLine(int nArguments, char** ppArguments, Options& options)
     AddPlan(app, options);
     AddClean(app, options);
     try {
-        app.parse(nArguments, ppArguments);
+        app.parse(std::vector(arguments.rbegin(), arguments.rend())); // it takes them from the end
     } catch (const CLI::ParseError& e) {
         if (e.get_exit_code() != 0)
             throw Failure(ExitStatus::WrongCommandLine, "", e.what(), "imgband --help");

@@ -110,4 +110,4 @@ const char* CommandName(Command eCommand);
 
 /// Fills the options. eCommand None: there was only help or the version to print, which is done.
 /// Throws Failure (WrongCommandLine); bJson is right even then.
-void ParseCommandLine(int nArguments, char** ppArguments, Options& options);
+void ParseCommandLine(const std::vector<std::string>& arguments, Options& options);

@@ -3,11 +3,11 @@
 #include "OutputFile.h"
 
 #include "Failure.h"
+#include "HostPaths.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <filesystem>
 
 namespace fs = std::filesystem;
 
@@ -18,23 +18,26 @@ constexpr const char* kTryElsewhere = "another folder for OUT";
 [[noreturn]] void FailWriting(const std::string& szPath, const char* pszWhat, const std::error_code& error)
 {
     const ExitStatus eStatus = StatusOfWriteError(error);
-    throw Failure(eStatus, szPath, fmt::format("{}: {}", pszWhat, error.message()),
+    throw Failure(eStatus, szPath, fmt::format("{}: {}", pszWhat, ErrorText(error)),
                   eStatus == ExitStatus::NoRoom ? kTryElsewhere : "");
 }
 
 std::string FolderOf(const std::string& szPath)
 {
-    const std::string szFolder = fs::path(szPath).parent_path().string();
+    const std::string szFolder = host::TextOf(host::PathOf(szPath).parent_path());
     return szFolder.empty() ? "." : szFolder;
 }
 
 // Replacing something that is no file would destroy it; a file that is write-protected is meant to stay.
 std::string ResolveTarget(const std::string& szPath)
 {
+    if (!host::IsFileName(szPath))
+        throw Failure(ExitStatus::NoRoom, szPath, "is no name for a file", "another name for OUT");
+    const fs::path path = host::PathOf(szPath);
     std::error_code error;
-    const fs::file_status status = fs::status(szPath, error);
+    const fs::file_status status = fs::status(path, error);
     if (status.type() == fs::file_type::not_found) {
-        if (fs::is_symlink(fs::symlink_status(szPath, error)))
+        if (fs::is_symlink(fs::symlink_status(path, error)))
             throw Failure(ExitStatus::NoRoom, szPath, "is a link to nothing", "another name for OUT");
         return szPath;
     }
@@ -44,10 +47,10 @@ std::string ResolveTarget(const std::string& szPath)
         throw Failure(ExitStatus::NoRoom, szPath, "exists and is not a regular file", "another name for OUT");
     if (!host::MayWrite(szPath))
         throw Failure(ExitStatus::NoRoom, szPath, "exists and is write-protected", "another name for OUT");
-    const fs::path target = fs::canonical(szPath, error);
+    const fs::path target = fs::canonical(path, error);
     if (error)
         FailWriting(szPath, "cannot be written", error);
-    return target.string();
+    return host::TextOf(target);
 }
 
 host::File CreateBeside(const std::string& szPath, const std::string& szTarget, std::string& szProvisional)
@@ -66,8 +69,8 @@ OutputFile::OutputFile(const std::string& szPath)
       m_file(CreateBeside(m_szPath, m_szTarget, m_szProvisional))
 {
     std::error_code error;
-    if (const fs::file_status status = fs::status(m_szTarget, error); fs::exists(status))
-        fs::permissions(m_szProvisional, status.permissions(), error); // best effort
+    if (const fs::file_status status = fs::status(host::PathOf(m_szTarget), error); fs::exists(status))
+        fs::permissions(host::PathOf(m_szProvisional), status.permissions(), error); // best effort
 }
 
 OutputFile::~OutputFile()
@@ -78,9 +81,7 @@ OutputFile::~OutputFile()
 
 std::uintmax_t OutputFile::AvailableBytes() const
 {
-    std::error_code error;
-    const fs::space_info space = fs::space(FolderOf(m_szTarget), error);
-    return std::min(error ? UINTMAX_MAX : space.available, host::FileSizeLimit());
+    return std::min(host::FreeBytes(FolderOf(m_szTarget)), host::FileSizeLimit());
 }
 
 void OutputFile::CheckRoom(std::int64_t nBytes) const

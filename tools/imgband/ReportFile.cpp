@@ -3,12 +3,11 @@
 #include "ReportFile.h"
 
 #include "Failure.h"
+#include "HostPaths.h"
 #include "LibraryTables.h"
 #include "OutputFile.h"
 #include "ReportDocument.h"
 #include "ReportPage.h"
-
-#include <filesystem>
 
 namespace fs = std::filesystem;
 
@@ -25,18 +24,18 @@ constexpr Form kForms[] = {{".html", ReportPage}, {".json", JsonText}, {".txt", 
 const Form* FormOf(const std::string& szPath)
 {
     for (const Form& form : kForms)
-        if (fs::path(szPath).extension() == form.pszEnding)
+        if (host::PathOf(szPath).extension() == form.pszEnding)
             return &form;
     return nullptr;
 }
 
-bool IsSameFile(const std::string& szA, const std::string& szB)
+bool IsSameFile(const fs::path& a, const fs::path& b)
 {
     std::error_code error;
-    if (fs::equivalent(szA, szB, error))
+    if (fs::equivalent(a, b, error))
         return true;
-    const fs::path a = fs::weakly_canonical(fs::absolute(szA, error), error);
-    return !error && a == fs::weakly_canonical(fs::absolute(szB, error), error);
+    const fs::path whole = fs::weakly_canonical(fs::absolute(a, error), error);
+    return !error && whole == fs::weakly_canonical(fs::absolute(b, error), error);
 }
 
 } // namespace
@@ -48,7 +47,7 @@ void CheckReportFiles(const Options& options)
             throw Failure(ExitStatus::WrongCommandLine, szReport, "the report's name tells no form",
                           "a name that ends in .html, .json or .txt");
         for (const std::string& szPicture : {options.szInput, options.szOutput})
-            if (!szPicture.empty() && IsSameFile(szReport, szPicture))
+            if (!szPicture.empty() && IsSameFile(host::PathOf(szReport), host::PathOf(szPicture)))
                 throw Failure(ExitStatus::WrongCommandLine, szReport,
                               "the report would replace the job's own picture", "another name");
     }

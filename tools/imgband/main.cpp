@@ -8,7 +8,8 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <string_view>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -65,11 +66,11 @@ bool UsesLibrary(Command eCommand)
     return eCommand != Command::None && eCommand != Command::Info && eCommand != Command::Clean;
 }
 
-ExitStatus RunProgram(int nArguments, char** ppArguments)
+ExitStatus RunProgram(const std::vector<std::string>& arguments)
 {
     Options options;
     try {
-        ParseCommandLine(nArguments, ppArguments, options);
+        ParseCommandLine(arguments, options);
         CheckReportFiles(options);
     } catch (const Failure& failure) {
         Report(options).PrintFailure(failure);
@@ -86,11 +87,11 @@ ExitStatus RunProgram(int nArguments, char** ppArguments)
 
 /// What is left to do for a run that a signal ended: the arguments are its exit status, log folder and
 /// --json.
-int FinishInterruptedRun(int nArguments, char** ppArguments)
+int FinishInterruptedRun(const std::vector<std::string>& arguments)
 {
-    const int nStatus = nArguments > 2 ? std::atoi(ppArguments[2]) : 0;
-    CleanUpInterruptedRun(nArguments > 3 ? ppArguments[3] : "");
-    PrintInterrupted(nStatus, nArguments > 4 && std::string_view(ppArguments[4]) == "--json");
+    const int nStatus = arguments.size() > 1 ? std::atoi(arguments[1].c_str()) : 0;
+    CleanUpInterruptedRun(arguments.size() > 2 ? arguments[2] : "");
+    PrintInterrupted(nStatus, arguments.size() > 3 && arguments[3] == "--json");
     return nStatus;
 }
 
@@ -99,9 +100,10 @@ int FinishInterruptedRun(int nArguments, char** ppArguments)
 int main(int nArguments, char** ppArguments)
 {
     host::PrepareProcess();
-    if (nArguments > 1 && std::string_view(ppArguments[1]) == kInterruptedCommand)
-        return FinishInterruptedRun(nArguments, ppArguments);
-    const ExitStatus eStatus = RunProgram(nArguments, ppArguments);
+    const std::vector<std::string> arguments = host::Arguments(nArguments, ppArguments);
+    if (!arguments.empty() && arguments[0] == kInterruptedCommand)
+        return FinishInterruptedRun(arguments);
+    const ExitStatus eStatus = RunProgram(arguments);
     if (std::fflush(stdout) != 0 && eStatus == ExitStatus::Done) {
         std::fputs("imgband: standard output could not be written\n", stderr);
         return static_cast<int>(ExitStatus::NoRoom);
