@@ -1,5 +1,7 @@
 #pragma once
-// How the examples open their files. The library takes the system's own handles, and leaves them open.
+// How the examples open their files. The library takes the system's own handles, and leaves them open. Comes
+// before every other header.
+#define _FILE_OFFSET_BITS 64 // on 32-bit Linux, files of 2 GiB and more
 #include <MemoryManager/MemoryManager.h>
 
 #if defined(_WIN32)

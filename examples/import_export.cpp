@@ -7,15 +7,14 @@
 #include <cstdio>
 #include <cstring>
 
-/// Describes the bitmap in hIn and the one to be written to hOut; false if hIn is no 24-bit bitmap.
-bool Describe(HANDLE hIn, HANDLE hOut, T_ImgInf& in, T_ImgInf& out)
+/// Describes the bitmap in hIn and the one to be written; false if hIn is no 24-bit bitmap.
+bool Describe(HANDLE hIn, T_ImgInf& in, T_ImgInf& out)
 {
     unsigned char header[54];
     if (!ReadStart(hIn, header, sizeof(header)) || header[0] != 'B' || header[28] != 24)
         return false;
     ZBT_IMAGE_IN_FILE pair{};
     pair.hInImage = hIn;
-    pair.hOutImage = hOut;
     std::memcpy(&pair.nInOffset, header + 10, 4);
     std::memcpy(&pair.nInWidth, header + 18, 4);
     std::memcpy(&pair.nInHeight, header + 22, 4);
@@ -37,12 +36,12 @@ void Invert(const T_ImageLrg_tag& band)
 int main(int argc, char** argv)
 {
     const HANDLE hIn = argc == 3 ? OpenInput(argv[1]) : nullptr;
-    const HANDLE hOut = argc == 3 ? CreateOutput(argv[2]) : nullptr;
     T_ImgInf in{}, out{};
-    if (!Describe(hIn, hOut, in, out)) {
+    if (!Describe(hIn, in, out)) {
         std::fprintf(stderr, "usage: import_export IN.bmp OUT.bmp (IN has 24 bits a pixel)\n");
         return 2;
     }
+    out.hData = CreateOutput(argv[2]);
     CImageObj::InitBaseMemory(64 << 20, 32 << 20); // the budget, and the largest single mapping
     CImageObj image;
     DWORD nResult = ImportImg(&image, &in, 1, nullptr); // 1: a bitmap's lines are stored bottom-up

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The host that README.md shows is examples/import_export.cpp, character for character.
 set -euo pipefail
-cd "$(dirname "$0")/.."
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 diff -u examples/import_export.cpp <(sed -n '/^```cpp$/,/^```$/{//!p}' README.md)
 echo "README.md shows examples/import_export.cpp"

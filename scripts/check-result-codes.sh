@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # docs/result-codes.md lists what MemoryManager/ResultCodes.h defines. Usage: scripts/check-result-codes.sh [--write]
 set -euo pipefail
-cd "$(dirname "$0")/.."
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 table() {
     printf '# Result codes\n\nMade from `MemoryManager/ResultCodes.h` by `scripts/check-result-codes.sh --write`.\n\n'

@@ -8,7 +8,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 bits=$1
 mkdir -p build/wine/locale
 need_packages locales
-[ -d build/wine/locale/ja_JP.UTF-8 ] || localedef -i ja_JP -f UTF-8 build/wine/locale/ja_JP.UTF-8
+localedef -i ja_JP -f UTF-8 build/wine/locale/ja_JP.UTF-8
 
 if [ "$bits" = 64 ]; then
     need_packages wine64
@@ -21,3 +21,6 @@ scripts/wine.sh "$bits" cmd /c ver
 for drive in d e; do
     ln -sfn ../drive_c "build/wine/prefix$bits/dosdevices/$drive:"
 done
+# A server that stays for a while: one that ends with its last program may end while the next one calls it.
+scripts/wine.sh "$bits" wineserver -w
+scripts/wine.sh "$bits" wineserver -p600 </dev/null >/dev/null 2>&1

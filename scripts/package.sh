@@ -40,7 +40,8 @@ package_linux() {
     flags="$(dpkg-buildflags --get CPPFLAGS) $(dpkg-buildflags --get CXXFLAGS) -g0"
     linker_flags=$(dpkg-buildflags --get LDFLAGS)
     # fmt from its headers: the tool then needs no library that another system has in another version.
-    local options=(-DMM_BUILD_TESTS=OFF -DMM_BUILD_BENCHMARKS=OFF -DMM_HEADERS_ONLY=ON -DCMAKE_CXX_FLAGS="$flags"
+    collect_documents libcli11-dev nlohmann-json3-dev libfmt-dev
+    local options=(-DMM_NOTICES="$documents/NOTICES" -DMM_BUILD_TESTS=OFF -DMM_BUILD_BENCHMARKS=OFF -DMM_HEADERS_ONLY=ON -DCMAKE_CXX_FLAGS="$flags"
         -DCMAKE_SHARED_LINKER_FLAGS="$linker_flags" -DCMAKE_EXE_LINKER_FLAGS="$linker_flags")
     build_linux() { # prefix: the library's folder below it depends on it, and where the tool looks for the library
         cmake --preset release -B "$builds/shared" "${options[@]}" -DCMAKE_INSTALL_PREFIX="$1" >/dev/null
@@ -53,23 +54,26 @@ package_linux() {
     build_linux /usr
     pack DEB unused "$both"
     build_linux /opt/memorymanager
-    collect_documents libcli11-dev nlohmann-json3-dev libfmt-dev
     pack TGZ "$name" "$both" /share/doc/MemoryManager
 }
 
 package_windows() {
-    need_packages g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix libgtest-dev libgmock-dev
+    need_packages g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix clang libgtest-dev libgmock-dev
     local preset
     for preset in win32 win64; do
         cmake --preset $preset >/dev/null
         cmake --build --preset $preset --parallel "$(nproc)" --target MemoryManager imgband -- --quiet
     done
-    collect_documents libcli11-dev nlohmann-json3-dev libfmt-dev mingw-w64-common
+    collect_documents libcli11-dev nlohmann-json3-dev libfmt-dev mingw-w64-common gcc-mingw-w64-base
     sed "s/@PROJECT_VERSION@/$version/; s/\$/\r/" packaging/windows/README.txt.in >"$documents/README.txt"
     pack ZIP "memorymanager-$version-windows" \
         "$PWD/build/win64;MemoryManager;ALL;/x64;$PWD/build/win32;MemoryManager;ALL;/x86" /
 }
 
+case $system in
+linux | windows | 'linux windows') ;;
+*) echo "Usage: scripts/package.sh [linux|windows]" >&2; exit 2 ;;
+esac
 rm -rf "$packages"/*
 for name in $system; do
     "package_$name"

@@ -30,6 +30,12 @@ step() { # title, command
     closing_lines+=("passed: $1")
 }
 
+not_run() { # what, and why: told to who runs all tests, too
+    mkdir -p build/results
+    echo "NOT RUN: $1" >>build/results/package-not-run
+    closing_lines+=("NOT RUN: $1")
+}
+
 files_below() { (cd "$1" && find . ! -type d | LC_ALL=C sort | sed "s|^\./||; s/$version/VERSION/g"); }
 
 install_all() { # every component apart, then all of them together in one folder that is moved
@@ -132,11 +138,14 @@ pkg_config_works() {
 subdirectory_works() {
     local kind
     for kind in shared static; do
-        consumer "inside-$kind" -DMM_SOURCES="$PWD" -DBUILD_SHARED_LIBS=$([ $kind = shared ] && echo ON || echo OFF)
+        consumer "inside-$kind" -DMM_SOURCES="$PWD" $([ $kind = shared ] || echo -DBUILD_SHARED_LIBS=OFF)
         run_host "$work/inside-$kind/host17" $kind
         quietly cmake --install "$work/inside-$kind" --prefix "$work/inside-$kind/prefix"
         [ ! -e "$work/inside-$kind/prefix" ] || fail "the library installs itself with a project that only uses it"
     done
+    if grep -q '^BUILD_SHARED_LIBS' "$work/inside-shared/CMakeCache.txt"; then
+        fail "the library decides what kind of library those of its host are"
+    fi
 }
 
 tool_is_documented() { # every option that the tool tells of is in its page
@@ -160,6 +169,10 @@ packages_are_sound() {
         dpkg-deb -x "$deb" "$unpacked"
     done
     [ "${names[*]}" = "imgband libmemorymanager-dev libmemorymanager1" ] || fail "packages: ${names[*]}"
+    consumer from-debian -DCMAKE_PREFIX_PATH="$unpacked/usr" -DMM_COMPONENTS="Runtime;Development;Tools"
+    quietly env LD_LIBRARY_PATH="$(echo "$unpacked"/usr/lib/*-linux-gnu)" "$work/from-debian/host17"
+    printed "MemoryManager $version, headers of $version: done"
+    (cd "$packages" && quietly sha256sum --check ./*.sha256)
     mkdir "$work/archive"
     tar xf "$packages/memorymanager-$version-linux-$(uname -m).tar.gz" -C "$work/archive"
     archive=$(echo "$work"/archive/*)
@@ -197,7 +210,7 @@ windows_archive() {
     if scripts/install-wine.sh 32 >"$work/output" 2>&1 && scripts/install-wine.sh 64 >"$work/output" 2>&1; then
         step "archive for Windows: hosts and tool, 32 and 64 bits" windows_archive_works
     else
-        closing_lines+=("not run: archive for Windows ($(tail -1 "$work/output"))")
+        not_run "archive for Windows ($(tail -1 "$work/output"))"
     fi
 }
 
@@ -212,6 +225,7 @@ files_of_root() { # but what apt and dpkg keep for themselves
 
 packages_work_on_bare_debian() {
     local deb debs=() names=(libmemorymanager1 libmemorymanager-dev imgband)
+    rm -rf "$root"
     cp -a build/bare-root "$root"
     files_of_root >"$work/before"
     for deb in "$packages"/*.deb; do
@@ -237,7 +251,7 @@ bare_debian() {
     if [ -d build/bare-root ] || retry make_root build/bare-root "$(dpkg --print-architecture)" ""; then
         step "packages on a bare Debian: installed, run, purged" packages_work_on_bare_debian
     else
-        closing_lines+=("not run: packages on a bare Debian (no root could be made: build/bare-root.log)")
+        not_run "packages on a bare Debian (no root could be made: build/bare-root.log)"
     fi
 }
 

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds every target and runs all tests. Usage: scripts/test.sh [--quick]
 #   --quick  64-bit Linux only
-# Installs the Debian packages it needs. Build folders are build/<preset>; build/wine runs the Windows programs.
+# Installs the Debian packages it needs. Needs root: for the Windows programs, full disks and the packages' test.
+# Build folders are build/<preset>; build/wine runs the Windows programs.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/packages.sh
@@ -9,7 +10,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 case "$#:${1-}" in
 0:) targets=(linux-x86-64 linux-i386 windows-x86 windows-x86-64) ;;
 1:--quick) targets=(linux-x86-64) ;;
-*) sed -n '2,3s/^# //p' "$0" >&2; exit 2 ;;
+*) echo "Usage: scripts/test.sh [--quick]" >&2; exit 2 ;;
 esac
 
 jobs=$(nproc)
@@ -17,6 +18,19 @@ results=build/results
 rm -rf "$results"
 mkdir -p "$results"
 closing_lines=()
+not_run=0
+wine_installation=
+
+close() { # at the end, whatever it is
+    [ -z "$wine_installation" ] || kill -- "-$wine_installation" 2>/dev/null || true
+    local bits
+    for bits in 32 64; do
+        [ ! -e "$results/wine$bits" ] || scripts/wine.sh "$bits" wineserver -k || true
+    done
+    printf '\n'
+    printf '%s\n' "${closing_lines[@]}"
+}
+trap close EXIT
 
 step() { # title, command
     local title=$1 start=$SECONDS
@@ -38,7 +52,7 @@ run_tests() { # preset
 }
 
 count() { # preset, attribute of its results
-    sed -nE "0,/<testsuite/s/.*$2=\"([0-9]+)\".*/\1/p" "$results/$1.xml" | head -1
+    sed -nE "/<testsuite/,/>/s/.*\b$2=\"([0-9]+)\".*/\1/p" "$results/$1.xml" | grep -m1 .
 }
 
 build_and_test() { # preset, title, further settings of CMake
@@ -62,11 +76,13 @@ install_wine() {
 # A target whose run-time cannot be had is built, and named as not run.
 build_and_test_under_wine() { # word size, title
     local settings=(-DMM_NATIVE_TOOL_TESTS="$PWD/build/release/tests/tool/tool_tests")
-    wait "$wine_installation" || true
+    [ -z "$wine_installation" ] || wait "$wine_installation" || true
+    wine_installation=
     if [ -e "$results/wine$1" ]; then
         build_and_test "win$1" "$2" "${settings[@]}"
     else
         step "$2: build" build "win$1" "${settings[@]}"
+        not_run=$((not_run + 1))
         closing_lines+=("NOT RUN: $2: Wine for $1 bits could not be installed: $(tail -1 "$results/wine$1.log")")
     fi
 }
@@ -76,8 +92,10 @@ need_packages "${BUILD_PACKAGES[@]}" clang libclang-rt-14-dev libgtest-dev libgm
     g++-multilib binutils jq imagemagick netpbm e2fsprogs chromium fonts-noto-cjk fonts-dejavu-core
 if [ ${#targets[@]} -gt 1 ]; then
     need_packages g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix
+    set -m # a group of its own, to be ended as a whole
     install_wine &
     wine_installation=$!
+    set +m
 fi
 
 libraries=()
@@ -103,14 +121,16 @@ for target in "${targets[@]}"; do
         ;;
     esac
 done
-step "interface as described" scripts/check-interface.sh "${libraries[@]}"
+step "interface as described: ${targets[*]}" scripts/check-interface.sh "${libraries[@]}"
 step "changes of the interface are found" scripts/check-interface.sh --self-test
 step "documented result codes" scripts/check-result-codes.sh
 if [ ${#targets[@]} -gt 1 ]; then
     step "public headers alone, with every compiler" scripts/check-headers.sh
     step "packages and their users" scripts/test-package.sh
+    if [ -e "$results/package-not-run" ]; then
+        not_run=$((not_run + $(wc -l <"$results/package-not-run")))
+        mapfile -t -O ${#closing_lines[@]} closing_lines <"$results/package-not-run"
+    fi
 fi
 
-printf '\n'
-printf '%s\n' "${closing_lines[@]}"
-echo "$passed passed, 0 failed, $all_skipped skipped"
+closing_lines+=("" "Parts that were not run: $not_run" "$passed passed, 0 failed, $all_skipped skipped")

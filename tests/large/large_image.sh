@@ -10,7 +10,7 @@ folder=$(mktemp -d "${TMPDIR:-/tmp}/large_image.XXXXXX")
 trap 'rm -rf "$folder"' EXIT
 cd "$folder"
 mkdir temp
-if [ "$(df --output=avail -B1000000000 . | tail -1)" -lt 9 ]; then
+if [ "$(df --output=avail -B1 . | tail -1)" -lt 9000000000 ]; then
     echo "skipped: less than 9 GB are free in $folder"
     exit 77
 fi

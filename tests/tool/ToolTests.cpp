@@ -157,11 +157,12 @@ TEST_F(Tool, LeavesNothingAfterASignal)
     for (const auto& [nSignal, nStatus] : {std::pair(SIGTERM, 143), {SIGINT, 130}, {SIGKILL, -SIGKILL}}) {
         if (kWindowsProgram && nSignal != SIGINT)
             continue;
-        const auto fnSend = [this, nNumber = nSignal](pid_t nChild) {
+        bool bSent = false;
+        const auto fnSend = [&, nNumber = nSignal](pid_t nChild) {
             // The output's file is older. Not every file: a sanitizer's start puts one of its own there.
             for (const auto& entry : std::filesystem::directory_iterator(At("tmp")))
-                if (entry.path().filename().string().starts_with("LRG"))
-                    return static_cast<void>(kill(nChild, nNumber));
+                if (!bSent && entry.path().filename().string().starts_with("LRG"))
+                    bSent = kill(nChild, nNumber) == 0;
         };
         const Outcome ended =
             Watch("exec $IMGBAND make a.bmp --size 9000x9000 --budget 12M --temp-dir tmp --json", fnSend);

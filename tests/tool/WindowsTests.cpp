@@ -2,6 +2,8 @@
 
 #include "ToolFixture.h"
 
+#include <regex>
+
 namespace {
 
 using nlohmann::ordered_json;
@@ -39,6 +41,16 @@ TEST_F(ToolOnWindows, DoesWhatThisBuildDoesUnderNamesInUnicode)
          {outcome.szOut, outcome.szErr, szTables, Load("報告.html"), Load("報告.json")})
         EXPECT_EQ(string::npos, szText.find('\r'));
     EXPECT_EQ("", Shell("ls '一時 é' tmp | grep LRG").szOut);
+}
+
+TEST_F(ToolOnWindows, ShowsEveryCharacterOnAConsole)
+{
+    if (access("/usr/bin/script", X_OK) != 0)
+        GTEST_SKIP() << "bsdutils is not installed";
+    const string szScreen =
+        Shell("script -qec \"$IMGBAND make 日本語.bmp --size 20x20 --json\" /dev/null </dev/null").szOut;
+    const string szText = std::regex_replace(szScreen, std::regex("\033\\[[0-9;?]*[A-Za-z]"), "");
+    EXPECT_THAT(szText, AllOf(HasSubstr("\"イメージ書込み\","), HasSubstr("日本語.bmp:"))) << szScreen;
 }
 
 TEST_F(ToolOnWindows, ReplacesFilesAndNothingElse)

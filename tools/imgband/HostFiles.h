@@ -18,7 +18,7 @@ namespace host {
 
 /// Readies the process before any file is opened: no file can get the number that means "none", and a
 /// file-size limit or a closed pipe is an error to report instead of the program's end. What is written to
-/// the standard streams arrives byte for byte; a console shows it as UTF-8.
+/// the standard streams arrives byte for byte.
 void PrepareProcess();
 
 /// The program's arguments in UTF-8, without its own name.
@@ -74,6 +74,12 @@ void Discard(const std::string& szProvisional) noexcept;
 
 bool MayWrite(const std::string& szPath);
 
+/// Where a file that exists is, behind all links.
+std::string RealPath(const std::string& szPath);
+
+/// Bytes that this user may still write to the disk of a folder; the largest number when unknown.
+std::uintmax_t FreeBytes(const std::string& szFolder);
+
 /// Whether a file can have this name. Windows keeps some for devices, and does not take some characters.
 bool IsFileName(const std::string& szPath);
 
@@ -98,6 +104,9 @@ std::string RuntimeFolder();
 /// system does not know the code page, that is every byte above 0x7F.
 std::string Utf8FromCp932(const std::string& szText);
 std::string Cp932FromUtf8(const std::string& szText);
+
+/// Writes text to a standard stream; a console shows it whatever its code page is.
+void Print(std::FILE* pStream, const std::string& szText);
 
 /// Whether what is written to a stream appears on a terminal that knows escape sequences.
 bool IsTerminal(std::FILE* pStream);

@@ -262,6 +262,18 @@ bool MayWrite(const std::string& szPath)
     return access(szPath.c_str(), W_OK) == 0;
 }
 
+std::string RealPath(const std::string& szPath)
+{
+    return TextOf(std::filesystem::canonical(PathOf(szPath)));
+}
+
+std::uintmax_t FreeBytes(const std::string& szFolder)
+{
+    std::error_code error;
+    const std::filesystem::space_info space = std::filesystem::space(PathOf(szFolder), error);
+    return error ? UINTMAX_MAX : space.available;
+}
+
 bool IsFileName(const std::string&)
 {
     return true;

@@ -56,7 +56,8 @@ File File::CreateProvisional(const std::string& szFolder, std::string& szPath)
     const InterruptsHeld held;
     HANDLE hFile;
     do {
-        szPath = szFolder + "/" + UnusedName(".imgband-");
+        szPath =
+            TextOf(PathOf(szFolder) / UnusedName(".imgband-")); // "c:" and a name is in its current folder
         hFile = Open(PathOf(szPath), GENERIC_READ | GENERIC_WRITE, kShared, CREATE_NEW, 0);
     } while (!hFile && GetLastError() == ERROR_FILE_EXISTS);
     if (!hFile)
@@ -153,6 +154,33 @@ bool MayWrite(const std::string& szPath)
         return GetLastError() == ERROR_SHARING_VIOLATION;
     CloseHandle(hFile);
     return true;
+}
+
+// Asked of the system: the standard library here takes a share's name for a folder of the current drive.
+std::string RealPath(const std::string& szPath)
+{
+    constexpr std::wstring_view kLong = L"\\\\?\\", kShare = L"\\\\?\\UNC\\";
+    const HANDLE hFile = Open(PathOf(szPath), 0, kShared, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+    std::wstring szReal(hFile ? GetFinalPathNameByHandleW(hFile, nullptr, 0, 0) : 0, L'\0');
+    if (!szReal.empty())
+        szReal.resize(GetFinalPathNameByHandleW(hFile, szReal.data(), static_cast<DWORD>(szReal.size()), 0));
+    const DWORD nError = GetLastError();
+    if (hFile)
+        CloseHandle(hFile);
+    if (szReal.empty())
+        throw std::system_error(static_cast<int>(nError), std::system_category(), "find");
+    if (szReal.starts_with(kShare))
+        szReal.replace(0, kShare.size(), L"\\\\");
+    else if (szReal.starts_with(kLong))
+        szReal.erase(0, kLong.size());
+    return TextOf(szReal);
+}
+
+std::uintmax_t FreeBytes(const std::string& szFolder)
+{
+    ULARGE_INTEGER nFree = {};
+    return GetDiskFreeSpaceExW((PathOf(szFolder) / "").c_str(), &nFree, nullptr, nullptr) ? nFree.QuadPart
+                                                                                          : UINTMAX_MAX;
 }
 
 bool IsFileName(const std::string& szPath)

@@ -6,6 +6,7 @@
 #include "HostPaths.h"
 #include "WindowsText.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <mutex>
 #include <optional>
@@ -34,25 +35,26 @@ Interruption& g_interruption = *new Interruption;
 struct Console
 {
     HANDLE hScreen = INVALID_HANDLE_VALUE;
-    UINT nCodePage = 0;
     DWORD nMode = 0;
 };
 Console g_console;
 
 void RestoreConsole()
 {
-    if (g_console.hScreen == INVALID_HANDLE_VALUE)
-        return;
-    SetConsoleMode(g_console.hScreen, g_console.nMode);
-    SetConsoleOutputCP(g_console.nCodePage);
+    if (g_console.hScreen != INVALID_HANDLE_VALUE)
+        SetConsoleMode(g_console.hScreen, g_console.nMode);
+}
+
+HANDLE HandleOf(std::FILE* pStream)
+{
+    return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(pStream)));
 }
 
 /// The mode of the console that a stream goes to; none for a file or pipe.
 std::optional<DWORD> ConsoleMode(std::FILE* pStream)
 {
     DWORD nMode = 0;
-    const HANDLE hStream = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(pStream)));
-    return GetConsoleMode(hStream, &nMode) ? std::optional(nMode) : std::nullopt;
+    return GetConsoleMode(HandleOf(pStream), &nMode) ? std::optional(nMode) : std::nullopt;
 }
 
 void ReadyConsole()
@@ -61,10 +63,8 @@ void ReadyConsole()
         return;
     g_console.hScreen = CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE,
                                     FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
-    g_console.nCodePage = GetConsoleOutputCP();
     GetConsoleMode(g_console.hScreen, &g_console.nMode);
     std::atexit(RestoreConsole);
-    SetConsoleOutputCP(CP_UTF8);
     SetConsoleMode(g_console.hScreen, g_console.nMode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
 }
 
@@ -130,6 +130,24 @@ void PrepareProcess()
     for (std::FILE* pStream : {stdout, stderr})
         _setmode(_fileno(pStream), _O_BINARY);
     ReadyConsole();
+}
+
+// The bytes of a character must not reach a console one by one, as an unbuffered stream writes them.
+void Print(std::FILE* pStream, const std::string& szText)
+{
+    constexpr std::size_t kMostAtOnce = 8000; // older systems refuse more than 64 KiB
+    if (!ConsoleMode(pStream)) {
+        std::fwrite(szText.data(), 1, szText.size(), pStream);
+        return;
+    }
+    const std::wstring szWide = WideText(CP_UTF8, szText);
+    for (std::size_t nAt = 0, nChars; nAt < szWide.size(); nAt += nChars) {
+        nChars = std::min(szWide.size() - nAt, kMostAtOnce);
+        if (nAt + nChars < szWide.size() &&
+            IS_HIGH_SURROGATE(szWide[nAt + nChars - 1])) // its other half comes next
+            --nChars;
+        WriteConsoleW(HandleOf(pStream), szWide.data() + nAt, static_cast<DWORD>(nChars), nullptr, nullptr);
+    }
 }
 
 bool IsTerminal(std::FILE* pStream)

@@ -2,18 +2,15 @@
 // Names of files. Texts of the tool are UTF-8, whatever the system's own names are made of; outside Windows a
 // name's bytes go through as they are.
 
-#include <cstdint>
 #include <filesystem>
 #include <string>
 
 namespace host {
 
-/// The only way from a text to a path of the standard library and back.
+/// The only way from a text to a path of the standard library and back. What is no text in a name of the
+/// system's becomes U+FFFD on Windows.
 std::filesystem::path PathOf(const std::string& szText);
 std::string TextOf(const std::filesystem::path& path);
-
-/// Bytes that this user may still write to the disk of a folder; the largest number when unknown.
-std::uintmax_t FreeBytes(const std::string& szFolder);
 
 /// A file name that nobody can foresee, with this beginning.
 std::string UnusedName(const std::string& szBeginning);

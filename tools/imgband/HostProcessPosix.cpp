@@ -57,6 +57,11 @@ std::string RuntimeFolder()
     return TemporaryFolder();
 }
 
+void Print(std::FILE* pStream, const std::string& szText)
+{
+    std::fputs(szText.c_str(), pStream);
+}
+
 bool IsTerminal(std::FILE* pStream)
 {
     return isatty(fileno(pStream)) == 1;

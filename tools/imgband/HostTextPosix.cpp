@@ -2,6 +2,8 @@
 
 #include "HostFiles.h"
 
+#include "HostPaths.h"
+
 #include <iconv.h>
 
 namespace host {
@@ -56,6 +58,11 @@ std::string Convert(std::string szText, const char* pszTo, const char* pszFrom, 
 }
 
 } // namespace
+
+std::string TextOf(const std::filesystem::path& path)
+{
+    return path.string();
+}
 
 std::string Utf8FromCp932(const std::string& szText)
 {

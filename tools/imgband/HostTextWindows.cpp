@@ -1,6 +1,8 @@
 // Conversion of texts on Windows.
 
 #include "HostFiles.h"
+
+#include "HostPaths.h"
 #include "WindowsText.h"
 
 namespace host {
@@ -36,6 +38,11 @@ std::string NarrowText(unsigned nCodePage, std::wstring_view szText)
     szBytes.resize(static_cast<std::size_t>(WideCharToMultiByte(
         nCodePage, nFlags, szText.data(), nChars, szBytes.data(), 4 * nChars, nullptr, nullptr)));
     return szBytes;
+}
+
+std::string TextOf(const std::filesystem::path& path)
+{
+    return NarrowText(CP_UTF8, path.native());
 }
 
 // The system itself would replace what is no text by a character of the code page.

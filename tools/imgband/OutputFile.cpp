@@ -47,10 +47,11 @@ std::string ResolveTarget(const std::string& szPath)
         throw Failure(ExitStatus::NoRoom, szPath, "exists and is not a regular file", "another name for OUT");
     if (!host::MayWrite(szPath))
         throw Failure(ExitStatus::NoRoom, szPath, "exists and is write-protected", "another name for OUT");
-    const fs::path target = fs::canonical(path, error);
-    if (error)
-        FailWriting(szPath, "cannot be written", error);
-    return host::TextOf(target);
+    try {
+        return host::RealPath(szPath);
+    } catch (const std::system_error& e) {
+        FailWriting(szPath, "cannot be written", e.code());
+    }
 }
 
 host::File CreateBeside(const std::string& szPath, const std::string& szTarget, std::string& szProvisional)

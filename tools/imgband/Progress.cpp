@@ -2,6 +2,8 @@
 
 #include "Progress.h"
 
+#include "HostFiles.h"
+
 #include <cstdio>
 #include <fmt/format.h>
 
@@ -39,7 +41,7 @@ void Progress::Advance()
 void Progress::Wipe()
 {
     if (m_bDrawn)
-        std::fputs(kWipe, stderr);
+        host::Print(stderr, kWipe);
     m_bDrawn = false;
 }
 
@@ -48,7 +50,7 @@ void Progress::Draw(const std::string& szText)
     const auto now = std::chrono::steady_clock::now();
     if (m_bSilent || now - m_lastDrawn < kPause)
         return;
-    std::fputs((kWipe + szText).c_str(), stderr);
+    host::Print(stderr, kWipe + szText);
     m_lastDrawn = now;
     m_bDrawn = true;
 }

@@ -13,11 +13,6 @@ using nlohmann::ordered_json;
 
 namespace {
 
-void Print(std::FILE* pStream, const std::string& szText)
-{
-    std::fputs(szText.c_str(), pStream);
-}
-
 double SecondsSince(std::chrono::steady_clock::time_point begin)
 {
     return SecondsBetween(begin, std::chrono::steady_clock::now());
@@ -145,7 +140,7 @@ void Report::WarnAboutBudget(const StepPlan& step)
 void Report::Say(const std::string& szText)
 {
     m_progress.Wipe();
-    Print(stderr, szText);
+    host::Print(stderr, szText);
 }
 
 ordered_json Report::Document(const Failure* pFailure) const
@@ -178,9 +173,9 @@ void Report::PrintSuccess()
 {
     m_document = Document(nullptr);
     if (m_options.bJson)
-        Print(stdout, JsonText(m_document));
+        host::Print(stdout, JsonText(m_document));
     else if (!m_options.bQuiet)
-        Print(stdout, m_options.bPlan ? m_plan.Table() : m_szData);
+        host::Print(stdout, m_options.bPlan ? m_plan.Table() : m_szData);
     TellTotal();
     if (!m_options.bQuiet && !m_szSummary.empty())
         Say(m_szSummary + "\n");
@@ -192,9 +187,9 @@ void Report::PrintFailure(const Failure& failure)
         CloseStep(false);
     m_document = Document(&failure);
     if (m_options.bJson)
-        Print(stdout, JsonText(m_document));
+        host::Print(stdout, JsonText(m_document));
     else if (!m_options.bQuiet)
-        Print(stdout, m_szData); // what was found before
+        host::Print(stdout, m_szData); // what was found before
     Say(fmt::format("imgband: {}\n", failure.Message()));
 }
 
@@ -221,7 +216,8 @@ void PrintInterrupted(int nStatus, bool bJson)
     if (bJson) {
         ordered_json json = HeadJson(Command::None, false, nStatus);
         json["error"] = {{"message", szMessage}};
-        Print(stdout, JsonText(json));
+        host::Print(stdout, JsonText(json));
     }
-    Print(stderr, fmt::format("{}imgband: {}\n", host::IsTerminal(stderr) ? Progress::kWipe : "", szMessage));
+    host::Print(stderr,
+                fmt::format("{}imgband: {}\n", host::IsTerminal(stderr) ? Progress::kWipe : "", szMessage));
 }
