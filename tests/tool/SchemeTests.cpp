@@ -6,12 +6,7 @@
 
 namespace {
 
-constexpr bool kSanitized =
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    true;
-#else
-    false;
-#endif
+constexpr bool kSanitized = IMGBAND_IS_SANITIZED; // the program, not this one
 
 class Schemes : public Tool
 {
