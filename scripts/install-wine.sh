@@ -23,4 +23,6 @@ for drive in d e; do
 done
 # A server that stays for a while: one that ends with its last program may end while the next one calls it.
 scripts/wine.sh "$bits" wineserver -w
+# So do the system's own processes, which keep what they were given for output: not that of a test.
 scripts/wine.sh "$bits" wineserver -p600 </dev/null >/dev/null 2>&1
+scripts/wine.sh "$bits" cmd /c exit </dev/null >/dev/null 2>&1

@@ -28,6 +28,7 @@ constexpr mode_t kOwnerOnly = 0600;
 /// before it believes that the file is held.
 constexpr int kOpenTries = 25;
 constexpr DWORD kOpenPauseMs = 4;
+constexpr int kLostNames = 1000; // in a row, each within microseconds: a clean-up that never pauses
 
 /// The name of a file that is deleted on close.
 struct PlaceHolder
@@ -64,9 +65,10 @@ bool IsNamed(const char* pszPath, int nDescriptor)
 /// Opens and locks the file of that name, whatever clean-ups do meanwhile. Empty: the last error tells why.
 Descriptor OpenLocked(const char* pszPath, int nFlags, int nLock, struct stat* pOpened)
 {
-    for (int nTry = 0; nTry < kOpenTries; ++nTry) {
+    for (int nHeld = 0, nLost = 0; nHeld < kOpenTries && nLost < kLostNames;) {
         Descriptor file = OpenDescriptor(pszPath, nFlags);
         if (file && !Lock(file, nLock)) {
+            ++nHeld;
             Sleep(kOpenPauseMs);
             continue;
         }
@@ -76,6 +78,8 @@ Descriptor OpenLocked(const char* pszPath, int nFlags, int nLock, struct stat* p
         }
         if (IsNamed(pszPath, *pOpened))
             return file;
+        ++nLost;
+        nHeld = 0; // that was a clean-up, not somebody who keeps the file
     }
     Fail(ERROR_SHARING_VIOLATION);
     return Descriptor();
