@@ -22,6 +22,7 @@ for drive in d e; do
     ln -sfn ../drive_c "build/wine/prefix$bits/dosdevices/$drive:"
 done
 # A server that stays for a while: one that ends with its last program may end while the next one calls it.
+scripts/wine.sh "$bits" wineserver -k || true
 scripts/wine.sh "$bits" wineserver -w
 # So do the system's own processes, which keep what they were given for output: not that of a test.
 scripts/wine.sh "$bits" wineserver -p600 </dev/null >/dev/null 2>&1
