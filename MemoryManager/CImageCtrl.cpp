@@ -195,7 +195,7 @@ DWORD CImageCtrl::ConvertFile(int nSize)
 DWORD CImageCtrl::DebugConvertWrite(T_Image_tag* pFlat, LONG nTotalBytes, LONG nHeaderBytes)
 {
     const LONGLONG nData = LONGLONG{nTotalBytes} - nHeaderBytes;
-    if (pFlat == nullptr || pFlat->pBase == nullptr || nData <= 0 || nData > pFlat->nBufSize ||
+    if (pFlat == nullptr || pFlat->pBase == nullptr || nData < 0 || nData > pFlat->nBufSize ||
         nHeaderBytes < 0 || nHeaderBytes > LONG{sizeof(kBlankHeader)})
         return MM_BAD_ARGUMENT;
     if (m_hFile != INVALID_HANDLE_VALUE || m_pMapAdr[0] != nullptr)

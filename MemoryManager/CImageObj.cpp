@@ -44,13 +44,6 @@ bool LayOutLines(T_ImageLrg_tag& info)
     return true;
 }
 
-void CloseMapping(HANDLE& hMap)
-{
-    if (hMap)
-        CloseHandle(hMap);
-    hMap = nullptr;
-}
-
 } // namespace
 
 CImageObj::CImageObj()
@@ -112,8 +105,7 @@ CImageObj::~CImageObj()
     if (m_pImageCtrl)
         Destroy();
     DropUnitBand(*this);
-    CloseMapping(m_hInMap);
-    CloseMapping(m_hOutMap);
+    CloseUnitMappings(*this);
 }
 
 void CImageObj::InitObj()
@@ -136,7 +128,6 @@ DWORD CImageObj::SetImageInfo(T_ImageLrg_tag* pInfo)
             return MM_BAD_ARGUMENT; // the band's buffer has the geometry that it was made with
         info.nSamples = kUnitSamples;
         info.nBandLines = m_ImgInfo.nBandLines;
-        info.pBase = info.pImage = nullptr;
     }
     info.nSampleBytes = SampleBytesOf(info.nFormat);
     info.nPixelBytes = info.nSamples * info.nSampleBytes;
@@ -150,6 +141,7 @@ DWORD CImageObj::SetImageInfo(T_ImageLrg_tag* pInfo)
         return MM_NO_MEMORY;
     *pInfo = info;
     m_ImgInfo = info;
+    ForgetBuffer(*this); // one that the record names is the caller's
     return MM_SUCCESS;
 }
 

@@ -14,7 +14,7 @@ namespace {
 /// Byte range of a band in the store's image data.
 struct ByteRange
 {
-    std::int64_t nStart; // of the band with its frame
+    std::int64_t nStart; // of the band with as much of its frame as the buffer has above it
     std::int64_t nBytes;
     std::int64_t nFrameBytes; // from there to the band's own first pixel
 };
@@ -22,9 +22,10 @@ struct ByteRange
 ByteRange BytesOfBand(const T_ImageLrg_tag& info, int nFirst, std::int64_t nLines)
 {
     const std::int64_t nFrame = std::max(info.nFsize, 0);
-    const std::int64_t nFrameBytes = nFrame * (std::int64_t{info.nLineBytes} + info.nPixelBytes);
-    return {PixelPosition(info, nFirst, 0) - nFrameBytes, (nLines + 2 * nFrame) * info.nLineBytes,
-            nFrameBytes};
+    const std::int64_t nPixel = PixelPosition(info, nFirst, 0);
+    const std::int64_t nFramed = nPixel - nFrame * (std::int64_t{info.nLineBytes} + info.nPixelBytes);
+    const std::int64_t nStart = nPixel < 0 ? nPixel : std::max<std::int64_t>(nFramed, 0);
+    return {nStart, nFramed + (nLines + 2 * nFrame) * info.nLineBytes - nStart, nPixel - nStart};
 }
 
 } // namespace
@@ -33,7 +34,7 @@ DWORD CImageObj::MapBand(int nLine, T_ImageLrg_tag* pBand, int nDirection, int n
 {
     if (nLine < 0 || nLine >= m_ImgInfo.nHeight)
         return MM_LINE_OUTSIDE;
-    const int nLines = m_ImgInfo.nBandLines;
+    const int nLines = std::max(m_ImgInfo.nBandLines, 0);
     switch (nDirection) {
     case MM_BAND_DOWNWARD:
         return MapBandRange(nLine, nLine + std::min(nLines, m_ImgInfo.nHeight - nLine) - 1, pBand, nSlot);

@@ -1,6 +1,6 @@
 // The process-wide memory budget, its limits, and the one lock that guards it.
 // While an AskUseMemory waits for its UpdateUseMemory the free budget stands at 0; both happen under one
-// holding of the lock, so no other thread ever sees that.
+// holding of the lock, so nobody who takes the lock sees that.
 
 #include "MemoryManager/Budget.h"
 #include "MemoryManager/ResultCodes.h"

@@ -126,6 +126,7 @@ DWORD MoveIntoFile(CImageObj& object, T_Image_tag& flat, int nFirstLine)
     T_Image_tag lines = flat;
     lines.pBase += nFirstLine;
     lines.nBufSize -= nFirstLine;
+    object.m_pImageCtrl->SetHdrSize(0);
     const DWORD nResult = object.m_pImageCtrl->DebugConvertWrite(&lines, lines.nBufSize, 0);
     if (nResult == MM_SUCCESS)
         FreeBlock(flat);
@@ -136,7 +137,9 @@ DWORD MoveIntoFile(CImageObj& object, T_Image_tag& flat, int nFirstLine)
 
 DWORD CImageObj::DebugConvertT_Image(CImageObj* pObject, T_Image_tag* pFlat)
 {
-    if (!HasBlock(pFlat))
+    const CImageCtrl* pStore = pObject->m_pImageCtrl;
+    if (!HasBlock(pFlat) ||
+        (pStore && pStore->GetImgType() != IMG_WORK)) // whose bytes are the host's, as laid out
         return MM_BAD_ARGUMENT;
     const bool bHasLines = pObject->m_ImgInfo.nHeight >= 1;
     if (bHasLines && !HasSameLines(*pObject, *pFlat))
@@ -164,8 +167,8 @@ DWORD CImageObj::DebugConvertCImageObj(T_Image_tag* pFlat, CImageObj* pObject)
 
     T_ImageLrg_tag& info = pObject->m_ImgInfo;
     std::memcpy(&info, pFlat, sizeof(*pFlat));
-    info.pBase = info.pImage = nullptr; // the block does not become the object's
-    info.nBandLines = std::max(info.nBandLines, 1);
+    info.pBase = info.pImage = nullptr;             // the block does not become the object's
+    info.nBandLines = std::max(info.nBandLines, 1); // mappable before it is planned
     return ChargeWhole(*pObject) ? MoveIntoMemory(*pObject, *pFlat)
                                  : MoveIntoFile(*pObject, *pFlat, static_cast<int>(*nFirstLine));
 }

@@ -36,7 +36,8 @@ class FramedBand
 public:
     explicit FramedBand(const T_ImageLrg_tag& band) : m_band(band) {}
 
-    int Frame() const { return m_band.nFsize; }
+    /// A margin that was made narrower after the frame was set has room for less.
+    int Frame() const { return std::min(m_band.nFsize, m_band.nMarginX); }
     int Width() const { return m_band.nWidth; }
     int Height() const { return m_band.nHeight; }
     std::size_t PixelBytes() const { return std::size_t(m_band.nPixelBytes); }

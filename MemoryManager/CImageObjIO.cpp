@@ -327,5 +327,5 @@ void CImageObjIO::SetAlpha(int nAlpha)
 
 CImageCtrlIO* CImageObjIO::Store() const
 {
-    return static_cast<CImageCtrlIO*>(m_pImageCtrl); // InitForUnify is the only one to make it
+    return dynamic_cast<CImageCtrlIO*>(m_pImageCtrl); // null also for a plain store, which SetImageInfo makes
 }

@@ -132,8 +132,11 @@ public:
     /// its file.
     /// @param pBuffer  first pixel of the object's band; null: the store's work buffer, if it has room for
     ///                 the band's lines in the object
-    /// @return as the other UnmapBand; 18 also when a null buffer cannot be used: the band is still on loan;
-    ///         49 after up to a minute while the disk is full
+    /// @return as the other UnmapBand; 49 after up to a minute while the disk is full. 18 also when a null
+    /// buffer
+    ///         cannot be used, or when the store lends fewer bytes than the converted lines need (none for a
+    ///         band that lies in the work buffer, unless the store holds the image whole): a band on loan
+    ///         still is
     DWORD UnmapBand(unsigned char* pBuffer, int nSlot);
 
     T_ImageLrg_tag m_ImgInfoIO; ///< layout of the external image, header included in nBufSize

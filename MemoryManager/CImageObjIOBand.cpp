@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
 
 namespace {
@@ -128,11 +129,14 @@ DWORD CImageObjIO::UnmapBand(unsigned char* pBuffer, int nSlot)
         pBuffer = pStore->GetTMPBuf(0);
     if (!pBuffer && m_nConvert == 1)
         return MM_BAD_ARGUMENT;
-    // A band that lies in the work buffer is not on loan from the store, which then has a place for it only
-    // when it holds the image whole. The two records may name different bands after MapBandRange.
-    const bool bOnLoan = m_ImgInfoIO.pImage && m_ImgInfoIO.pImage != pStore->GetTMPBuf(0);
-    const bool bInImage = m_ImgInfoIO.nBandTop + nLines <= m_ImgInfoIO.nHeight;
-    if (m_nConvert == 1 && bInImage && (bOnLoan || pStore->GetAllMapFlg() == 1)) {
+    // Lines go to their place in a whole image, else to the start of the band on loan. The two records may
+    // name different bands, and the loan may be shorter than either.
+    const bool bHasRoom = pStore->GetAllMapFlg() == 1 ? m_ImgInfoIO.nBandTop + nLines <= m_ImgInfoIO.nHeight
+                                                      : nLines * m_ImgInfoIO.nLineBytes <=
+                                                            std::abs(std::int64_t{pStore->m_nBandSize});
+    if (m_nConvert == 1 && !bHasRoom)
+        return MM_BAD_ARGUMENT; // still on loan: what was not converted is never written
+    if (m_nConvert == 1) {
         unsigned char* pDst = pStore->GetWrtBuf(m_ImgInfoIO.nBandTop * m_ImgInfoIO.nLineBytes);
         if (pDst)
             ConvertOutData(m_ImgInfo.nBandTop, m_ImgInfo.nBandBottom, pBuffer, pDst, &m_ImgInfo,
@@ -160,7 +164,7 @@ void CImageObjIO::ConvertToWorkBuffer(int nFirst, int nLast)
     const std::int64_t nEnd = std::int64_t{m_ImgInfo.nLineBytes} * (std::int64_t{nLast} + 1);
     const std::int64_t nTaken =
         m_ImgInfoIO.pImage == pWork ? m_ImgInfoIO.nLineBytes * (std::int64_t{nLast} - nFirst + 1) : 0;
-    if (m_nConvert != 1 || !m_ImgInfoIO.pImage || nStart < nTaken ||
+    if (m_nConvert != 1 || !m_ImgInfoIO.pImage || nStart < nTaken || nLast >= m_ImgInfoIO.nHeight ||
         nEnd > static_cast<std::int64_t>(Store()->WorkBufferBytes()))
         return;
     ConvertInData(nFirst, nLast, m_ImgInfoIO.pImage, pWork + nStart, &m_ImgInfoIO, &m_ImgInfo);

@@ -211,7 +211,8 @@ int SmallestBand(const tag_MemAlloc& request)
 /// are at most ms_MaxOneMappingSize each.
 bool IsPlannable(CImageObj* pImage, int nSmallestBand, int nMapCnt)
 {
-    if (!pImage || !pImage->m_pImageCtrl || pImage->GetAreaSize() <= 0)
+    if (!pImage || !pImage->m_pImageCtrl || pImage->GetAreaSize() <= 0 || !IsSoundBuffer(pImage->m_ImgInfo) ||
+        pImage->m_ImgInfo.nRatio < 0)
         return false;
     const T_ImageLrg_tag info = RecordOf(*pImage);
     const int nLines = std::min(nSmallestBand, info.nAllocHeight);
@@ -233,12 +234,10 @@ bool IsPlannable(const tag_MemAlloc& request, CImageObj** ppIn, CImageObj** ppOu
            isPlannable(ppTmp, request.nTmpCnt, request.nMapCnt);
 }
 
-/// Whether a step has made the image's store. A store over the host's own block shows the block from the
-/// beginning; making it again costs nothing, so it counts as not made.
+/// Whether a step has made the image's store. One over the host's own block shows the block before that too.
 bool IsStoreMade(const CImageCtrl& store)
 {
-    const bool bHostBlock = store.GetAcsType() == ACS_MEMORY && store.GetImgType() != IMG_WORK;
-    return (store.GetMemPtr() && !bHostBlock) || store.GetFHandle() != INVALID_HANDLE_VALUE;
+    return (store.GetMemPtr() && store.GetAllMapFlg()) || store.GetFHandle() != INVALID_HANDLE_VALUE;
 }
 
 /// Inputs whose store was never made: what a failed attempt charged for them is planned again.
@@ -322,12 +321,17 @@ DWORD CImageObj::_MemoryAlloc(tag_MemAlloc* pRequest, CImageObj** ppIn, CImageOb
         new (std::nothrow) CImageObj*[std::size_t(pRequest->nInCnt) + std::size_t(pRequest->nTmpCnt)]);
     if (!list)
         return MM_NO_MEMORY;
-    const auto isToPlan = [](const CImageObj* pImage) { return pImage->m_nAreaSize == 0; };
-    CImageObj** ppEnd = std::copy_if(ppIn, ppIn + pRequest->nInCnt, list.get(), isToPlan);
-    ppEnd = std::copy_if(ppTmp, ppTmp + pRequest->nTmpCnt, ppEnd, isToPlan);
-
+    CImageObj** ppEnd = list.get();
+    const auto append = [&](auto isWanted) {
+        ppEnd = std::copy_if(ppIn, ppIn + pRequest->nInCnt, ppEnd, isWanted);
+        ppEnd = std::copy_if(ppTmp, ppTmp + pRequest->nTmpCnt, ppEnd, isWanted);
+        return static_cast<int>(ppEnd - list.get());
+    };
     tag_MemAlloc listed = *pRequest;
-    listed.nInCnt = static_cast<int>(ppEnd - list.get());
+    listed.nInCnt = append([](const CImageObj* pImage) { return pImage->m_nAreaSize == 0; });
+    const int nToMake = append([](const CImageObj* pImage) { // also those that a failed step charged only
+        return pImage->m_nAreaSize != 0 && !IsStoreMade(*pImage->m_pImageCtrl);
+    });
     if (listed.nOutCnt > 1)
         return MM_TOO_MANY_OUTPUTS;
 
@@ -338,7 +342,7 @@ DWORD CImageObj::_MemoryAlloc(tag_MemAlloc* pRequest, CImageObj** ppIn, CImageOb
         nResult = MemoryCalculation(&listed, list.get(), ppOut);
     }
     if (nResult == MM_SUCCESS)
-        nResult = CreateStores(listed, list.get(), listed.nInCnt, ppOut);
+        nResult = CreateStores(listed, list.get(), nToMake, ppOut);
     if (nResult == MM_SUCCESS && ppOut && ppOut[0])
         ReleaseChargeOfHostBlock(*ppOut[0]);
     return nResult;

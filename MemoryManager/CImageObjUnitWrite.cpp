@@ -47,8 +47,6 @@ void ConvertBand(const PixelRule& rule, const T_ImageLrg_tag& band, unsigned cha
 DWORD CImageObj::WriteDataMem(int nPosition)
 {
     const std::int64_t nStep = DestinationLineBytes(m_OutImgInf);
-    if (nStep == 0)
-        return MM_SUCCESS;
     const PixelRule rule = RuleFor(m_OutImgInf, m_ImgInfo, m_nAlpha);
     auto nStart = static_cast<DWORD>(nPosition);
     if (m_OutImgInf.eAcsType == ACS_MEMORY && SampleBytesOf(m_OutImgInf.nDstFormat) == 2 && nStart > 0)
@@ -66,8 +64,6 @@ DWORD CImageObj::WriteDataMem(int nPosition)
 DWORD CImageObj::WriteDataFile(int nPosition)
 {
     const std::int64_t nStep = DestinationLineBytes(m_OutImgInf);
-    if (nStep == 0)
-        return MM_SUCCESS;
     const std::int64_t nBytes = LinesOf(m_ImgInfo) * nStep;
     const ScratchBlock run(nBytes); // zero, and so is the padding of its lines
     if (!run.Data())

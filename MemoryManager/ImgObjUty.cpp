@@ -176,6 +176,7 @@ DWORD ImportImg(CImageObj* pObj, T_ImgInf* pInf, int nBottomUp, T_LOG_STACK_tag*
     log.Start(kTextImport);
     pObj->Destroy();
     DropUnitBand(*pObj);
+    CloseUnitMappings(*pObj);
     pObj->m_nUnitType = 0;
     pObj->m_nUnitMode = 0; // the image is the object's own
 
@@ -201,8 +202,10 @@ DWORD ExportImg(CImageObj* pObj, T_ImgInf* pInf, int nBottomUp, T_LOG_STACK_tag*
 
     if (pInf->nWidth > pObj->m_ImgInfo.nWidth || pInf->nHeight > pObj->m_ImgInfo.nHeight)
         return MM_BAD_ARGUMENT;
+    T_ImgInf inf = *pInf;
+    inf.nSrcFormat = pObj->m_ImgInfo.nFormat; // the object's, whatever its description says
     CImageObjIO io;
-    DWORD nResult = io.InitForUnify(pInf, IMG_OUTPUT, 0, 0, pInf->nSrcFormat, MM_ALIGN_LINES, nBottomUp, 0);
+    DWORD nResult = io.InitForUnify(&inf, IMG_OUTPUT, 0, 0, inf.nSrcFormat, MM_ALIGN_LINES, nBottomUp, 0);
     if (nResult != MM_SUCCESS)
         return nResult;
     io.SetAlpha(nAlpha);

@@ -35,9 +35,7 @@ void StartAnew(CImageObj& object, int nRole)
 {
     DropUnitBand(object);
     object.m_ImgInfo.pBase = object.m_ImgInfo.pImage = nullptr; // those of an earlier geometry are no band
-    for (HANDLE* pMapping : {&object.m_hInMap, &object.m_hOutMap})
-        if (*pMapping)
-            CloseHandle(std::exchange(*pMapping, nullptr));
+    CloseUnitMappings(object);
     object.m_nUnitBandHeight = object.m_ImgInfo.nBandLines = 0;
     object.m_nUnitType = nRole;
 }

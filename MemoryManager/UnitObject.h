@@ -1,9 +1,12 @@
 #pragma once
-// What the operations on unit objects share: their roles, and giving up a band.
+// What the operations on unit objects share: their roles, and giving up a band and the images behind it.
 //
 // Internal.
 
 #include "MemoryManager/CImageObj.h"
+#include "Platform/Platform.h"
+
+#include <utility>
 
 /// Values of m_nUnitType.
 enum MM_UNIT_ROLE : int
@@ -34,4 +37,12 @@ inline void DropUnitBand(CImageObj& object)
         return;
     CImageObj::FreeImgBufLrg(&object.m_ImgInfo);
     ForgetBuffer(object);
+}
+
+/// Closes the mappings of a unit object's source and destination files, if it has any.
+inline void CloseUnitMappings(CImageObj& object)
+{
+    for (HANDLE* pMapping : {&object.m_hInMap, &object.m_hOutMap})
+        if (*pMapping)
+            CloseHandle(std::exchange(*pMapping, nullptr));
 }

@@ -3,8 +3,10 @@
 #include "TestImages.h"
 
 #include <algorithm>
+#include <array>
 #include <climits>
 #include <cstring>
+#include <tuple>
 
 using Bands = BudgetTest;
 using Frames = BudgetTest;
@@ -32,9 +34,8 @@ TEST_F(Bands, StayInsideTheImage)
         EXPECT_EQ(c.nResult, image.MapBand(c.nLine, &band, c.nDirection, 0));
         if (c.nResult != MM_SUCCESS)
             continue;
-        EXPECT_EQ(c.nTop, band.nBandTop);
-        EXPECT_EQ(c.nBottom, band.nBandBottom);
-        EXPECT_EQ(c.nBottom - c.nTop + 1, band.nBandLines);
+        EXPECT_EQ(std::tuple(c.nTop, c.nBottom, c.nBottom - c.nTop + 1),
+                  std::tuple(band.nBandTop, band.nBandBottom, band.nBandLines));
         EXPECT_EQ(16, image.m_ImgInfo.nBandLines) << "the planned height stays";
         EXPECT_EQ(static_cast<unsigned char*>(image.m_pImageCtrl->GetMemPtr()) + c.nTop * 12, band.pImage);
         EXPECT_EQ(MM_SUCCESS, image.UnmapBand(0));
@@ -68,18 +69,29 @@ TEST_F(Bands, ReachTheFrameInTheMargins)
     EXPECT_EQ(MM_BAD_ARGUMENT, image.MapBandRange(0, INT_MAX, &band, 0));
 }
 
-TEST_F(Bands, GetNoAddressWhereTheFrameIsHigherThanTheMargin)
+// A frame may be higher than the margin, and a margin made narrower than the frame that was set before.
+TEST_F(Bands, KeepToTheBufferWhereTheFrameDoesNot)
 {
-    T_ImageLrg_tag info = Geometry(20, 30, 4);
-    info.nMarginY = 1;
-    TestImage image(info);
-    image.SetFsize(3);
-    ASSERT_EQ(MM_SUCCESS, Step({&image}, {}).Alloc());
-    T_ImageLrg_tag band{};
-    EXPECT_EQ(MM_NO_BAND_ADDRESS, image.MapBandRange(0, 9, &band, 0));
-    EXPECT_EQ(nullptr, image.m_ImgInfo.pImage);
-    EXPECT_EQ(MM_SUCCESS, image.MapBandRange(2, 9, &band, 0));
-    EXPECT_EQ(MM_SUCCESS, image.SetFrameColor(MM_FRAME_REPLICATE, 0)) << "paints only lines of the buffer";
+    for (const auto& [nMarginX, nMarginY] : {std::pair(4, 1), {0, 2}, {0, 0}}) {
+        TestImage image(Geometry(20, 30, 4));
+        image.SetFsize(3);
+        T_ImageLrg_tag info{}, band{};
+        image.GetImageInfo(&info);
+        info.nMarginX = nMarginX;
+        info.nMarginY = nMarginY;
+        ASSERT_EQ(MM_SUCCESS, image.SetImageInfo(&info));
+        ASSERT_EQ(MM_SUCCESS, Step({&image}, {}).Alloc());
+        auto* pBuffer = static_cast<unsigned char*>(image.m_pImageCtrl->GetMemPtr());
+        for (const int nFirst : {0, 2}) {
+            EXPECT_EQ(MM_SUCCESS, image.MapBandRange(nFirst, 29, &band, 0));
+            EXPECT_EQ(pBuffer + (nMarginY + nFirst) * info.nLineBytes + nMarginX * 4, band.pImage);
+        }
+        ASSERT_EQ(MM_SUCCESS,
+                  image.SetFrameColor(MM_FRAME_COLOR, 0x7FFFFFFF)); // down to the buffer's last line
+        EXPECT_EQ(nMarginX == 0 ? 0 : 255, pBuffer[info.nBufSize - info.nLineBytes + 4]);
+        for (int i = 0; i < 30 * 80; ++i)
+            ASSERT_EQ(0, pBuffer[(nMarginY + i / 80) * info.nLineBytes + nMarginX * 4 + i % 80]) << i;
+    }
 }
 
 namespace {

@@ -142,6 +142,11 @@ TEST(ExternalImages, MapTheLinesThatWereAskedFor)
     EXPECT_EQ(MM_IO_RANGE_ADDRESS, w.io.MapBandRange(-1, 4, &record, 0));
     for (const auto& [nFirst, nLast] : {std::pair(100, 100), {99, 100}, {-1, 0}, {5, 4}})
         EXPECT_EQ(MM_IO_BUFFER_ADDRESS, w.io.MapBandRangeBuf(nFirst, nLast, nullptr, &record)) << nFirst;
+
+    Wrapped in(1, 1, 10, 0x402, 0x402, IMG_INPUT, 1);
+    ASSERT_EQ(0u, in.io.Create(1 << 20, 1 << 20, 1) | in.io.MapBandRange(5, 30, &record, 0));
+    const auto pWork = static_cast<CImageCtrlIO*>(in.io.m_pImageCtrl)->GetTMPBuf(0);
+    EXPECT_EQ(0, pWork[30 * in.io.m_ImgInfo.nLineBytes]) << "converted from behind the image";
 }
 
 TEST(ExternalImages, TakeANullBufferForTheWorkBufferWhenThatHoldsTheBand)

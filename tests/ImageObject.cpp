@@ -57,6 +57,11 @@ TEST_F(ImageObject, CompletesAGeometryOrRefusesIt)
     image.m_ImgInfo.nBandLines = 3;
     ASSERT_EQ(MM_SUCCESS, image.SetImageInfo(&info));
     EXPECT_EQ(8, info.nPixelBytes) << "unit bands have four samples";
+    unsigned char buffer[1];
+    info.pBase = buffer;
+    ASSERT_EQ(MM_SUCCESS, image.SetImageInfo(&info));
+    EXPECT_EQ(buffer, std::exchange(info.pBase, nullptr)) << "the caller's own buffer";
+    EXPECT_EQ(nullptr, image.m_ImgInfo.pBase);
     EXPECT_EQ(3, info.nBandLines);
     EXPECT_EQ(MM_SUCCESS, image.SetBandHeight(2));
     image.m_ImgInfo.nBandLines = 1;

@@ -128,7 +128,7 @@ TEST_F(ImportExport, ExportTheAskedPartOfAnObjectOfAnyGeometry)
     for (int i = 0; i < 3 * 56; ++i)
         band.pImage[i] = static_cast<unsigned char>(i);
     std::string sBlock(2 * 24, '\0');
-    T_ImgInf inf{MM_FILE_RAW, ACS_MEMORY, sBlock.data(), 0, 3, 2, 0x0422, 0x0422, 0};
+    T_ImgInf inf{MM_FILE_RAW, ACS_MEMORY, sBlock.data(), 0, 3, 2, 0, 0x0422, 0}; // its source is the object
     ASSERT_EQ(0u, ExportImg(&image, &inf, 0, nullptr, 0));
     for (int i = 0; i < 48; ++i)
         EXPECT_EQ(static_cast<char>(i / 24 * 56 + i % 24), sBlock[std::size_t(i)]) << i;
@@ -150,6 +150,28 @@ TEST_F(ImportExport, ConvertIntoTheWorkBufferOnlyWhatItHolds)
         EXPECT_EQ(io.m_pImageCtrl->GetMemPtr(), band.pImage);
         EXPECT_EQ(nLast == 3 ? sFile.substr(64, 32) : std::string(32, '\0'), std::string(pWork + 640, 32));
     }
+}
+
+// The external record tells of the band that was mapped before: a range leaves it alone.
+TEST_F(ImportExport, WriteTheBandOnLoanWhateverWasMappedBefore)
+{
+    const HostFile file("");
+    T_ImgInf inf{MM_FILE_RAW, ACS_FILEIO, file.Handle(), 0, 1, 20, 0x0422, 0x0422, 0};
+    CImageObjIO io;
+    ASSERT_EQ(0u, io.InitForUnify(&inf, IMG_OUTPUT, 0, 0, 0, MM_ALIGN_LINES, 0, 0));
+    io.SetAlpha(0);
+    ASSERT_EQ(0u, io.Create(1 << 20, 10 * 8, 1));
+    io.m_ImgInfoIO.nBandLines = 10;
+    std::string sBand(std::size_t(10 * io.m_ImgInfo.nLineBytes), 'a');
+    const auto pBand = reinterpret_cast<unsigned char*>(sBand.data());
+    T_ImageLrg_tag band{};
+    ASSERT_EQ(0u, io.MapBand(15, &band, MM_BAND_DOWNWARD, 0) | io.UnmapBand(pBand, 0));
+    std::fill(sBand.begin(), sBand.end(), 'b');
+    ASSERT_EQ(0u, io.MapBandRange(0, 9, &band, 0) | io.UnmapBand(pBand, 0));
+    EXPECT_EQ(std::string(40, 'a') + std::string(80, 'b'), file.Content());
+    ASSERT_EQ(0u, io.MapBandRangeBuf(19, 19, pBand, &band));
+    EXPECT_EQ(18u, io.UnmapBand(pBand, 0)) << "ten lines into one";
+    EXPECT_EQ(0u, io.UnmapBand(0));
 }
 
 TEST_F(ImportExport, PushEndEntriesOnSuccessOnly)

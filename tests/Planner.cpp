@@ -125,6 +125,13 @@ TEST_F(Planner, RefusesBadRequestsWithoutACharge)
     refuse(Step({&in}, {&shapeless}), MM_BAD_ARGUMENT, "no geometry");
     CImageObj tooLarge(&in, 1 << 30, 1 << 30, 4);
     refuse(Step({&tooLarge}, {}), MM_BAD_ARGUMENT, "a size without a layout");
+    TestImage lines(Lines(1000, 20000));
+    lines.m_ImgInfo.nBufSize = 16000;
+    refuse(Step({&lines}, {}), MM_BAD_ARGUMENT,
+           "lines that do not fit their buffer, as of a unit object's band");
+    lines.SetImageInfo(&lines.m_ImgInfo);
+    lines.m_ImgInfo.nRatio = -1;
+    refuse(Step({&lines}, {}), MM_BAD_ARGUMENT, "a negative ratio");
     Step slots({&in}, {&out});
     slots.request.nMapCnt = 11;
     refuse(slots, MM_BAD_ARGUMENT, "more slots than a store has");
@@ -157,6 +164,25 @@ TEST_F(Planner, WithholdsTheReserveOnceUntilTheFirstInputGoes)
     zero.SetRatio(0);
     EXPECT_EQ(MM_RATIO_ZERO, Step({&zero}, {}).Alloc());
     EXPECT_EQ(0, CImageObj::AskFreeMemory());
+}
+
+TEST_F(Planner, MakesWhatAFailedStepChargedForAndDidNotReach)
+{
+    struct : CImageObj
+    {
+        int nFailures = 2;
+        DWORD Create(LONG nSize, LONG nAllotted, int nSlots) override
+        {
+            return nFailures-- > 0 ? DWORD{MM_FILE_ACCESS} : CImageObj::Create(nSize, nAllotted, nSlots);
+        }
+    } first;
+    T_ImageLrg_tag info = Lines(1000, 500), band{};
+    ASSERT_EQ(MM_SUCCESS, first.SetImageInfo(&info));
+    TestImage second(Lines(1000, 500));
+    Step step({&first, &second}, {});
+    EXPECT_EQ(MM_FILE_ACCESS, step.Alloc());
+    ASSERT_EQ(MM_SUCCESS, step.Alloc());
+    EXPECT_EQ(MM_SUCCESS, second.MapBand(0, &band, MM_BAND_DOWNWARD, 0));
 }
 
 TEST_F(Planner, CarriesAnInputFromStepToStep)

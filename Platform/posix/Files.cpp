@@ -16,13 +16,18 @@ namespace {
 /// What a text file must be able to grow by under the process's file-size limit before it is opened.
 constexpr std::uint64_t kTextRoom = 65536;
 
-/// A stream that can become nBytes long. Null: the last error tells why.
+/// A stream, "a" or "w", of a file that can become nBytes long. Null: the last error tells why.
 std::FILE* OpenStream(const NativePath& path, const char* pszMode, std::uint64_t nBytes)
 {
     if (!FitsFileSizeLimit(nBytes))
         return nullptr;
-    std::FILE* pFile = std::fopen(path.Text(), pszMode);
-    return pFile ? pFile : FailNull(ErrorOf(errno));
+    const int nFlags = O_WRONLY | O_CREAT | O_NOFOLLOW | (*pszMode == 'a' ? O_APPEND : O_TRUNC);
+    Descriptor file = OpenDescriptor(path.Text(), nFlags);
+    std::FILE* pFile = file ? fdopen(file.Get(), pszMode) : nullptr;
+    if (!pFile)
+        return FailNull(ErrorOf(errno));
+    file.Release(); // the stream's
+    return pFile;
 }
 
 } // namespace
@@ -133,12 +138,12 @@ std::FILE* platform::OpenTextFile(const char* pszPath, const char* pszMode)
         return FailNull(ERROR_INVALID_PARAMETER);
     struct stat file = {};
     const bool bThere = bAppend && stat(path.Text(), &file) == 0;
-    return OpenStream(path, bAppend ? "ae" : "we",
+    return OpenStream(path, bAppend ? "a" : "w",
                       (bThere ? static_cast<std::uint64_t>(file.st_size) : 0) + kTextRoom);
 }
 
 std::FILE* platform::OpenBinaryFile(const char* pszPath, ULONGLONG nBytes)
 {
     const NativePath path(pszPath);
-    return path.IsValid() ? OpenStream(path, "wbe", nBytes) : nullptr;
+    return path.IsValid() ? OpenStream(path, "wb", nBytes) : nullptr;
 }

@@ -19,8 +19,9 @@ namespace {
 constexpr std::uint64_t kGranularity = 65536;
 
 /// Views are widened to multiples of this in the file. The system then places them at multiples of it in
-/// memory, too, and fills them ten times as fast as at other cuts.
-constexpr std::uint64_t kWideCut = std::uint64_t{2} << 20;
+/// memory, too, and fills them ten times as fast as at other cuts. Not so in a 32-bit process, whose
+/// addresses are few.
+constexpr std::uint64_t kWideCut = sizeof(void*) == 4 ? kGranularity : std::uint64_t{2} << 20;
 
 /// A reservation goes in pieces, so that an interrupted one does not start from the beginning; under a timer
 /// that is faster than a piece, the pieces become smaller.

@@ -1,6 +1,7 @@
 // Images moved between flat buffers and objects, and the pictures of both, byte for byte against lookups
 // pixel by pixel; then with every platform call failing in turn.
 
+#include "MemoryManager/CImageObjIO.h"
 #include "StoreTest.h"
 
 class DebugDumps : public StoreTest
@@ -57,6 +58,12 @@ TEST_F(DebugDumps, AreTheImageOnItsWayThroughAnObject)
         sBuffer.resize(sBuffer.size() + 4); // what follows the last pixel if that is short
 
         CImageObj object, *pObject = &object;
+        if (n >= 48) { // a store of an earlier life, which was told a header
+            T_ImageLrg_tag info{};
+            std::memcpy(&info, &flat, sizeof(flat));
+            ASSERT_EQ(0u, object.SetImageInfo(&info));
+            object.m_pImageCtrl->SetHdrSize(54);
+        }
         object.m_ImgInfo.nBandLines = nGap ? H : n % 5 - 1;
         CImageObj::ms_FreeMemory = nFree;
         ASSERT_EQ(0u, CImageObj::DebugConvertCImageObj(&flat, &object));
@@ -119,6 +126,13 @@ TEST_F(DebugDumps, RefuseWhatWouldReachBeyondABuffer)
     fresh.m_ImgInfo.nFsize = 3;
     EXPECT_EQ(18u, CImageObj::DebugConvertCImageObj(&flat, &fresh)) << "its frame is higher than the margin";
     EXPECT_EQ(18u, CImageObj::DebugConvertCImageObj(&flat, &unit));
+    std::vector<unsigned char> block(9 * 40);
+    T_ImgInf inf{MM_FILE_BITMAP, ACS_MEMORY, block.data(), 0, 13, 9, MM_FORMAT_BGRA32, MM_FORMAT_BGR24, 0};
+    CImageObjIO host, plain;
+    ASSERT_EQ(0u, host.InitForUnify(&inf, IMG_OUTPUT, 0, 0, 0, 0, 0, 0) | host.Create(400, 400, 1));
+    host.m_ImgInfo = image.m_ImgInfo;
+    EXPECT_EQ(18u, CImageObj::DebugConvertT_Image(&host, &flat)) << "the host's lines are shorter";
+    EXPECT_EQ(18u, CImageObj::DebugConvertCImageObj(&flat, &plain)) << "of no use to it";
     CImageObj::Output(std::string(300, 'n').c_str(), &flat);
     image.OutPutBmp(std::string(300, 'n').c_str(), 1);
     unit.OutPutBmp("unit", 1);
@@ -127,7 +141,7 @@ TEST_F(DebugDumps, RefuseWhatWouldReachBeyondABuffer)
     EXPECT_TRUE(CImageObj::DebugConvertT_Image(&image, &flat) == 0 && !image.m_pImageCtrl) << "no line";
 
     CImageCtrl store;
-    for (const auto& [nTotal, nHeader] : {std::pair(flat.nBufSize + 1, 0), {200, 101}, {50, 50}, {50, -1}})
+    for (const auto& [nTotal, nHeader] : {std::pair(flat.nBufSize + 1, 0), {200, 101}, {50, 51}, {50, -1}})
         EXPECT_EQ(18u, store.DebugConvertWrite(&flat, nTotal, nHeader)) << nTotal;
     faults::Begin({"CopyToFile", 1, 1, 112});
     EXPECT_EQ(49u, store.DebugConvertWrite(&flat, 154, 54));

@@ -74,6 +74,7 @@ TEST_F(PosixLayer, EveryRefusalHasItsCode)
     // clang-format off
     const struct { const char* pszCase; DWORD nError; std::function<bool()> succeeds; } cases[] = {
         {"a link laid for a new file", 5, [&] { return symlink("file", sLink.c_str()) != 0 || Open(sLink) != hNone; }},
+        {"a link laid for a dump", 5, [&] { return platform::OpenBinaryFile(sLink.c_str(), 1) != nullptr; }},
         {"new file there already", 80, [&] { return Open(sFile, 0, CREATE_NEW) != hNone; }},
         {"unknown flag", 87, [&] { return Open(sFile, 0, CREATE_ALWAYS, 0x40000000) != hNone; }},
         {"read the null handle", 6, [] { DWORD n; return ReadFile(nullptr, &n, 1, &n, nullptr); }},
@@ -137,7 +138,11 @@ TEST_F(PosixLayer, NamelessDataIsPrivateAndTakesOnlyItsOwnNameAlong)
         for (const int n : {DescriptorOf(hMine), DescriptorOf(Map(hMine, 1)), data.Get()})
             EXPECT_TRUE(n > 2 && fcntl(n, F_GETFD) == FD_CLOEXEC && fstat(n, &file) == 0 &&
                         file.st_nlink == 0);
-        EXPECT_TRUE(stat("mine", &file) == 0 && file.st_mode == (S_IFREG | 0600));
+        std::FILE* pDump = platform::OpenBinaryFile("dump", 1);
+        EXPECT_TRUE(pDump && fileno(pDump) > 2 && fcntl(fileno(pDump), F_GETFD) == FD_CLOEXEC);
+        for (const char* pszOwn : {"mine", "dump"})
+            EXPECT_TRUE(stat(pszOwn, &file) == 0 && file.st_mode == (S_IFREG | 0600)) << pszOwn;
+        std::filesystem::remove("dump");
         std::filesystem::remove("gone");
         Put("gone", "somebody else's");
         std::filesystem::current_path("/");
