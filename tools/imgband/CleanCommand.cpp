@@ -22,6 +22,11 @@ try {
                   "--temp-dir DIR");
 }
 
+std::string Counted(std::int64_t n, const char* pszThing)
+{
+    return fmt::format("{} {}{}", n, pszThing, n == 1 ? "" : "s");
+}
+
 std::string AgeText(std::int64_t nSeconds)
 {
     constexpr std::int64_t kMinute = 60, kHour = 60 * kMinute, kDay = 24 * kHour;
@@ -31,14 +36,14 @@ std::string AgeText(std::int64_t nSeconds)
         return fmt::format("{} hours old", nSeconds / kHour);
     if (nSeconds >= 2 * kMinute)
         return fmt::format("{} minutes old", nSeconds / kMinute);
-    return fmt::format("{} seconds old", nSeconds);
+    return Counted(nSeconds, "second") + " old";
 }
 
-std::string Line(const Leftover& leftover)
+std::string LineText(const Leftover& leftover)
 {
     const std::string szReason =
         leftover.szReason.empty() ? "" : fmt::format(", cannot be removed: {}", leftover.szReason);
-    return fmt::format("{}  {} bytes, {}{}\n", leftover.szName, leftover.nBytes,
+    return fmt::format("{}  {}, {}{}\n", leftover.szName, Counted(leftover.nBytes, "byte"),
                        AgeText(leftover.nAgeSeconds), szReason);
 }
 
@@ -53,9 +58,9 @@ nlohmann::ordered_json Json(const Leftover& leftover)
     return json;
 }
 
-std::string FilesText(std::size_t nFiles)
+std::string FilesText(const std::vector<Leftover>& leftovers)
 {
-    return fmt::format("{} leftover{}", nFiles, nFiles == 1 ? "" : "s");
+    return Counted(static_cast<std::int64_t>(leftovers.size()), "leftover");
 }
 
 } // namespace
@@ -69,7 +74,7 @@ void RunClean(const Options& options, Report& report)
     std::int64_t nBytes = 0;
     nlohmann::ordered_json files = nlohmann::ordered_json::array();
     for (const Leftover& leftover : leftovers) {
-        szLines += Line(leftover);
+        szLines += LineText(leftover);
         nBytes += leftover.nBytes;
         files.push_back(Json(leftover));
     }
@@ -83,7 +88,7 @@ void RunClean(const Options& options, Report& report)
                      {"total_bytes", nBytes}};
     if (nKept != 0)
         throw Failure(ExitStatus::NoRoom, szFolder,
-                      fmt::format("{} of {} cannot be removed", nKept, FilesText(leftovers.size())));
-    report.SetSummary(fmt::format("{}: {} of {} bytes{}", szFolder, FilesText(leftovers.size()), nBytes,
+                      fmt::format("{} of {} cannot be removed", nKept, FilesText(leftovers)));
+    report.SetSummary(fmt::format("{}: {} of {}{}", szFolder, FilesText(leftovers), Counted(nBytes, "byte"),
                                   options.bDryRun ? "" : " removed"));
 }

@@ -30,6 +30,10 @@ std::vector<std::string> Arguments(int nArguments, char** ppArguments);
 /// the new one, whose exit status it takes. There no argument has a quotation mark or ends with a backslash.
 void RestartOnInterrupt(const std::string& szCommand, const std::vector<std::string>& arguments);
 
+/// The outcome of the run stands and may be told. On Windows, where an interrupt has a thread of its own, one
+/// that has begun never lets this return, and later ones wait for the program's end.
+void SettleOutcome();
+
 /// An open file, closed by its destructor.
 class File
 {

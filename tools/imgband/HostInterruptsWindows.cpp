@@ -166,6 +166,11 @@ std::vector<std::string> Arguments(int, char**)
     return arguments;
 }
 
+void SettleOutcome()
+{
+    g_interruption.mutex.lock(); // for good
+}
+
 void RestartOnInterrupt(const std::string& szCommand, const std::vector<std::string>& arguments)
 {
     const InterruptsHeld held;

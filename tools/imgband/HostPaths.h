@@ -12,6 +12,10 @@ namespace host {
 std::filesystem::path PathOf(const std::string& szText);
 std::string TextOf(const std::filesystem::path& path);
 
+/// Whether two whole paths to what need not exist name the same file. Windows takes capital and small letters
+/// for one another.
+bool IsSamePath(const std::filesystem::path& a, const std::filesystem::path& b);
+
 /// A file name that nobody can foresee, with this beginning.
 std::string UnusedName(const std::string& szBeginning);
 

@@ -64,6 +64,11 @@ std::string TextOf(const std::filesystem::path& path)
     return path.string();
 }
 
+bool IsSamePath(const std::filesystem::path& a, const std::filesystem::path& b)
+{
+    return a == b;
+}
+
 std::string Utf8FromCp932(const std::string& szText)
 {
     return Convert(szText, "UTF-8", "CP932", "\xEF\xBF\xBD");

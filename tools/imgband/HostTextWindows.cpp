@@ -45,6 +45,11 @@ std::string TextOf(const std::filesystem::path& path)
     return NarrowText(CP_UTF8, path.native());
 }
 
+bool IsSamePath(const std::filesystem::path& a, const std::filesystem::path& b)
+{
+    return CompareStringOrdinal(a.c_str(), -1, b.c_str(), -1, TRUE) == CSTR_EQUAL;
+}
+
 // The system itself would replace what is no text by a character of the code page.
 std::string Utf8FromCp932(const std::string& szText)
 {

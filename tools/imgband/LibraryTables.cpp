@@ -145,6 +145,17 @@ std::string KeyText(const std::string& szKey, const std::string& szEnglish, cons
     return szKey + "\t=\t" + szValue + "\t" + szEnglish + " = " + szValueEnglish + "\n";
 }
 
+/// The single values of an object, a line each.
+std::string ValuesText(const ordered_json& object)
+{
+    std::string szText;
+    for (const auto& [szKey, value] : object.items())
+        if (value.is_primitive())
+            szText += fmt::format("{}\t=\t{}\n", szKey,
+                                  value.is_string() ? value.get<std::string>() : value.dump());
+    return szText;
+}
+
 } // namespace
 
 LibraryTables::LibraryTables(const std::string& szFolder) : m_szFolder(szFolder)
@@ -232,5 +243,7 @@ std::string TablesText(const ordered_json& report)
         const std::string szMaximum = std::to_string(tables["maximum_bytes"].get<int>());
         szText += KeyText(glossary::kTextMaximum, English(glossary::kTextMaximum), szMaximum, szMaximum);
     }
+    if (szText.empty()) // the run used no images, or failed before
+        szText = ValuesText(report) + ValuesText(report.value("error", ordered_json::object()));
     return szText;
 }

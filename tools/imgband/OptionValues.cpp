@@ -106,7 +106,7 @@ std::optional<StepImage> ParseStepImage(std::string_view szText)
 }
 
 /// #RRGGBB
-std::optional<std::uint32_t> Color(std::string_view szText)
+std::optional<std::uint32_t> ColorOf(std::string_view szText)
 {
     std::uint32_t nColor = 0;
     if (szText.size() != 7 || szText[0] != '#')
@@ -232,7 +232,7 @@ void AddFrame(CLI::App& app, FrameFill& target)
                        target = {nMode, 0};
                        return;
                    }
-               const auto nColor = Color(szValue);
+               const auto nColor = ColorOf(szValue);
                if (!nColor)
                    RefuseValue("--frame", szValue,
                                "replicate, mirror, mirror-edge or a colour, such as #808080");

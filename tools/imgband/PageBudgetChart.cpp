@@ -9,9 +9,7 @@
 
 namespace {
 
-constexpr double kColumn = 3;      // pixels that are drawn as one
-constexpr double kHeadroom = 1.12; // for the ceiling's label
-constexpr int kMargin = 14;
+constexpr double kColumnPixels = 3; // that are drawn as one
 constexpr std::size_t kColours = 6;
 constexpr std::size_t kHatches = 5;
 
@@ -146,8 +144,8 @@ double MostBytes(const Node& report, const BudgetHistory& history)
 Markup DrawBudget(const Node& report, const BudgetHistory& history, const Canvas& canvas)
 {
     const double fEnd = EndOfRun(report);
-    const Plot plot(canvas, fEnd, kHeadroom * MostBytes(report, history), kMargin);
-    const auto samples = Thinned(history.samples, kColumn * plot.Pixel());
+    const Plot plot(canvas, fEnd, kHeadroom * MostBytes(report, history), kChartMargin);
+    const auto samples = Thinned(history.samples, kColumnPixels * plot.Pixel());
     const StepArea areas(plot, samples, fEnd);
     Markup drawn = plot.Axes() + plot.Steps(StepSpans(report)), names;
     for (const Layer& layer : Stack(samples, history.images)) {

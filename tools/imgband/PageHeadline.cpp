@@ -25,7 +25,7 @@ Node ImageOf(const Node& report, std::string_view szRole, bool bFromEnd)
     return steps.Item(steps.Count());
 }
 
-Markup Picture(const Node& name, const Node& picture, const Node& bytes)
+Markup PictureText(const Node& name, const Node& picture, const Node& bytes)
 {
     Markup words = Exact(name);
     if (picture["width"].IsKnown())
@@ -38,14 +38,14 @@ Markup Picture(const Node& name, const Node& picture, const Node& bytes)
 Markup Facts(const Node& report)
 {
     const Node input = ImageOf(report, "input", false), output = ImageOf(report, "output", true);
-    Markup facts = Fact("Input", Picture(input["image"], input, input["bytes"]));
+    Markup facts = Fact("Input", PictureText(input["image"], input, input["bytes"]));
     if (report["file"].IsKnown()) {
-        Markup picture = Picture(report["file"], report, report["file_bytes"]);
+        Markup picture = PictureText(report["file"], report, report["file_bytes"]);
         if (report["format"].IsKnown())
             picture += Text(", ") + Exact(report["format"]);
         facts += Fact(report["command"].String() == "info" ? "Picture" : "Output", picture);
     } else {
-        facts += Fact("Output", Picture(output["image"], output, output["bytes"]));
+        facts += Fact("Output", PictureText(output["image"], output, output["bytes"]));
     }
     facts += Fact("Scheme", Exact(report["scheme"]));
     facts += Fact("Threads", Exact(report["settings"]["threads"]));

@@ -10,7 +10,7 @@ namespace {
 
 constexpr double kTrack = 1000; // a bar's units; it is stretched to the page
 
-Markup Bar(double fBytes, double fBudget, double fMost)
+Markup AmountBar(double fBytes, double fBudget, double fMost)
 {
     Markup drawn;
     const auto Piece = [&](double fFrom, double fWidth, const char* pszClass) {
@@ -47,7 +47,8 @@ Markup ImageRow(const Node& image, double fBudget, double fMost)
     return Tag("li", Tag("p", {{"class", "name"}},
                          Tag("strong", Exact(image["image"])) + Text(" ") +
                              Tag("span", {{"class", "role"}}, Exact(image["role"]))) +
-                         Bar(charged.Number(), fBudget, fMost) + Tag("p", {{"class", "amount"}}, amount) +
+                         AmountBar(charged.Number(), fBudget, fMost) +
+                         Tag("p", {{"class", "amount"}}, amount) +
                          Tag("p", {{"class", "words"}}, HeldWords(image)));
 }
 

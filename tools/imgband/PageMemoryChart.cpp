@@ -9,8 +9,7 @@
 
 namespace {
 
-constexpr double kColumn = 1;      // pixels that are drawn as one
-constexpr double kHeadroom = 1.12; // for the budget's label
+constexpr double kCurvePixels = 1; // that are drawn as one
 constexpr double kLetters = 7.5;   // room of a name beside its curve, in letters
 
 struct Curve
@@ -23,7 +22,7 @@ struct Curve
 Markup DrawCurve(const Plot& plot, const Curve& curve)
 {
     std::string szPath;
-    for (const MemorySample& sample : Thinned(curve.samples, kColumn * plot.Pixel()))
+    for (const MemorySample& sample : Thinned(curve.samples, kCurvePixels * plot.Pixel()))
         szPath += fmt::format("{}{} {}", szPath.empty() ? 'M' : 'L', Pixels(plot.X(sample.fSeconds)),
                               Pixels(plot.Y(sample.fBytes)));
     const MemorySample& end = curve.samples.back();

@@ -18,6 +18,8 @@ struct Canvas
 };
 inline constexpr Canvas kWide{1040, 340, 13, 10};
 inline constexpr Canvas kNarrow{368, 290, 12, 4};
+inline constexpr int kChartMargin = 14;   ///< beside what is drawn, in pixels
+inline constexpr double kHeadroom = 1.12; ///< of the scale, for the label of the budget
 
 /// A drawing with its name and description for those who do not see it.
 Markup Drawing(const Canvas& canvas, std::string_view szTitle, std::string_view szDescription,

@@ -25,7 +25,7 @@ template <std::size_t nUnits> Unit LargestUnit(const Unit (&units)[nUnits], doub
 }
 
 /// Puts a comma before every third digit from the end of the whole part.
-std::string Group(std::string szDigits)
+std::string Grouped(std::string szDigits)
 {
     const std::size_t nFirst = szDigits.starts_with('-') ? 1 : 0;
     std::size_t nAt = std::min(szDigits.find('.'), szDigits.size());
@@ -58,12 +58,12 @@ Unit TimeUnit(double fSeconds)
 
 std::string Grouped(std::int64_t nNumber)
 {
-    return Group(fmt::format("{}", nNumber));
+    return Grouped(fmt::format("{}", nNumber));
 }
 
 std::string Grouped(double fNumber, int nDecimals)
 {
-    return Group(fmt::format("{:.{}f}", fNumber, nDecimals));
+    return Grouped(fmt::format("{:.{}f}", fNumber, nDecimals));
 }
 
 std::string BytesText(double fBytes)

@@ -12,7 +12,6 @@ namespace {
 
 constexpr int kRow = 48;
 constexpr int kBar = 18;
-constexpr int kMargin = 14;
 
 struct Bar
 {
@@ -39,23 +38,24 @@ Markup DrawBars(const std::vector<Bar>& bars, Canvas canvas)
         szDescription += fmt::format(" {} {};", BytesText(bar.bytes.Number()), bar.pszName);
     }
     const Unit unit = ByteUnit(fMost);
-    const double fScale = (canvas.nWidth - 2 * kMargin) / fMost,
+    const double fScale = (canvas.nWidth - 2 * kChartMargin) / fMost,
                  fBottom = kRow * static_cast<double>(bars.size()) + 4;
     canvas.nHeight = static_cast<int>(fBottom) + 38;
 
     Markup drawn;
     for (const Tick& tick : RoundTicks(fMost, unit, canvas.nTicksAcross / 2 + 2)) {
-        const double x = kMargin + tick.fValue * fScale, fHalf = TextWidth(tick.szLabel, canvas.nText) / 2;
+        const double x = kChartMargin + tick.fValue * fScale,
+                     fHalf = TextWidth(tick.szLabel, canvas.nText) / 2;
         drawn += Line(x, 0, x, fBottom + 4, tick.fValue > 0 ? "grid" : "axis");
         drawn += Label(std::min(x, canvas.nWidth - fHalf), fBottom + 4 + canvas.nText, "middle", "tick",
                        Text(tick.szLabel));
     }
-    drawn += Label(canvas.nWidth - kMargin, canvas.nHeight - 4, "end", "unit", Text(unit.pszName));
+    drawn += Label(canvas.nWidth - kChartMargin, canvas.nHeight - 4, "end", "unit", Text(unit.pszName));
     double y = 0;
     for (const Bar& bar : bars) {
         if (bar.bytes.Number() > 0)
-            drawn += Rectangle(kMargin, y + 22, std::max(1.0, bar.bytes.Number() * fScale), kBar, "bar");
-        drawn += Label(kMargin + 4, y + 16, "start", "strong",
+            drawn += Rectangle(kChartMargin, y + 22, std::max(1.0, bar.bytes.Number() * fScale), kBar, "bar");
+        drawn += Label(kChartMargin + 4, y + 16, "start", "strong",
                        Bytes(bar.bytes, "tspan") + Text(fmt::format(" {}", bar.pszName)));
         y += kRow;
     }

@@ -171,6 +171,7 @@ void Report::TellTotal()
 
 void Report::PrintSuccess()
 {
+    host::SettleOutcome();
     m_document = Document(nullptr);
     if (m_options.bJson)
         host::Print(stdout, JsonText(m_document));
@@ -183,6 +184,7 @@ void Report::PrintSuccess()
 
 void Report::PrintFailure(const Failure& failure)
 {
+    host::SettleOutcome();
     if (m_step)
         CloseStep(false);
     m_document = Document(&failure);

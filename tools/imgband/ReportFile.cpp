@@ -35,7 +35,8 @@ bool IsSameFile(const fs::path& a, const fs::path& b)
     if (fs::equivalent(a, b, error))
         return true;
     const fs::path whole = fs::weakly_canonical(fs::absolute(a, error), error);
-    return !error && whole == fs::weakly_canonical(fs::absolute(b, error), error);
+    const fs::path other = fs::weakly_canonical(fs::absolute(b, error), error);
+    return !error && host::IsSamePath(whole, other);
 }
 
 } // namespace

@@ -9,7 +9,9 @@ namespace {
 
 std::string BandText(const ImagePlan& plan)
 {
-    return plan.nBands == 1 ? "whole" : fmt::format("{} bands of {} lines", plan.nBands, plan.nBandLines);
+    return plan.nBands == 1 ? "whole"
+                            : fmt::format("{} bands of {} line{}", plan.nBands, plan.nBandLines,
+                                          plan.nBandLines == 1 ? "" : "s");
 }
 
 const char* RoleName(ImageRole eRole)
