@@ -3,10 +3,10 @@
 # than the memory it is given, goes to 32 bits, to 16 bits a sample and back. A small one is filtered and enlarged.
 # Usage: scripts/demo.sh [FOLDER]      FOLDER keeps the pictures; default ${TMPDIR:-/tmp}/imgband-demo
 set -euo pipefail
+folder=$(realpath -m "${1:-${TMPDIR:-/tmp}/imgband-demo}")
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/packages.sh
 
-folder=${1:-${TMPDIR:-/tmp}/imgband-demo}
 width=12000
 height=12000
 budget_mib=64
@@ -14,7 +14,6 @@ margin_mib=24 # what the process may take beside the budget
 needed_mib=3800 # three pictures, the fourth's provisional file or two temporary files
 
 mkdir -p "$folder"
-folder=$(realpath "$folder")
 free_mib=$(($(df --output=avail -k "$folder" | tail -1) / 1024))
 if [ "$free_mib" -lt "$needed_mib" ]; then
     echo "$folder has $free_mib MiB free, $needed_mib MiB are needed. Give another folder: scripts/demo.sh FOLDER" >&2

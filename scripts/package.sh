@@ -61,7 +61,7 @@ package_windows() {
     need_packages g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix clang libgtest-dev libgmock-dev
     local preset
     for preset in win32 win64; do
-        cmake --preset $preset >/dev/null
+        cmake --preset $preset -DMM_NATIVE_TOOL_TESTS= >/dev/null
         cmake --build --preset $preset --parallel "$(nproc)" --target MemoryManager imgband -- --quiet
     done
     collect_documents libcli11-dev nlohmann-json3-dev libfmt-dev mingw-w64-common gcc-mingw-w64-base

@@ -43,3 +43,11 @@ make_root() { # folder, architecture, further packages separated by commas
 
 # What every build of library and tool needs.
 BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libfmt-dev)
+
+# Ends the servers that scripts/install-wine.sh left running.
+end_wine() {
+    local bits
+    for bits in 32 64; do
+        [ ! -d "build/wine/prefix$bits" ] || scripts/wine.sh "$bits" wineserver -k || true
+    done
+}

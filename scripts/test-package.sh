@@ -12,8 +12,13 @@ packages=$PWD/build/packages
 root=$PWD/build/package-root
 work=$(mktemp -d)
 prefix=$work/moved/here
-trap 'rm -rf "$work" "$root"' EXIT
+trap close EXIT
 closing_lines=()
+
+close() {
+    end_wine
+    rm -rf "$work" "$root"
+}
 
 fail() {
     echo "FAILED: $*" >&2

@@ -20,13 +20,13 @@ mkdir -p "$results"
 closing_lines=()
 not_run=0
 wine_installation=
+current="installing packages"
 
 close() { # at the end, whatever it is
+    local status=$?
     [ -z "$wine_installation" ] || kill -- "-$wine_installation" 2>/dev/null || true
-    local bits
-    for bits in 32 64; do
-        [ ! -e "$results/wine$bits" ] || scripts/wine.sh "$bits" wineserver -k || true
-    done
+    end_wine
+    [ "$status" -eq 0 ] || closing_lines+=("FAILED: $current")
     printf '\n'
     printf '%s\n' "${closing_lines[@]}"
 }
@@ -34,6 +34,7 @@ trap close EXIT
 
 step() { # title, command
     local title=$1 start=$SECONDS
+    current=$title
     shift
     echo "== $title"
     "$@"
@@ -57,6 +58,7 @@ count() { # preset, attribute of its results
 
 build_and_test() { # preset, title, further settings of CMake
     local preset=$1 title=$2 start=$SECONDS total skipped
+    current=$title
     echo "== $title"
     build "$preset" "${@:3}"
     run_tests "$preset"

@@ -62,8 +62,9 @@ std::string ResultOf(const std::string& sExample, const std::string& sArguments 
     fs::create_directory(folder);
     const std::string sFolder = (folder / "").string();
     std::ofstream(sFolder + "in.bmp", std::ios::binary) << BitmapOf(3, Sample, 20);
-    const std::string sCommand =
-        EXAMPLES_FOLDER + sExample + " " + sFolder + "in.bmp " + sFolder + "out.bmp " + sArguments;
+    fs::current_path(EXAMPLES_FOLDER); // which may have a space in its name
+    const std::string sCommand = (fs::path(".") / sExample).make_preferred().string() + " " + sFolder +
+                                 "in.bmp " + sFolder + "out.bmp " + sArguments;
     const int nStatus = std::system((sCommand + kQuiet).c_str());
     std::ostringstream bytes;
     bytes << std::ifstream(sFolder + "out.bmp", std::ios::binary).rdbuf();

@@ -50,10 +50,10 @@ using SchemesOnPosix = Schemes;
 /// What a plan tells: everything but times, memory and results.
 nlohmann::json Plan(const string& szJson)
 {
-    nlohmann::json json = nlohmann::json::parse(szJson), plan;
+    nlohmann::json whole = nlohmann::json::parse(szJson), plan;
     for (const char* pszKey : {"scheme", "temporary_bytes", "peak_budget_bytes", "settings"})
-        plan[pszKey] = json.at(pszKey);
-    for (const auto& step : json.at("steps"))
+        plan[pszKey] = whole.at(pszKey);
+    for (const auto& step : whole.at("steps"))
         plan["steps"].push_back({step.at("step"), step.at("images")});
     return plan;
 }

@@ -29,8 +29,8 @@ constexpr Layout kLayouts[] = {{"bgr24", 3, 1}, {"bgra32", 4, 1}, {"raw48", 3, 2
 struct Picture { Layout layout; int nWidth, nHeight; std::vector<unsigned> samples; };
 // clang-format on
 
-/// Whether the environment names a Windows program, and the words that run it, to be tested instead of this
-/// build's. It has a temporary folder of its own, unless --temp-dir is given.
+/// Whether the environment names a script that runs a Windows program, to be tested instead of this build's.
+/// It has a temporary folder of its own, unless --temp-dir is given.
 inline const char* const kWindowsProgram = std::getenv("IMGBAND_PROGRAM");
 
 /// From one case to the next: a Windows program starts slowly here, so it gets fewer of them.
@@ -50,8 +50,16 @@ protected:
         string szFolder = (std::filesystem::temp_directory_path() / "imgband-test-XXXXXX").string();
         m_szFolder = mkdtemp(szFolder.data());
         std::filesystem::create_directories(m_szFolder + "/here/tmp");
+        std::filesystem::create_symlink(kWindowsProgram ? kWindowsProgram : IMGBAND_PROGRAM,
+                                        m_szFolder + "/imgband"); // a name that the shell takes for one word
     }
-    ~Tool() override { std::filesystem::remove_all(m_szFolder); }
+    ~Tool() override
+    {
+        std::error_code error;
+        do // what a killed Windows program held vanishes by itself meanwhile
+            std::filesystem::remove_all(m_szFolder, error);
+        while (error == std::errc::no_such_file_or_directory);
+    }
 
     string At(const string& szName) const
     {
@@ -68,9 +76,9 @@ protected:
     template <class Look> Outcome Watch(const string& szCommand, Look fnLook) const
     {
         // Wine would put its own files into TMPDIR.
-        const string szLine = fmt::format("cd {0}/here && export {1}='{2}' && exec >../out 2>../err && {3}",
-                                          m_szFolder, kWindowsProgram ? "IMGBAND" : "TMPDIR=$PWD/tmp IMGBAND",
-                                          kWindowsProgram ? kWindowsProgram : IMGBAND_PROGRAM, szCommand);
+        const string szLine =
+            fmt::format("cd {0}/here && export {1}IMGBAND={0}/imgband && exec >../out 2>../err && {2}",
+                        m_szFolder, kWindowsProgram ? "" : "TMPDIR=$PWD/tmp ", szCommand);
         const pid_t nChild = fork();
         if (nChild == 0) {
             std::signal(SIGINT, SIG_DFL);

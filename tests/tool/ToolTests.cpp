@@ -131,9 +131,9 @@ TEST_F(Tool, RefusesWrongCommandLinesAndFiles)
         const Outcome outcome = Run(c.pszArguments + string(" --json"));
         EXPECT_EQ(c.nStatus, outcome.nStatus);
         EXPECT_THAT(outcome.szErr, HasSubstr(c.pszWords));
-        const auto json = nlohmann::json::parse(outcome.szOut);
-        EXPECT_EQ(outcome.szErr, "imgband: " + json.at("error").at("message").get<string>() + "\n");
-        EXPECT_EQ(c.nStatus, json.at("exit_status"));
+        const auto report = nlohmann::json::parse(outcome.szOut);
+        EXPECT_EQ(outcome.szErr, "imgband: " + report.at("error").at("message").get<string>() + "\n");
+        EXPECT_EQ(c.nStatus, report.at("exit_status"));
     }
     EXPECT_EQ("./a.bmp ./a.raw ", Files());
 }
