@@ -3,20 +3,12 @@
 
 #include "MemoryManager/BufferLayout.h"
 
-#include "MemoryManager/ImageRecord.h"
-
 #include <algorithm>
 #include <limits>
 
 namespace {
 
 constexpr std::int64_t kLineAlignBytes = 16; // a sample plane line fills whole units of this
-constexpr std::int64_t kSpareBytes = 32;     // absorbs the rounding of the first pixel's address
-
-constexpr bool Fits(std::int64_t nSize)
-{
-    return nSize >= 0 && nSize <= std::numeric_limits<int>::max();
-}
 
 std::int64_t AlignedWidth(std::int64_t nWidth, const LayoutRequest& request)
 {
@@ -70,4 +62,15 @@ int BandCharge(int nLineBytes, int nLines, int nCount)
     constexpr std::int64_t nMost = std::numeric_limits<int>::max();
     const std::int64_t nBuffer = std::min(std::int64_t{nLineBytes} * nLines, nMost);
     return static_cast<int>(std::min(nBuffer * nCount, nMost));
+}
+
+int SizeBand(T_ImageLrg_tag& info, int nWhole, int nBand, int nSmallest, int nCount)
+{
+    if (nBand <= 0) {
+        info.nBandLines = info.nHeight;
+        return nWhole;
+    }
+    const int nLines = std::min(std::max(nBand, nSmallest), info.nAllocHeight);
+    info.nBandLines = std::min(std::max(nLines - 2 * info.nFsize, nSmallest), info.nHeight);
+    return BandCharge(info.nLineBytes, nLines, nCount);
 }

@@ -1,8 +1,20 @@
 #pragma once
 // The rules that turn size, margins, pixel size and alignment type into a buffer's layout.
 
+#include "MemoryManager/ImageRecord.h"
+
 #include <cstdint>
+#include <limits>
 #include <optional>
+
+/// Bytes at the end of an aligned buffer that absorb the rounding of its first pixel's address.
+inline constexpr std::int64_t kSpareBytes = 32;
+
+/// Whether a size is one that 32 bits hold.
+constexpr bool Fits(std::int64_t nSize)
+{
+    return nSize >= 0 && nSize <= std::numeric_limits<int>::max();
+}
 
 /// Bytes per sample, samples per pixel of a format code.
 constexpr int SampleBytesOf(int nFormat)
@@ -72,6 +84,11 @@ bool IsAlignmentSupported(int nAlignType, int nSampleBytes);
 
 /// The layout; none when the alignment is not supported, a size is negative or does not fit 32 bits.
 std::optional<BufferLayout> LayOutBuffer(const LayoutRequest& request);
+
+/// Sets the band height of an image that gets bands of nBand lines, frame included, but no less than
+/// nSmallest; 0 and less: the whole image, which costs nWhole bytes. Returns the bytes that nCount such bands
+/// are charged.
+int SizeBand(T_ImageLrg_tag& info, int nWhole, int nBand, int nSmallest, int nCount);
 
 /// Bytes charged for nCount band buffers of nLines lines, held within 32 bits.
 int BandCharge(int nLineBytes, int nLines, int nCount);

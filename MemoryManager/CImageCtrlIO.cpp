@@ -22,8 +22,6 @@ constexpr int kLineReadWhole = 156;
 constexpr int kLineWriteBack = 402;
 constexpr int kLineMapping = 322; // of kMappingUnit
 
-constexpr DWORD kErrorEndOfFile = 38; // an input that is shorter than its picture
-
 // A failed write-back attempt counts 1 while the disk is full, else 60; it is over at 600.
 constexpr int kAttemptDiskFull = 1;
 constexpr int kAttemptOther = 60;

@@ -14,13 +14,6 @@
 
 namespace {
 
-constexpr int kUnitSamples = 4; // bands read from an external image always have four samples a pixel
-
-bool HasFile(const CImageCtrl& store)
-{
-    return store.GetFHandle() != INVALID_HANDLE_VALUE;
-}
-
 /// A geometry for which there is no layout: the planner refuses it, and no band of it has a byte.
 void ClearLayout(T_ImageLrg_tag& info)
 {
@@ -154,17 +147,7 @@ void CImageObj::GetImageInfo(T_ImageLrg_tag* pInfo)
 
 int CImageObj::SetBandInfo(int nBand, int nCount)
 {
-    if (nBand <= 0) {
-        m_nAreaSize = m_ImgInfo.nBufSize;
-        m_ImgInfo.nBandLines = m_ImgInfo.nHeight;
-        return m_nAreaSize;
-    }
-    int nLines = std::min(std::max(nBand, ms_MinBand), m_ImgInfo.nAllocHeight);
-    m_nAreaSize = BandCharge(m_ImgInfo.nLineBytes, nLines, nCount);
-    if (m_ImgInfo.nFsize != 0)
-        nLines -= 2 * m_ImgInfo.nFsize;
-    m_ImgInfo.nBandLines = std::min(std::max(nLines, ms_MinBand), m_ImgInfo.nHeight);
-    return m_nAreaSize;
+    return m_nAreaSize = SizeBand(m_ImgInfo, m_ImgInfo.nBufSize, nBand, ms_MinBand, nCount);
 }
 
 int CImageObj::GetAreaSize()

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <limits>
 
 namespace {
 
@@ -51,8 +50,7 @@ DWORD CImageObj::InitBaseMemory(LONG nReserve, LONG nOneMapping)
 
 DWORD CImageObj::UpdateUseMemory(LONG d)
 {
-    const std::int64_t nFree = std::min<std::int64_t>(ms_ReserveMemory, std::int64_t{ms_FreeMemory} + d);
-    ms_FreeMemory = static_cast<LONG>(std::max<std::int64_t>(nFree, std::numeric_limits<LONG>::min()));
+    ms_FreeMemory = std::min(ms_ReserveMemory, HeldWithinLong(std::int64_t{ms_FreeMemory} + d));
     return MM_SUCCESS;
 }
 

@@ -87,8 +87,7 @@ bool HoldsAnything(const CImageObj& object)
 {
     const CImageCtrl* pStore = object.m_pImageCtrl;
     return object.m_nUnitMode != 0 || object.m_nAreaSize != 0 ||
-           (pStore && (pStore->IsCreated() != 0 || pStore->GetMemPtr() ||
-                       pStore->GetFHandle() != INVALID_HANDLE_VALUE));
+           (pStore && (pStore->IsCreated() != 0 || pStore->GetMemPtr() || HasFile(*pStore)));
 }
 
 /// Whether the frame that the object was told of fits the buffer's margins; else no band could be mapped.

@@ -8,11 +8,11 @@
 #include "MemoryManager/PlatformHelpers.h"
 #include "MemoryManager/ResultCodes.h"
 #include "MemoryManager/StoreLifetime.h"
+#include "MemoryManager/UnitObject.h"
 #include "Platform/Platform.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <limits>
 #include <utility>
 
 namespace {
@@ -24,17 +24,6 @@ constexpr int kLineNoSignature = 189;
 constexpr int kLineNoHeader = 199;
 
 constexpr int kObjectMargin = 16; // pixels and lines around the object's image
-constexpr int kUnitSamples = 4;
-
-bool Fits(std::int64_t nSize)
-{
-    return nSize >= 0 && nSize <= std::numeric_limits<int>::max();
-}
-
-int Clamp(int nValue, int nLowest, int nHighest)
-{
-    return std::min(std::max(nValue, nLowest), nHighest); // the upper bound wins
-}
 
 void SetFormat(T_ImageLrg_tag& info, int nFormat, int nSamples)
 {
@@ -104,7 +93,7 @@ DWORD SettleHeader(CImageCtrlIO& store, const T_ImgInf& inf, const T_ImageLrg_ta
     if (inf.nFileType != MM_FILE_BITMAP)
         return MM_SUCCESS;
     if (store.GetImgType() == IMG_INPUT) {
-        if (store.GetFHandle() != INVALID_HANDLE_VALUE)
+        if (HasFile(store))
             SetFilePointer(store.GetFHandle(), 0, nullptr, FILE_BEGIN);
         const int nSignature = store.SchDIBHeader(info.nWidth, info.nHeight, info.nPixelBytes, nSearch);
         if (nSignature < 0)
@@ -264,17 +253,7 @@ void CImageObjIO::GetImageInfo(T_ImageLrg_tag* pInfo)
 
 int CImageObjIO::SetBandInfo(int nBand, int nCount)
 {
-    if (nBand < 1) {
-        m_nAreaSize = GetAreaSize();
-        m_ImgInfoIO.nBandLines = m_ImgInfoIO.nHeight;
-        return m_nAreaSize;
-    }
-    int nLines = Clamp(nBand, ms_MinBand, m_ImgInfoIO.nAllocHeight);
-    m_nAreaSize = BandCharge(m_ImgInfoIO.nLineBytes, nLines, nCount);
-    if (m_ImgInfoIO.nFsize != 0)
-        nLines -= 2 * m_ImgInfoIO.nFsize;
-    m_ImgInfoIO.nBandLines = Clamp(nLines, ms_MinBand, m_ImgInfoIO.nHeight);
-    return m_nAreaSize;
+    return m_nAreaSize = SizeBand(m_ImgInfoIO, GetAreaSize(), nBand, ms_MinBand, nCount);
 }
 
 int CImageObjIO::GetAreaSize()

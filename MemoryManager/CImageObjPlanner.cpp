@@ -5,6 +5,7 @@
 #include "MemoryManager/BufferLayout.h"
 #include "MemoryManager/CImageObj.h"
 #include "MemoryManager/ResultCodes.h"
+#include "MemoryManager/StoreLifetime.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -21,12 +22,6 @@ int Truncate(double x)
 {
     constexpr double nMost = std::numeric_limits<int>::max();
     return static_cast<int>(std::clamp(x, -nMost, nMost));
-}
-
-LONG HeldWithinLong(std::int64_t n)
-{
-    return static_cast<LONG>(
-        std::clamp<std::int64_t>(n, std::numeric_limits<LONG>::min(), std::numeric_limits<LONG>::max()));
 }
 
 T_ImageLrg_tag RecordOf(CImageObj& image)
@@ -237,7 +232,7 @@ bool IsPlannable(const tag_MemAlloc& request, CImageObj** ppIn, CImageObj** ppOu
 /// Whether a step has made the image's store. One over the host's own block shows the block before that too.
 bool IsStoreMade(const CImageCtrl& store)
 {
-    return (store.GetMemPtr() && store.GetAllMapFlg()) || store.GetFHandle() != INVALID_HANDLE_VALUE;
+    return (store.GetMemPtr() && store.GetAllMapFlg()) || HasFile(store);
 }
 
 /// Inputs whose store was never made: what a failed attempt charged for them is planned again.
@@ -358,7 +353,7 @@ DWORD CImageObj::MemoryReturn(CImageObj** ppObjects, int nCount)
     std::int64_t nSum = 0;
     for (int i = 0; i < nCount; ++i) {
         CImageObj& image = *ppObjects[i];
-        if (!image.m_pImageCtrl || image.m_pImageCtrl->GetFHandle() == INVALID_HANDLE_VALUE)
+        if (!image.m_pImageCtrl || !HasFile(*image.m_pImageCtrl))
             continue;
         nSum += image.m_nAreaSize;
         image.m_nAreaSize = 0;

@@ -1,29 +1,23 @@
 // The reports that a host keeps of its steps: names of processes, memory use, threads and mappings.
 // Keys and texts are code page 932 bytes. Sums are made wide and clamped into what a table's number holds.
 
+#include "MemoryManager/Budget.h"
 #include "MemoryManager/CImageObj.h"
 #include "MemoryManager/CWorkTableList.h"
 #include "MemoryManager/Cp932.h"
 #include "MemoryManager/ProcessNames.h"
 #include "MemoryManager/ReportTexts.h"
+#include "MemoryManager/StoreLifetime.h"
 #include "Platform/Platform.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <limits>
 #include <new>
 
 namespace {
 
 char g_szIpName[kProcessNameSize];
-
-LONG Clamped(std::int64_t nSum)
-{
-    return static_cast<LONG>(
-        std::clamp<std::int64_t>(nSum, std::numeric_limits<LONG>::min(), std::numeric_limits<LONG>::max()));
-}
 
 /// A report text with its numbers and texts filled in.
 class Text
@@ -75,7 +69,7 @@ Text StateText(const CImageObj& image)
     const T_ImageLrg_tag& info = image.m_ImgInfo;
     if (info.nBandLines < info.nHeight)
         return Text(kTextBanded, info.nBandLines);
-    const bool bFile = image.m_pImageCtrl && image.m_pImageCtrl->GetFHandle() != INVALID_HANDLE_VALUE;
+    const bool bFile = image.m_pImageCtrl && HasFile(*image.m_pImageCtrl);
     return Text("%s", bFile ? kTextWholeFileMapped : kTextOnMemory);
 }
 
@@ -152,7 +146,7 @@ int CImageObj::UseMemoryListImg(tag_MemAlloc* pRequest, CImageObj** ppIn, CImage
                     pRequest->nOutCnt, nTotal) &&
         WriteImages(*ms_WorkList, pszStep, {kTextTemporaryMemory, kTextTemporaryState, kTextTemporaryInfo},
                     ppTmp, pRequest->nTmpCnt, nTotal);
-    return bWritten && UseMemoryListMax(pRequest->nIpNo, Clamped(nTotal)) > 0;
+    return bWritten && UseMemoryListMax(pRequest->nIpNo, HeldWithinLong(nTotal)) > 0;
 }
 
 int CImageObj::UseMemoryListMax(LONG nIpNo, LONG nUsed)
@@ -161,11 +155,11 @@ int CImageObj::UseMemoryListMax(LONG nIpNo, LONG nUsed)
         return 1;
     const char* pszStep = FindProcessName(nIpNo);
     const std::int64_t nImages = std::int64_t{ms_WorkList->KeyReadInt(pszStep, kTextStepImages, 0)} + nUsed;
-    if (!ms_WorkList->KeyWriteInt(pszStep, kTextStepImages, Clamped(nImages)) ||
+    if (!ms_WorkList->KeyWriteInt(pszStep, kTextStepImages, HeldWithinLong(nImages)) ||
         !ms_WorkList->KeyWriteInt(pszStep, kTextStepWork, ms_nWorkMemory) ||
         !ms_WorkList->KeyWriteInt(pszStep, kTextMemoryLeft, ms_FreeMemory))
         return 0;
-    const LONG nStep = Clamped(nImages + ms_nWorkMemory);
+    const LONG nStep = HeldWithinLong(nImages + ms_nWorkMemory);
     if (ms_WorkList->KeyReadInt(kTextMaximum, kTextMaximum, 0) >= nStep)
         return 1;
     return ms_WorkList->KeyWriteInt(kTextMaximum, kTextMaximum, nStep);

@@ -14,6 +14,9 @@ inline constexpr DWORD kAppend = 0xFFFFFFFF;
 /// Memory load in percent from which WriteFileByView flushes what it wrote, as all callers pass it.
 inline constexpr DWORD kFlushLoadPercent = 60;
 
+/// The system error of a file that is shorter than its picture.
+inline constexpr DWORD kErrorEndOfFile = 38;
+
 /// Every view starts at a multiple of this many bytes; asked of the system on every call.
 DWORD AllocationGranularity();
 

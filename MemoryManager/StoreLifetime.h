@@ -1,10 +1,12 @@
 #pragma once
-// Making and deleting stores whose class the deleting side does not know.
+// Stores as their objects see them: making and deleting one whose class the deleting side does not know, and
+// whether it lies in a file.
 //
 // A store has no virtual destructor, since its virtual slots are fixed. Both store classes are trivially
 // destructible, so that taking and giving back raw storage is all there is to do.
 
 #include "MemoryManager/CImageCtrlIO.h"
+#include "Platform/Platform.h"
 
 #include <new>
 #include <type_traits>
@@ -23,4 +25,9 @@ template <class Store> Store* NewStore()
 inline void DeleteStore(CImageCtrl* pStore)
 {
     ::operator delete(dynamic_cast<void*>(pStore));
+}
+
+inline bool HasFile(const CImageCtrl& store)
+{
+    return store.GetFHandle() != INVALID_HANDLE_VALUE;
 }

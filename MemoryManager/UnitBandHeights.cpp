@@ -12,8 +12,7 @@
 
 namespace {
 
-constexpr int kFourSamples = 0x400;      // of a format code: what bands have, whatever the image has
-constexpr std::int64_t kSpareBytes = 32; // of an aligned buffer
+constexpr int kFourSamples = 0x400; // of a format code: what bands have, whatever the image has
 
 /// Bytes that a unit band may use; below 0 when the budget is overdrawn.
 std::int64_t UnitBudget()

@@ -8,7 +8,6 @@
 namespace {
 
 constexpr char kUnit[] = "MemoryManager/CImageObj";
-constexpr DWORD kErrorEndOfFile = 38; // a file that is shorter than its picture
 
 } // namespace
 

@@ -8,6 +8,9 @@
 
 #include <utility>
 
+/// Bands of external images always have four samples a pixel.
+inline constexpr int kUnitSamples = 4;
+
 /// Values of m_nUnitType.
 enum MM_UNIT_ROLE : int
 {

@@ -3,6 +3,7 @@
 #include "TestImages.h"
 
 #include <climits>
+#include <tuple>
 
 using ImageObject = BudgetTest;
 
@@ -26,12 +27,9 @@ TEST_F(ImageObject, TakesItsGeometryFromASource)
     for (const auto& c : cases) {
         SCOPED_TRACE(c.pszCase);
         const T_ImageLrg_tag& info = c.image.m_ImgInfo;
-        EXPECT_EQ(c.nWidth, info.nWidth);
-        EXPECT_EQ(c.nHeight, info.nHeight);
-        EXPECT_EQ(c.nPixelBytes, info.nPixelBytes);
-        EXPECT_EQ(c.nSamples, info.nSamples);
-        EXPECT_EQ(c.nLineBytes, info.nLineBytes);
-        EXPECT_EQ(c.nFormat, info.nFormat);
+        EXPECT_EQ(std::tuple(c.nWidth, c.nHeight, c.nPixelBytes, c.nSamples, c.nLineBytes, c.nFormat),
+                  std::tuple(info.nWidth, info.nHeight, info.nPixelBytes, info.nSamples, info.nLineBytes,
+                             info.nFormat));
         EXPECT_EQ(0, info.nBandLines + info.nFsize) << "band state is not taken over";
         EXPECT_NE(nullptr, c.image.m_pImageCtrl);
         EXPECT_NE(source.m_pImageCtrl, c.image.m_pImageCtrl);
@@ -94,8 +92,7 @@ TEST_F(ImageObject, KeepsSettingsWithinTheirLimits)
     };
     for (const auto& c : cases)
         EXPECT_EQ(c.nResult, (image.*c.pSet)(c.nValue)) << c.nValue;
-    EXPECT_EQ(8, image.m_ImgInfo.nFsize);
-    EXPECT_EQ(12, image.GetBandHeight());
+    EXPECT_EQ(std::pair(8, 12), std::pair(image.m_ImgInfo.nFsize, image.GetBandHeight()));
 }
 
 TEST_F(ImageObject, ChargesBandsWithTheirFrame)
@@ -196,14 +193,12 @@ TEST_F(ImageObject, MovesWhatMayExistOnce)
         ASSERT_EQ(MM_TOO_MANY_OUTPUTS, Step({&source}, {&spare, &spare}).Alloc());
         CImageObj target;
         CImageObj::ExchangeImg(&target, &source);
-        EXPECT_EQ(1, target.m_nReserveTaken);
-        EXPECT_EQ(0, source.m_nReserveTaken);
+        EXPECT_EQ(std::pair(1, 0), std::pair(target.m_nReserveTaken, source.m_nReserveTaken));
         EXPECT_EQ(nullptr, target.m_pImageCtrl);
         EXPECT_EQ(10, target.m_ImgInfo.nWidth);
         EXPECT_EQ(0, CImageObj::AskFreeMemory());
         spare.ExchangeImg(&target);
-        EXPECT_EQ(1, spare.m_nReserveTaken);
-        EXPECT_EQ(0, target.m_nReserveTaken);
+        EXPECT_EQ(std::pair(1, 0), std::pair(spare.m_nReserveTaken, target.m_nReserveTaken));
     }
     EXPECT_EQ(100 * kMiB, CImageObj::AskFreeMemory()) << "given back once";
 }

@@ -154,8 +154,8 @@ TEST_F(Planner, WithholdsTheReserveOnceUntilTheFirstInputGoes)
 
         step.request.nOutCnt = 1;
         EXPECT_EQ(MM_SUCCESS, step.Alloc());
-        EXPECT_EQ(16, in.m_ImgInfo.nBandLines) << "smallest bands while the reserve is withheld";
-        EXPECT_EQ(16, out.m_ImgInfo.nBandLines);
+        EXPECT_EQ(std::pair(16, 16), std::pair(in.m_ImgInfo.nBandLines, out.m_ImgInfo.nBandLines))
+            << "smallest bands while the reserve is withheld";
     }
     EXPECT_EQ(100 * kMiB, CImageObj::AskFreeMemory());
 
@@ -194,10 +194,8 @@ TEST_F(Planner, CarriesAnInputFromStepToStep)
     int in = 0, out = 0, tmp = 0, inFile = 0, outFile = 0, tmpFile = 0, inBand = 0, outBand = 0;
     GetImageObjMemState(&step.request, step.in.data(), step.out.data(), step.tmp.data(), in, out, tmp, inFile,
                         outFile, tmpFile, inBand, outBand);
-    EXPECT_EQ(0, in + out + tmp);
-    EXPECT_EQ(3, inFile + outFile + tmpFile);
-    EXPECT_EQ(first.m_ImgInfo.nBandLines, inBand);
-    EXPECT_EQ(second.m_ImgInfo.nBandLines, outBand);
+    EXPECT_EQ(std::pair(0, 3), std::pair(in + out + tmp, inFile + outFile + tmpFile));
+    EXPECT_EQ(std::pair(first.m_ImgInfo.nBandLines, second.m_ImgInfo.nBandLines), std::pair(inBand, outBand));
 
     EXPECT_EQ(MM_SUCCESS, CImageObj::MemoryRelease(&step.request, step.tmp.data()));
     EXPECT_EQ(nullptr, work.m_pImageCtrl);

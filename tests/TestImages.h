@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <utility>
 #include <vector>
 
 constexpr LONG kMiB = 1 << 20;

@@ -57,8 +57,7 @@ TEST_F(UnitImport, GivesBandsAllLinesThatFit)
         int n = nHeight;
         while (n > 1 && 2 * ((n + 2 * nMarginY) * nLine + 32) + n * nStored > nBudget)
             --n;
-        ASSERT_EQ(n, image.m_nUnitBandHeight);
-        ASSERT_EQ(n, image.m_ImgInfo.nBandLines);
+        ASSERT_EQ(std::pair(n, n), std::pair(image.m_nUnitBandHeight, image.m_ImgInfo.nBandLines));
 
         out = Image(pick(4), ACS_MEMORY, sBlock.data(), 1 + pick(60), nOutHeight);
         ASSERT_EQ(0u, ImportImgForUnitEnLarge(&other, &out, &image, &in, 0, nullptr, 0));
@@ -69,8 +68,8 @@ TEST_F(UnitImport, GivesBandsAllLinesThatFit)
             if ((n + 1) * (nIn * nInBytes + nOut * nOutBytes) > nBudget)
                 break;
         const bool bWhole = nHeight * nInBytes + nOutHeight * nOutBytes < nBudget;
-        ASSERT_EQ(bWhole ? nHeight : n * nIn, image.m_nUnitBandHeight);
-        ASSERT_EQ(bWhole ? nOutHeight : n * nOut, other.m_ImgInfo.nBandLines);
+        ASSERT_EQ(bWhole ? std::pair(nHeight, nOutHeight) : std::pair(n * nIn, n * nOut),
+                  std::pair(image.m_nUnitBandHeight, other.m_ImgInfo.nBandLines));
     }
 }
 

@@ -119,8 +119,7 @@ TEST_F(Pipeline, PlansOnceMoreWithSmallestBandsWhenAStoreCannotBeMade)
         faults::Begin({"GetTempFileNameA", 1, 1, 5});
         ASSERT_EQ(MM_SUCCESS, CImageObj::MemoryAlloc(&request, &pIn, &pOut, nullptr));
         EXPECT_EQ(1, in.m_nReserveTaken);
-        EXPECT_EQ(16, out.m_ImgInfo.nBandLines);
-        EXPECT_EQ(16, in.m_ImgInfo.nBandLines);
+        EXPECT_EQ(std::pair(16, 16), std::pair(in.m_ImgInfo.nBandLines, out.m_ImgInfo.nBandLines));
         EXPECT_EQ(-nBudget - in.m_nAreaSize - out.m_nAreaSize, CImageObj::AskFreeMemory());
     }
     EXPECT_EQ(0, CImageObj::AskFreeMemory()) << "the reserve is back, the first attempt's charges are not";
