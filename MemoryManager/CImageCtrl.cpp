@@ -154,10 +154,8 @@ DWORD CImageCtrl::FreeBandAdress(int nSlot)
 DWORD CImageCtrl::MapBandAll(DWORD, DWORD nBytes, int)
 {
     // Band addresses are counted from slot 0, so its view must start at the file's beginning.
-    if (m_nHdrSize >= static_cast<int>(AllocationGranularity())) {
-        m_nAllMapFlg = 0;
+    if (m_nAllMapFlg != 1 && m_nHdrSize >= static_cast<int>(AllocationGranularity()))
         return MM_STORE_NOT_MAPPED;
-    }
     const void* pData = MapBandAdress(0, nBytes, 0);
     const bool bMapped = pData != nullptr || m_pMapAdr[0] != nullptr;
     m_nAllMapFlg = bMapped ? 1 : 0;

@@ -6,7 +6,9 @@
 #include "MemoryManager/ReportTexts.h"
 #include "Platform/Platform.h"
 
+#include <algorithm>
 #include <cinttypes>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 
@@ -49,8 +51,10 @@ void SetErrLogPath(const char* pszFolder)
 {
     if (pszFolder == nullptr)
         return;
-    std::strncpy(g_szFolder, pszFolder, sizeof(g_szFolder) - 1);
-    g_szFolder[sizeof(g_szFolder) - 1] = '\0';
+    const char* pszEnd = std::find(pszFolder, pszFolder + sizeof(g_szFolder) - 1, '\0');
+    const auto nLength = static_cast<std::size_t>(pszEnd - pszFolder);
+    std::memmove(g_szFolder, pszFolder, nLength); // it may be what GetErrLogPath returned
+    std::memset(g_szFolder + nLength, 0, sizeof(g_szFolder) - nLength);
 }
 
 const char* GetErrLogPath()

@@ -83,6 +83,9 @@ TEST_F(ImageStores, RefuseWhatTheyCannotHold)
     headed.SetHdrSize(70000);
     EXPECT_TRUE(headed.Create(kBytes, 0, 1) == 0 && headed.MapBandAll(0, kBytes, 0) == 66);
     headed.Destroy();
+    EXPECT_TRUE(headed.Create(9, 9, 1) == 0 && headed.MapBandAll(0, 9, 0) == 0 &&
+                headed.MapBandAdress(0, 9, 0));
+    headed.Destroy();
     CImageCtrl converted; // its file has no room for the header
     converted.SetHdrSize(kHeader);
     EXPECT_TRUE(converted.Create(kBytes, kBytes, 1) == 0 && converted.ConvertFile(kBytes) == 0);
