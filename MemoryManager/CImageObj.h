@@ -319,8 +319,10 @@ public:
     ///
     /// @param pFlat  the caller's record and committed block, usually from AllcImgBufLrg, whose charge stays
     ///               the caller's to give back; its lines are as long as the object's, and at least as many
-    /// @return 0; 18 no block, lines that do not fit it or the object's, or an image that stands for an external
-    ///         one: nothing is done; a code of band mapping, or 18 for bands of a unit object with other lines: the block is freed, pBase null
+    /// @return 0; 18 no block, lines that do not fit it or the object's, or an image that stands for an
+    /// external
+    ///         one: nothing is done; a code of band mapping, or 18 for bands of a unit object with other
+    ///         lines: the block is freed, pBase null
     static DWORD DebugConvertT_Image(CImageObj* pObject, T_Image_tag* pFlat);
 
     /// Makes an image of a flat buffer: in memory, charged, if the free budget has room for all of it, else

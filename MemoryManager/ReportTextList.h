@@ -1,9 +1,9 @@
 #pragma once
 // Every Japanese text of the library, readable here, with what it says in English.
 //
-// The library keeps them as code page 932 bytes (ReportTexts.h); a program that shows a report can translate it
-// with these lists alone, without linking anything. Each list takes a macro X(name or value, text, English).
-// %d and %s stand for what a report fills in.
+// The library keeps them as code page 932 bytes (ReportTexts.h); a program that shows a report can translate
+// it with these lists alone, without linking anything. Each list takes a macro X(name or value, text,
+// English). %d and %s stand for what a report fills in.
 
 // clang-format off
 

@@ -20,7 +20,7 @@ inline Plan g_plan;
 inline int g_nCalls = 0;   // that the plan could have failed, since Begin
 inline DWORD g_nTicks = 0; // milliseconds slept since Begin
 inline int g_nBlocks = 0, g_nViews = 0, g_nHandles = 0,
-           g_nNot = 0; // alive; the last for what needs no release
+           g_nNot = 0;   // alive; the last for what needs no release
 inline int g_nTwice = 0; // releases of what was not there, since Begin
 
 /// Starts counting and failing anew; what is alive stays counted.

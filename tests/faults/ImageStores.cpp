@@ -1,6 +1,6 @@
 // The image store in every state, each reached along a path of steps, and with every call failing on the way.
 
-#include "MemoryManager/StoreLifetime.h"
+#include "MemoryManager/stores/StoreLifetime.h"
 #include "StoreTest.h"
 
 class ImageStores : public StoreTest

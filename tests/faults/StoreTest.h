@@ -4,7 +4,7 @@
 
 #include "MemoryManager/CImageCtrlIO.h"
 #include "MemoryManager/ImgObjUty.h"
-#include "MemoryManager/PlatformHelpers.h"
+#include "MemoryManager/base/PlatformHelpers.h"
 #include "Platform/Platform.h"
 #include <chrono>
 #include <climits>

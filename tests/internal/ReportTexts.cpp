@@ -1,10 +1,10 @@
 // The bytes of every Japanese text, and of the error log's lines.
 
-#include "MemoryManager/ReportTexts.h"
+#include "MemoryManager/base/ReportTexts.h"
 #include "../ReportFiles.h"
 #include "MemoryManager/ImgObjUty.h"
-#include "MemoryManager/PlatformHelpers.h"
-#include "MemoryManager/ProcessNames.h"
+#include "MemoryManager/base/PlatformHelpers.h"
+#include "MemoryManager/reports/ProcessNames.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // Every line kernel against a byte-by-byte reference, at all lengths around the vector widths.
 
-#include "MemoryManager/SampleLines.h"
+#include "MemoryManager/layout/SampleLines.h"
 
 #include <gtest/gtest.h>
 

@@ -3,19 +3,19 @@
 // It makes no use of the library, which would remove its leftovers before they could be told.
 
 #include "Commands.h"
-#include "HostFiles.h"
-#include "Leftovers.h"
+#include "system/Files.h"
+#include "system/Leftovers.h"
 
 #include <algorithm>
 #include <fmt/format.h>
 
 namespace {
 
-using host::Leftover;
+using os::Leftover;
 
 std::vector<Leftover> Search(const std::string& szFolder, bool bRemove)
 try {
-    return host::FindLeftovers(szFolder, bRemove);
+    return os::FindLeftovers(szFolder, bRemove);
 } catch (const std::system_error& e) {
     throw Failure(StatusOfWriteError(e.code()), szFolder,
                   "the folder for temporary files could not be read: " + ErrorText(e.code()),
@@ -67,7 +67,7 @@ std::string FilesText(const std::vector<Leftover>& leftovers)
 
 void RunClean(const Options& options, Report& report)
 {
-    const std::string szFolder = options.szTempDir.empty() ? host::TemporaryFolder() : options.szTempDir;
+    const std::string szFolder = options.szTempDir.empty() ? os::TemporaryFolder() : options.szTempDir;
     const std::vector<Leftover> leftovers = Search(szFolder, !options.bDryRun);
 
     std::string szLines;

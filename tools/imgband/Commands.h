@@ -2,7 +2,7 @@
 // The subcommands. Each does its whole job, fills the report, or throws Failure.
 
 #include "Options.h"
-#include "Report.h"
+#include "report/Report.h"
 
 void RunMake(const Options& options, Report& report);
 void RunInfo(const Options& options, Report& report);

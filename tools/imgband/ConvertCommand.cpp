@@ -1,8 +1,8 @@
 // imgband convert: a picture file becomes one of another format.
 
 #include "Commands.h"
-#include "ConvertWork.h"
-#include "Job.h"
+#include "pixels/ConvertWork.h"
+#include "schemes/Job.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // imgband enlarge: a picture becomes a whole number of times as wide and as high.
 
 #include "Commands.h"
-#include "Job.h"
+#include "schemes/Job.h"
 
 #include <fmt/format.h>
 

@@ -1,7 +1,7 @@
 // imgband filter: every pixel is made anew from those around it.
 
 #include "Commands.h"
-#include "Job.h"
+#include "schemes/Job.h"
 
 void RunFilter(const Options& options, Report& report)
 {

@@ -1,7 +1,7 @@
 // imgband info: tells what a picture file is.
 
 #include "Commands.h"
-#include "InputFile.h"
+#include "pictures/InputFile.h"
 
 #include <fmt/format.h>
 

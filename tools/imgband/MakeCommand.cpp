@@ -1,11 +1,11 @@
 // imgband make: paints a picture into an image object, band by band, and exports it.
 
-#include "BandLoop.h"
 #include "Commands.h"
-#include "LineConversion.h"
-#include "ProcessIds.h"
-#include "Scene.h"
-#include "WholeTransfer.h"
+#include "pixels/LineConversion.h"
+#include "pixels/Scene.h"
+#include "schemes/BandLoop.h"
+#include "schemes/WholeTransfer.h"
+#include "values/ProcessIds.h"
 
 #include <fmt/format.h>
 

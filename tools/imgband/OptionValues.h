@@ -1,9 +1,9 @@
 #pragma once
 // Options whose values are more than a word or a number.
 
-#include "FilterWork.h"
-#include "Formats.h"
 #include "Options.h"
+#include "pictures/Formats.h"
+#include "pixels/FilterWork.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>

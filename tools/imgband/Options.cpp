@@ -2,9 +2,9 @@
 
 #include "Options.h"
 
-#include "Failure.h"
-#include "HostFiles.h"
 #include "OptionValues.h"
+#include "system/Files.h"
+#include "values/Failure.h"
 
 #include <algorithm>
 
@@ -229,7 +229,7 @@ const char* CommandName(Command eCommand)
 void ParseCommandLine(const std::vector<std::string>& arguments, Options& options)
 {
     options.bJson = Contains(arguments, "--json");
-    options.nThreads = host::ProcessorCount();
+    options.nThreads = os::ProcessorCount();
 
     CLI::App app(
         "Makes, describes, converts, filters and enlarges very large pictures inside a memory budget.",

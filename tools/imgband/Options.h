@@ -1,9 +1,9 @@
 #pragma once
 // The command line.
 
-#include "EnlargeWork.h"
-#include "FilterWork.h"
-#include "Formats.h"
+#include "pictures/Formats.h"
+#include "pixels/EnlargeWork.h"
+#include "pixels/FilterWork.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,10 +1,10 @@
 // imgband plan: a step of any images goes through the library's planner, and none of them is made.
 
 #include "Commands.h"
-#include "HostFiles.h"
-#include "Library.h"
-#include "PlannedImage.h"
-#include "ProcessIds.h"
+#include "library/Library.h"
+#include "library/PlannedImage.h"
+#include "system/Files.h"
+#include "values/ProcessIds.h"
 
 #include <deque>
 #include <fmt/format.h>
@@ -78,7 +78,7 @@ void RunPlanned(const Options& options, Report& report)
     SizeBudget(options);
     const LONG nBudget = CImageObj::AskFreeMemory();
     report.TellSettings(nBudget, CImageObj::ms_MaxOneMappingSize, CImageObj::GetUseMaxBandMemory(),
-                        host::TemporaryFolder(), options.nThreads);
+                        os::TemporaryFolder(), options.nThreads);
     const StepRequest& step = options.step;
     StepImages inputs("input", ImageRole::Input, step.inputs);
     StepImages outputs("output", ImageRole::Output, step.outputs);

@@ -1,10 +1,10 @@
 // The program: runs a subcommand and turns its outcome into messages and the exit status.
 
 #include "Commands.h"
-#include "HostFiles.h"
-#include "LeakCheck.h"
-#include "Library.h"
-#include "ReportFile.h"
+#include "library/LeakCheck.h"
+#include "library/Library.h"
+#include "report/ReportFile.h"
+#include "system/Files.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -99,8 +99,8 @@ int FinishInterruptedRun(const std::vector<std::string>& arguments)
 
 int main(int nArguments, char** ppArguments)
 {
-    host::PrepareProcess();
-    const std::vector<std::string> arguments = host::Arguments(nArguments, ppArguments);
+    os::PrepareProcess();
+    const std::vector<std::string> arguments = os::Arguments(nArguments, ppArguments);
     if (!arguments.empty() && arguments[0] == kInterruptedCommand)
         return FinishInterruptedRun(arguments);
     const ExitStatus eStatus = RunProgram(arguments);

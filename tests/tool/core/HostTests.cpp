@@ -1,12 +1,12 @@
 // What the tool asks of the system.
 
 #include "MemoryManager/MemoryManager.h"
-#include "tools/imgband/Failure.h"
-#include "tools/imgband/HostFiles.h"
-#include "tools/imgband/HostPaths.h"
-#include "tools/imgband/Leftovers.h"
-#include "tools/imgband/LibraryTables.h"
-#include "tools/imgband/ProcessIds.h"
+#include "report/LibraryTables.h"
+#include "system/Files.h"
+#include "system/Leftovers.h"
+#include "system/Paths.h"
+#include "values/Failure.h"
+#include "values/ProcessIds.h"
 
 #include <cerrno>
 #include <gmock/gmock.h>
@@ -20,18 +20,18 @@ TEST(HostCore, CountsTheTemporaryFilesThatThisProcessHolds)
     CImageCtrl first, second;
     for (CImageCtrl* pStore : {&first, &second})
         ASSERT_EQ(DWORD{MM_SUCCESS}, pStore->Create(200000, 0, 1));
-    const host::HeldFiles held = host::FindHeldFiles();
+    const os::HeldFiles held = os::FindHeldFiles();
     EXPECT_TRUE(held.nOpen == 2 && held.nNamed == 2) << held.nOpen << ", " << held.nNamed;
     first.Destroy();
-    EXPECT_EQ(1, host::FindHeldFiles().nOpen);
+    EXPECT_EQ(1, os::FindHeldFiles().nOpen);
     second.Destroy();
-    EXPECT_EQ(0, host::FindHeldFiles().nOpen);
+    EXPECT_EQ(0, os::FindHeldFiles().nOpen);
 }
 
 TEST(HostCore, PassesTheLibrarysTablesThroughAnyFolderAndLeavesNothingThere)
 {
-    const string szFolder = host::TemporaryFolder() + "/" + host::UnusedName("\u8868 \u00e9-");
-    std::filesystem::create_directory(host::PathOf(szFolder));
+    const string szFolder = os::TemporaryFolder() + "/" + os::UnusedName("\u8868 \u00e9-");
+    std::filesystem::create_directory(os::PathOf(szFolder));
     nlohmann::ordered_json report;
     {
         LibraryTables tables(szFolder);
@@ -39,8 +39,8 @@ TEST(HostCore, PassesTheLibrarysTablesThroughAnyFolderAndLeavesNothingThere)
         tables.AddTo(report);
     }
     EXPECT_EQ("work", report["threads"][0]["work"]);
-    EXPECT_TRUE(std::filesystem::is_empty(host::PathOf(szFolder)));
-    std::filesystem::remove_all(host::PathOf(szFolder));
+    EXPECT_TRUE(std::filesystem::is_empty(os::PathOf(szFolder)));
+    std::filesystem::remove_all(os::PathOf(szFolder));
 }
 
 TEST(HostCore, GivesErrorsTheSameMeaningEverywhere)

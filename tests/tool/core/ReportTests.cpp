@@ -1,12 +1,12 @@
 // What a report is made of, over random runs and random reports.
 
-#include "tools/imgband/BoundedSeries.h"
-#include "tools/imgband/Glossary.h"
-#include "tools/imgband/HostFiles.h"
-#include "tools/imgband/PageHistory.h"
-#include "tools/imgband/PageScale.h"
-#include "tools/imgband/ReportPage.h"
-#include "tools/imgband/RunHistory.h"
+#include "page/History.h"
+#include "page/Page.h"
+#include "page/Scale.h"
+#include "report/BoundedSeries.h"
+#include "report/Glossary.h"
+#include "report/RunHistory.h"
+#include "system/Files.h"
 
 #include <cmath>
 #include <fmt/format.h>
@@ -207,14 +207,14 @@ TEST(ReportCore, EveryTextOfTheLibraryIsTranslatedAndNothingElse)
     for (const auto& [szText, szEnglish] : texts) {
         const string szFilled = Filled(szText, reinterpret_cast<const char*>(u8"回転(微小)"));
         EXPECT_EQ(Filled(szEnglish, "fine rotation"), glossary::English(szFilled));
-        EXPECT_EQ(szFilled, host::Utf8FromCp932(host::Cp932FromUtf8(szFilled)));
+        EXPECT_EQ(szFilled, os::Utf8FromCp932(os::Cp932FromUtf8(szFilled)));
         EXPECT_EQ(szFilled + "x", glossary::English(szFilled + "x"));
     }
     ForRandom(300, [](Random& random) {
         string szBytes;
         for (int nLeft = random(0, 40); nLeft > 0; --nLeft)
             szBytes.push_back(static_cast<char>(random(0, 1) ? random(1, 255) : random(0x20, 0x7E)));
-        const string szUtf8 = host::Utf8FromCp932(szBytes);
+        const string szUtf8 = os::Utf8FromCp932(szBytes);
         EXPECT_NO_THROW(ordered_json(szUtf8).dump()) << "no valid UTF-8";
         EXPECT_EQ(szUtf8, glossary::English(szUtf8));
     });

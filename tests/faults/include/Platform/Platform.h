@@ -1,6 +1,7 @@
 #pragma once
 // Stands before the real header when a copy of the library is compiled for fault tests: every call that can
-// fail, and the clock, goes through the fault layer. Plain new names do no harm where other headers use an old one.
+// fail, and the clock, goes through the fault layer. Plain new names do no harm where other headers use an
+// old one.
 
 #include "../../FaultLayer.h"
 

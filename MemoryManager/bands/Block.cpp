@@ -1,0 +1,206 @@
+// Blocks: rectangles of an image copied out with a margin, and back, band by band.
+// A band supplies its own lines and those of its frame below; the first also supplies the margin above it.
+
+#include "MemoryManager/CImageObj.h"
+
+#include "MemoryManager/ResultCodes.h"
+#include "MemoryManager/image/UnitObject.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace {
+
+constexpr int kSlot = 0;
+
+/// Lines and pixels of an image, inclusive.
+struct BlockRect
+{
+    int nTop, nBottom, nLeft, nRight;
+
+    bool IsEmpty() const { return nBottom < nTop || nRight < nLeft; }
+};
+
+/// nFirstCode is for the top; bottom, left and right follow it.
+DWORD CheckInside(const BlockRect& rect, const T_ImageLrg_tag& image, DWORD nFirstCode)
+{
+    const struct
+    {
+        int nEdge, nEnd;
+    } edges[] = {{rect.nTop, image.nHeight},
+                 {rect.nBottom, image.nHeight},
+                 {rect.nLeft, image.nWidth},
+                 {rect.nRight, image.nWidth}};
+    for (const auto& edge : edges) {
+        if (edge.nEdge < 0 || edge.nEdge >= edge.nEnd)
+            return nFirstCode;
+        ++nFirstCode;
+    }
+    return MM_SUCCESS;
+}
+
+bool IsUnit(const CImageObj& image)
+{
+    return image.m_nUnitMode == 1;
+}
+
+/// Ends the unit band that the host still holds, as any mapping does. From then on, what a failed mapping
+/// leaves held is the block operation's own.
+DWORD EndHeldBand(CImageObj& image)
+{
+    return IsUnit(image) ? image.UnmapBand(kSlot) : DWORD{MM_SUCCESS};
+}
+
+/// Bands of such an object are written once, in order, and so never for a block.
+bool Appends(const CImageObj& image)
+{
+    return IsUnit(image) && WritesBands(image) && image.m_OutImgInf.eAcsType == ACS_FILEIO;
+}
+
+/// Whether the buffer's margins have every pixel of the block's. A unit band has no more lines above it than
+/// its own margin; in a store the lines above are those of the image.
+bool HasMargin(const CImageObj& image, const BlockRect& rect, const T_ImageLrg_tag& block)
+{
+    const T_ImageLrg_tag& info = image.m_ImgInfo;
+    const std::int64_t nX = block.nMarginX, nY = block.nMarginY;
+    return rect.nLeft - nX >= -info.nMarginX &&
+           rect.nRight + nX < std::int64_t{info.nWidth} + info.nMarginX && rect.nTop - nY >= -info.nMarginY &&
+           rect.nBottom + nY < std::int64_t{info.nHeight} + info.nMarginY &&
+           (!IsUnit(image) || nY <= info.nMarginY);
+}
+
+/// The frame that bands are mapped with. A unit band's is not taller than its margin, and as wide anyway.
+int FrameFor(const CImageObj& image, const T_ImageLrg_tag& block)
+{
+    const int nFrame = std::max(block.nMarginX, block.nMarginY);
+    return IsUnit(image) ? std::min(nFrame, image.m_ImgInfo.nMarginY) : nFrame;
+}
+
+/// Last line of a band of at most nLines lines.
+int LastLine(int nFirst, int nLines, std::int64_t nLimit)
+{
+    return static_cast<int>(std::min({nFirst + std::int64_t{nLines} - 1, nLimit, std::int64_t{INT32_MAX}}));
+}
+
+unsigned char* PixelAt(const T_ImageLrg_tag& buffer, int nLine, int nPixel)
+{
+    return buffer.pImage + std::ptrdiff_t{nLine} * buffer.nLineBytes +
+           std::ptrdiff_t{nPixel} * buffer.nPixelBytes;
+}
+
+void CopyLines(unsigned char* pTo, int nToLineBytes, const unsigned char* pFrom, int nFromLineBytes,
+               int nLines, std::size_t nBytes)
+{
+    for (; nLines > 0; --nLines, pTo += nToLineBytes, pFrom += nFromLineBytes)
+        std::memcpy(pTo, pFrom, nBytes);
+}
+
+/// The range is cut to the image where lines beyond it must be neither read nor written. In a store, lines
+/// more than needed cost nothing, and a frame wider than the margin needs them: it moves the range to the
+/// left by its width.
+DWORD MapForReading(CImageObj& image, int nFirst, int nLast, T_ImageLrg_tag& band)
+{
+    const T_ImageLrg_tag& info = image.m_ImgInfo;
+    if (IsUnit(image))
+        return image.MapBandRange(std::min(nFirst, info.nHeight - 1), std::min(nLast, info.nHeight - 1),
+                                  &band, kSlot);
+    const int nExtra = info.nFsize > info.nMarginX ? info.nFsize : 0;
+    return image.MapBandRange(nFirst, LastLine(nLast, nExtra + 1, INT32_MAX), &band, kSlot);
+}
+
+/// Ends a band that was only read: what a unit object's destination has of these lines may be newer.
+DWORD EndReading(CImageObj& image)
+{
+    if (IsUnit(image)) {
+        DropUnitBand(image);
+        return MM_SUCCESS;
+    }
+    return image.UnmapBand(kSlot);
+}
+
+DWORD FillBlock(CImageObj& image, const BlockRect& rect, const T_ImageLrg_tag& block)
+{
+    const int nBandLines = std::max(image.m_ImgInfo.nBandLines, 1);
+    const int nFrame = image.m_ImgInfo.nFsize;
+    const int nEnd = rect.nBottom + block.nMarginY;
+    const std::size_t nBytes =
+        (std::size_t(block.nWidth) + 2 * std::size_t(block.nMarginX)) * std::size_t(block.nPixelBytes);
+    int nFirst = rect.nTop, nLast = LastLine(nFirst, nBandLines, rect.nBottom);
+    for (int nNext = rect.nTop - block.nMarginY; nNext <= nEnd;) {
+        T_ImageLrg_tag band{};
+        if (const DWORD nResult = MapForReading(image, nFirst, nLast, band); nResult != MM_SUCCESS)
+            return nResult;
+        const int nLines = nLast + std::min(nFrame, nEnd - nLast) - nNext + 1;
+        CopyLines(PixelAt(block, nNext - rect.nTop, -block.nMarginX), block.nLineBytes,
+                  PixelAt(band, nNext - band.nBandTop, rect.nLeft - block.nMarginX), band.nLineBytes, nLines,
+                  nBytes);
+        if (const DWORD nResult = EndReading(image); nResult != MM_SUCCESS)
+            return nResult;
+        nNext += nLines;
+        nFirst = nNext;
+        nLast = LastLine(nFirst, nBandLines, std::int64_t{nEnd} + block.nMarginY);
+    }
+    return MM_SUCCESS;
+}
+
+} // namespace
+
+DWORD CImageObj::MapBlock(int nTop, int nBottom, int nLeft, int nRight, T_ImageLrg_tag* pBlock)
+{
+    const BlockRect rect{nTop, nBottom, nLeft, nRight};
+    if (const DWORD nResult = CheckInside(rect, m_ImgInfo, MM_BLOCK_TOP); nResult != MM_SUCCESS)
+        return nResult;
+    if (pBlock->nPixelBytes != m_ImgInfo.nPixelBytes || rect.IsEmpty())
+        return MM_BAD_ARGUMENT;
+    T_ImageLrg_tag block = *pBlock;
+    block.nWidth = nRight - nLeft + 1;
+    block.nHeight = nBottom - nTop + 1;
+    if (CalcAlign(&block) != MM_SUCCESS || !HasMargin(*this, rect, block))
+        return MM_BAD_ARGUMENT;
+    if (Appends(*this))
+        return MM_UNKNOWN_MODE;
+    if (const DWORD nResult = EndHeldBand(*this); nResult != MM_SUCCESS)
+        return nResult;
+    block.nBufSize = pBlock->nBufSize;
+    *pBlock = block;
+
+    const T_ImageLrg_tag saved = m_ImgInfo; // of a unit object without a buffer
+    m_ImgInfo.nFsize = FrameFor(*this, block);
+    const DWORD nResult = FillBlock(*this, rect, block);
+    DropUnitBand(*this); // one that could not be read or ended
+    m_ImgInfo = saved;
+    return nResult;
+}
+
+DWORD CImageObj::UnMapBlock(int nTop, int nBottom, int nLeft, int nRight, T_ImageLrg_tag* pBlock)
+{
+    const BlockRect rect{nTop, nBottom, nLeft, nRight};
+    if (const DWORD nResult = CheckInside(rect, m_ImgInfo, MM_UNBLOCK_TOP); nResult != MM_SUCCESS)
+        return nResult;
+    if (pBlock->nPixelBytes != m_ImgInfo.nPixelBytes)
+        return MM_BAD_ARGUMENT;
+    if (rect.IsEmpty())
+        return MM_SUCCESS;
+    if (Appends(*this))
+        return MM_UNKNOWN_MODE;
+    if (const DWORD nResult = EndHeldBand(*this); nResult != MM_SUCCESS)
+        return nResult;
+
+    const int nBandLines = std::max(m_ImgInfo.nBandLines, 1); // of now: mapping a unit band changes it
+    const std::size_t nBytes = std::size_t(nRight - nLeft + 1) * std::size_t(pBlock->nPixelBytes);
+    for (int nFirst = nTop, nLast; nFirst <= nBottom; nFirst = nLast + 1) {
+        nLast = LastLine(nFirst, nBandLines, nBottom);
+        T_ImageLrg_tag band{};
+        if (const DWORD nResult = MapBandRange(nFirst, nLast, &band, kSlot); nResult != MM_SUCCESS) {
+            DropUnitBand(*this); // lines that were not read must not be written
+            return nResult;
+        }
+        CopyLines(PixelAt(band, 0, nLeft), band.nLineBytes, PixelAt(*pBlock, nFirst - nTop, 0),
+                  pBlock->nLineBytes, nLast - nFirst + 1, nBytes);
+        if (const DWORD nResult = UnmapBand(kSlot); nResult != MM_SUCCESS)
+            return nResult;
+    }
+    return MM_SUCCESS;
+}

@@ -1,0 +1,251 @@
+// Reading of unit bands from their external source, and the search for where a bitmap source's pixels begin.
+// A band with the lines of its frame is one run of stored lines; each of them becomes one line of the band.
+
+#include "MemoryManager/CImageObj.h"
+
+#include "MemoryManager/ResultCodes.h"
+#include "MemoryManager/bands/UnitBands.h"
+#include "MemoryManager/base/PlatformHelpers.h"
+#include "MemoryManager/layout/BufferLayout.h"
+#include "MemoryManager/layout/SampleLines.h"
+#include "MemoryManager/layout/UnitImages.h"
+#include "Platform/Platform.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <iterator>
+#include <limits>
+
+namespace {
+
+// Statements that report to the error log.
+constexpr int kLineSourceView = 610;
+constexpr int kLineSourceSeek = 655;
+constexpr int kLineSourceRead = 668;
+constexpr int kLineSearchSeek = 720;
+
+constexpr int kFourSamples = 4;
+
+/// How a stored line of the source becomes a line of the band.
+///
+/// The pixels taken are the stored line's first ones, or its last ones when the source is turned; they are
+/// converted in stored order and turned within the band line. Upright lines of four samples are not looked
+/// at by pixels: they are copied as far as the band line reaches, padding included.
+class LineReader
+{
+public:
+    LineReader(const T_ImgInf& in, const T_ImageLrg_tag& band, bool bTurned)
+        : m_nBandPixelBytes(static_cast<std::size_t>(band.nPixelBytes)), m_bTurned(bTurned),
+          m_bCopied(!bTurned && SamplesOf(in.nSrcFormat) == kFourSamples)
+    {
+        const int nSample = SampleBytesOf(in.nSrcFormat);
+        const auto nPixel = static_cast<std::size_t>(nSample * SamplesOf(in.nSrcFormat));
+        const auto nStored = static_cast<std::size_t>(in.nWidth);
+        m_nPixels = std::min(nStored, static_cast<std::size_t>(band.nWidth));
+        m_rule = KeepSamples(static_cast<int>(nPixel), band.nPixelBytes, nSample, false);
+        m_rule.nFixed = 0; // what the source lacks stays the zero of the fresh buffer
+        m_pConvert = BestKernelFor(m_rule).pRun;
+        m_nSkipped = bTurned ? (nStored - m_nPixels) * nPixel : 0;
+        m_nUsed = m_nSkipped + m_nPixels * nPixel;
+        if (m_bCopied)
+            m_nUsed = static_cast<std::size_t>(
+                std::min(in.nLineBytes, band.nLineBytes - band.nMarginX * band.nPixelBytes));
+    }
+
+    bool IsCopied() const { return m_bCopied; }
+
+    /// Bytes from the stored line's start to the last one that is used.
+    std::size_t UsedBytes() const { return m_nUsed; }
+
+    void Read(unsigned char* pBandLine, const unsigned char* pStored) const
+    {
+        if (m_bCopied) {
+            std::memcpy(pBandLine, pStored, m_nUsed);
+            return;
+        }
+        m_pConvert(m_rule, pBandLine, pStored + m_nSkipped, m_nPixels);
+        if (!m_bTurned)
+            return;
+        if (m_nBandPixelBytes == sizeof(std::uint32_t))
+            Turn(reinterpret_cast<std::uint32_t*>(pBandLine));
+        else
+            Turn(reinterpret_cast<std::uint64_t*>(pBandLine));
+    }
+
+private:
+    template <class Pixel> void Turn(Pixel* pLine) const { std::reverse(pLine, pLine + m_nPixels); }
+
+    PixelRule m_rule{};
+    decltype(LineKernel::pRun) m_pConvert = nullptr;
+    std::size_t m_nBandPixelBytes;
+    std::size_t m_nPixels = 0;
+    std::size_t m_nSkipped = 0;
+    std::size_t m_nUsed = 0;
+    bool m_bTurned;
+    bool m_bCopied;
+};
+
+/// The stored lines of a band and its frame, in storage order.
+class StoredRun
+{
+public:
+    StoredRun(const T_ImageLrg_tag& band, bool bTurned, int nLineBytes, int nPosition, int nClass)
+        : m_band(band), m_bTurned(bTurned), m_nLineBytes(nLineBytes)
+    {
+        const auto ePlace = static_cast<StoredPlace>(nClass);
+        const bool bBefore = ePlace == StoredPlace::Inside || ePlace == StoredPlace::End;
+        const bool bBehind = ePlace == StoredPlace::Inside || ePlace == StoredPlace::Start;
+        m_nAbove = (bTurned ? bBehind : bBefore) ? FrameLinesAbove(band) : 0;
+        m_nBelow = (bTurned ? bBefore : bBehind) ? FrameLinesBelow(band) : 0;
+        m_nStart = static_cast<DWORD>(nPosition) -
+                   static_cast<DWORD>(std::int64_t{bTurned ? m_nBelow : m_nAbove} * nLineBytes);
+    }
+
+    int Lines() const { return m_nAbove + LinesOf(m_band) + m_nBelow; }
+
+    /// Where the i-th line is stored.
+    DWORD Position(int i) const { return m_nStart + static_cast<DWORD>(std::int64_t{i} * m_nLineBytes); }
+
+    /// The band line that it becomes.
+    unsigned char* BandLine(int i) const
+    {
+        const int nLine = m_bTurned ? LinesOf(m_band) - 1 + m_nBelow - i : i - m_nAbove;
+        return m_band.pImage + std::ptrdiff_t{nLine} * m_band.nLineBytes;
+    }
+
+private:
+    const T_ImageLrg_tag& m_band;
+    bool m_bTurned;
+    int m_nLineBytes;
+    int m_nAbove;
+    int m_nBelow;
+    DWORD m_nStart;
+};
+
+/// Reads the run with the file's own reads. What a read does not deliver is zero, never the line before.
+DWORD ReadLines(const T_ImgInf& in, const StoredRun& run, const LineReader& reader)
+{
+    const bool bDirect = reader.IsCopied();
+    const auto nRead = bDirect ? static_cast<std::int64_t>(reader.UsedBytes()) : SourceLineBytes(in);
+    const ScratchBlock scratch(bDirect ? 0 : nRead);
+    if (!bDirect && !scratch.Data())
+        return MM_NO_MEMORY;
+    for (int i = 0; i < run.Lines(); ++i) {
+        if ((i == 0 || nRead != in.nLineBytes) && !SeekFile(in.hData, run.Position(i)))
+            return FailUnitFile(kLineSourceSeek);
+        unsigned char* pLine = bDirect ? run.BandLine(i) : scratch.Data();
+        DWORD nDone = 0;
+        if (!ReadFile(in.hData, pLine, static_cast<DWORD>(nRead), &nDone, nullptr))
+            return FailUnitFile(kLineSourceRead);
+        std::memset(pLine + nDone, 0, static_cast<std::size_t>(nRead) - nDone);
+        if (!bDirect)
+            reader.Read(run.BandLine(i), pLine);
+    }
+    return MM_SUCCESS;
+}
+
+constexpr int kNotFound = -1;
+
+/// Where the signature of a bitmap begins in nBytes bytes.
+std::ptrdiff_t FindSignature(const unsigned char* pBytes, std::size_t nBytes)
+{
+    constexpr unsigned char kSignature[] = {'B', 'M'};
+    const unsigned char* pEnd = pBytes + nBytes;
+    const unsigned char* pFound = std::search(pBytes, pEnd, std::begin(kSignature), std::end(kSignature));
+    return pFound == pEnd ? kNotFound : pFound - pBytes;
+}
+
+/// Sets the offset of the pixels behind a header at nPosition; one that 32 bits do not tell is not found.
+DWORD SetPixelsBehind(std::int64_t nPosition, T_ImgInf& in)
+{
+    nPosition += MM_BITMAP_HEADER_BYTES;
+    if (nPosition > std::numeric_limits<DWORD>::max())
+        return MM_BAD_ARGUMENT;
+    in.nOffset = static_cast<int>(static_cast<DWORD>(nPosition));
+    return MM_SUCCESS;
+}
+
+/// What positions and addresses can tell.
+constexpr std::int64_t kLargestBlock =
+    std::min<std::int64_t>(std::numeric_limits<DWORD>::max(), std::numeric_limits<std::ptrdiff_t>::max());
+
+DWORD SearchBlock(T_ImgInf& in, std::int64_t nBytes)
+{
+    if (nBytes < 1 || nBytes > kLargestBlock)
+        return MM_BAD_ARGUMENT;
+    const auto nFound =
+        FindSignature(static_cast<const unsigned char*>(in.hData), static_cast<std::size_t>(nBytes));
+    return nFound == kNotFound ? DWORD{MM_BAD_ARGUMENT} : SetPixelsBehind(nFound, in);
+}
+
+/// Piece after piece of one unpadded line, until a read fails or the file is exhausted.
+DWORD SearchFile(T_ImgInf& in, std::int64_t nPieceBytes)
+{
+    if (!SeekFile(in.hData, 0))
+        return FailUnitFile(kLineSearchSeek);
+    if (nPieceBytes < 1)
+        return MM_BAD_ARGUMENT;
+    const ScratchBlock piece(nPieceBytes);
+    if (!piece.Data())
+        return MM_NO_MEMORY;
+    DWORD nDone = 0;
+    for (std::int64_t nPosition = 0;; nPosition += nDone) {
+        if (!ReadFile(in.hData, piece.Data(), static_cast<DWORD>(nPieceBytes), &nDone, nullptr) || nDone == 0)
+            return MM_BAD_ARGUMENT;
+        const auto nFound = FindSignature(piece.Data(), nDone);
+        if (nFound != kNotFound)
+            return SetPixelsBehind(nPosition + nFound, in);
+    }
+}
+
+} // namespace
+
+void CImageObj::ReadDataMem(int nLineBytes, int nPosition, int nClass, int nExtra)
+{
+    if (SourceLineBytes(m_InImgInf) != 0) {
+        const bool bTurned = m_nUnitBottomUp == 1;
+        const LineReader reader(m_InImgInf, m_ImgInfo, bTurned);
+        const StoredRun run(m_ImgInfo, bTurned, nLineBytes, nPosition, nClass);
+        const std::int64_t nBytes =
+            std::int64_t{run.Lines() - 1} * nLineBytes + static_cast<std::int64_t>(reader.UsedBytes());
+        const ExternalBytes source(m_InImgInf, m_hInMap, run.Position(0), nBytes, false);
+        if (!source.Data())
+            FailUnitFile(kLineSourceView);
+        for (int i = 0; source.Data() && i < run.Lines(); ++i)
+            reader.Read(run.BandLine(i), source.Data() + std::ptrdiff_t{i} * nLineBytes);
+    }
+    SetFrameColorForUnit(m_ImgInfo.nFrameMode, nExtra);
+}
+
+DWORD CImageObj::ReadDataFile(int nLineBytes, int nPosition, int nClass, int nExtra)
+{
+    if (SourceLineBytes(m_InImgInf) != 0) {
+        const bool bTurned = m_nUnitBottomUp == 1;
+        const LineReader reader(m_InImgInf, m_ImgInfo, bTurned);
+        const StoredRun run(m_ImgInfo, bTurned, nLineBytes, nPosition, nClass);
+        if (const DWORD nResult = ReadLines(m_InImgInf, run, reader); nResult != MM_SUCCESS)
+            return nResult;
+    }
+    SetFrameColorForUnit(m_ImgInfo.nFrameMode, nExtra);
+    return MM_SUCCESS;
+}
+
+DWORD CImageObj::CalcOffsetLength()
+{
+    if (!m_InImgInf.hData)
+        return MM_SUCCESS;
+    const std::int64_t nLine = std::int64_t{SampleBytesOf(m_InImgInf.nSrcFormat)} *
+                               SamplesOf(m_InImgInf.nSrcFormat) * m_InImgInf.nWidth;
+    if (m_InImgInf.nFileType != MM_FILE_BITMAP || nLine < 0 || nLine > std::numeric_limits<int>::max())
+        return MM_BAD_ARGUMENT;
+    switch (m_InImgInf.eAcsType) {
+    case ACS_MEMORY:
+        return SearchBlock(m_InImgInf, nLine * m_InImgInf.nHeight);
+    case ACS_FILEIO:
+        return SearchFile(m_InImgInf, nLine);
+    default:
+        return MM_BAD_ARGUMENT;
+    }
+}

@@ -1,0 +1,84 @@
+// The file-access error log: the folder that the host gives and the lines that failures leave in it.
+// It never fails itself: what cannot be written is dropped.
+
+#include "MemoryManager/ImgObjUty.h"
+#include "MemoryManager/base/PlatformHelpers.h"
+#include "MemoryManager/base/ReportTexts.h"
+#include "Platform/Platform.h"
+
+#include <algorithm>
+#include <cinttypes>
+#include <cstddef>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+constexpr char kFileName[] = "FileAccessErrorLog.txt";
+constexpr const char* kDrives[] = {"c:\\", "d:\\", "e:\\"};
+
+char g_szFolder[260] = "..\\logdata\\";
+
+// Opens the log in its folder, which is created first; null when that is not possible.
+std::FILE* OpenLog(const char* pszMode)
+{
+    char szPath[sizeof(g_szFolder) + sizeof(kFileName)];
+    std::snprintf(szPath, sizeof(szPath), "%s%s", g_szFolder, kFileName);
+    CreateDirectoryA(g_szFolder, nullptr);
+    return platform::OpenTextFile(szPath, pszMode);
+}
+
+void WriteByteCount(std::FILE* pLog, const char* pszLabel, const ULARGE_INTEGER& nBytes)
+{
+    std::fprintf(pLog, "%s%" PRId64 "\n", pszLabel, static_cast<std::int64_t>(nBytes.QuadPart));
+}
+
+// Four lines for a drive; none when it cannot be read.
+void WriteDiskSpace(std::FILE* pLog, const char* pszDrive)
+{
+    ULARGE_INTEGER nCaller{}, nTotal{}, nFree{};
+    if (!GetDiskFreeSpaceExA(pszDrive, &nCaller, &nTotal, &nFree))
+        return;
+    std::fprintf(pLog, "%s\n", pszDrive);
+    WriteByteCount(pLog, kTextDiskForCaller, nCaller);
+    WriteByteCount(pLog, kTextDiskTotal, nTotal);
+    WriteByteCount(pLog, kTextDiskFree, nFree);
+}
+
+} // namespace
+
+void SetErrLogPath(const char* pszFolder)
+{
+    if (pszFolder == nullptr)
+        return;
+    const char* pszEnd = std::find(pszFolder, pszFolder + sizeof(g_szFolder) - 1, '\0');
+    const auto nLength = static_cast<std::size_t>(pszEnd - pszFolder);
+    std::memmove(g_szFolder, pszFolder, nLength); // it may be what GetErrLogPath returned
+    std::memset(g_szFolder + nLength, 0, sizeof(g_szFolder) - nLength);
+}
+
+const char* GetErrLogPath()
+{
+    return g_szFolder;
+}
+
+void ReportFileAccessError(const char* pszUnit, int nLine, DWORD nError)
+{
+    std::FILE* pLog = OpenLog("a");
+    if (pLog == nullptr)
+        return;
+    std::fprintf(pLog, "%s(%d):LastError=%d\n", pszUnit, nLine, static_cast<int>(nError));
+    std::fclose(pLog);
+}
+
+void ReportFileAccessErrorCounted(const char* pszUnit, int nLine, DWORD nError, int nCounter)
+{
+    std::FILE* pLog = OpenLog("w");
+    if (pLog == nullptr)
+        return;
+    std::fprintf(pLog, "%s(%d):LastError=%d,counter=%d\n", pszUnit, nLine, static_cast<int>(nError),
+                 nCounter);
+    for (const char* pszDrive : kDrives)
+        WriteDiskSpace(pLog, pszDrive);
+    std::fclose(pLog);
+}

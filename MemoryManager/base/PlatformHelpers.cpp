@@ -1,0 +1,151 @@
+// The library's own way to memory, views and files over the platform layer.
+// Adds retries while the system is short, whole-granule views of byte ranges, and appends in chunks.
+
+#include "MemoryManager/base/PlatformHelpers.h"
+
+#include "Platform/Platform.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr DWORD kChunkBytes = 16 * 1024 * 1024; // before rounding up to whole granules
+constexpr ULONGLONG kLargestFile = 0xFFFFFFFF;
+
+// Repeats a call that gives an address or null for as long as null means a passing shortage.
+template <class Call> void* RetryWhileShort(Call call)
+{
+    const DWORD nStart = GetTickCount();
+    for (;;) {
+        if (void* pResult = call())
+            return pResult;
+        if (GetLastError() != ERROR_NOT_ENOUGH_MEMORY)
+            return nullptr;
+        Sleep(kRetryPauseMs);
+        if (GetTickCount() - nStart >= kRetryLimitMs)
+            return nullptr;
+    }
+}
+
+DWORD WriteChunkBytes()
+{
+    const DWORD nGranule = AllocationGranularity();
+    return (nGranule + kChunkBytes - 1) / nGranule * nGranule;
+}
+
+// Copies chunk after chunk into a mapping that is long enough; 0, or the error of the chunk that failed.
+DWORD CopyInChunks(HANDLE hFile, HANDLE hMap, DWORD nOffset, const BYTE* pSrc, DWORD nBytes, DWORD* pnWritten,
+                   DWORD nLoadLimit)
+{
+    const DWORD nMost = WriteChunkBytes();
+    while (*pnWritten < nBytes) {
+        const DWORD nLength = std::min(nBytes - *pnWritten, nMost);
+        const bool bFlush = IsMemoryLoadHigh(nLoadLimit) != 0;
+        if (!platform::CopyToFile(hFile, hMap, nOffset + *pnWritten, pSrc + *pnWritten, nLength, bFlush))
+            return GetLastError();
+        *pnWritten += nLength;
+    }
+    return 0;
+}
+
+} // namespace
+
+DWORD AllocationGranularity()
+{
+    SYSTEM_INFO info{};
+    GetSystemInfo(&info);
+    return info.dwAllocationGranularity;
+}
+
+DWORD FileLength(HANDLE hFile)
+{
+    DWORD nHigh = 0;
+    const DWORD nLow = GetFileSize(hFile, &nHigh);
+    if (nHigh == 0 || nLow == INVALID_FILE_SIZE)
+        return nLow;
+    SetLastError(ERROR_FILE_TOO_LARGE);
+    return INVALID_FILE_SIZE;
+}
+
+void* MapViewOfFileRetry(HANDLE hMap, DWORD nAccess, DWORD nOffsetHigh, DWORD nOffsetLow, SIZE_T nBytes)
+{
+    return RetryWhileShort([&] { return MapViewOfFile(hMap, nAccess, nOffsetHigh, nOffsetLow, nBytes); });
+}
+
+void* VirtualAllocRetry(void* pAddress, SIZE_T nBytes, DWORD nType, DWORD nProtect)
+{
+    return RetryWhileShort([&] { return VirtualAlloc(pAddress, nBytes, nType, nProtect); });
+}
+
+void* AllocMemoryBlock(SIZE_T nBytes, int bRetry)
+{
+    constexpr DWORD nType = MEM_COMMIT | MEM_RESERVE | MEM_TOP_DOWN;
+    return bRetry != 0 ? VirtualAllocRetry(nullptr, nBytes, nType, PAGE_READWRITE)
+                       : VirtualAlloc(nullptr, nBytes, nType, PAGE_READWRITE);
+}
+
+void FreeMemoryBlock(void* pBlock)
+{
+    if (pBlock != nullptr)
+        VirtualFree(pBlock, 0, MEM_RELEASE);
+}
+
+int UnmapView(void* pView)
+{
+    return UnmapViewOfFile(pView);
+}
+
+ViewRange CoverRange(DWORD nOffset, DWORD nBytes, DWORD nFileSize)
+{
+    const ULONGLONG nGranule = AllocationGranularity();
+    const ULONGLONG nStart = nOffset / nGranule * nGranule;
+    const ULONGLONG nEnd = (nGranule + nOffset + nBytes - 1) / nGranule * nGranule;
+    ViewRange range{static_cast<DWORD>(nStart), static_cast<DWORD>(nOffset - nStart), 0};
+    if (nBytes > 0 && nOffset < nFileSize)
+        range.nBytes = static_cast<DWORD>(std::min<ULONGLONG>(nEnd, nFileSize) - nStart);
+    return range;
+}
+
+void* MapFileRange(HANDLE hFile, HANDLE hMap, DWORD nOffset, DWORD nBytes, int bWrite)
+{
+    const ViewRange range = CoverRange(nOffset, nBytes, FileLength(hFile));
+    if (range.nBytes == 0) { // to the platform, a length of 0 means the rest of the mapping
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return nullptr;
+    }
+    const DWORD nAccess = bWrite != 0 ? FILE_MAP_WRITE : FILE_MAP_READ;
+    void* pView = MapViewOfFileRetry(hMap, nAccess, 0, range.nStart, range.nBytes);
+    return pView != nullptr ? static_cast<BYTE*>(pView) + range.nDelta : nullptr;
+}
+
+int WriteFileByView(HANDLE hFile, const void* pSrc, DWORD nBytes, DWORD* pnWritten, DWORD nOffset,
+                    DWORD nLoadLimit)
+{
+    *pnWritten = 0;
+    if (nOffset == kAppend && (nOffset = FileLength(hFile)) == INVALID_FILE_SIZE)
+        return 0;
+    const ULONGLONG nEnd = ULONGLONG{nOffset} + nBytes;
+    if (nEnd > kLargestFile) {
+        SetLastError(ERROR_FILE_TOO_LARGE);
+        return 0;
+    }
+
+    const HANDLE hMap =
+        CreateFileMappingA(hFile, nullptr, PAGE_READWRITE, 0, static_cast<DWORD>(nEnd), nullptr);
+    if (hMap == nullptr)
+        return 0;
+    const DWORD nError =
+        CopyInChunks(hFile, hMap, nOffset, static_cast<const BYTE*>(pSrc), nBytes, pnWritten, nLoadLimit);
+    CloseHandle(hMap);
+    if (*pnWritten == nBytes)
+        return 1;
+    SetLastError(nError); // the reason is the chunk, whatever closing did
+    return 0;
+}
+
+int IsMemoryLoadHigh(DWORD nLimit)
+{
+    MEMORYSTATUS status{};
+    GlobalMemoryStatus(&status);
+    return status.dwMemoryLoad >= nLimit ? 1 : 0;
+}

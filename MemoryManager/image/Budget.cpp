@@ -1,0 +1,90 @@
+// The process-wide memory budget, its limits, and the one lock that guards it.
+// While an AskUseMemory waits for its UpdateUseMemory the free budget stands at 0; both happen under one
+// holding of the lock, so nobody who takes the lock sees that.
+
+#include "MemoryManager/image/Budget.h"
+#include "MemoryManager/ResultCodes.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace {
+
+constexpr LONG kMiB = 1048576;
+constexpr LONG kLargestBandMiB = 2047; // 2048 MiB do not fit the 32-bit counter
+
+// The one-mapping size is capped while the flag is set.
+const int ms_bLimitOneMapping = 1;
+const LONG ms_nOneMappingCap = 32 * kMiB;
+
+// The lock exists before any other object with a constructor in the library or its host, and after them.
+struct LibraryLoad
+{
+    LibraryLoad() { InitializeCriticalSection(CImageObj::GetCS()); }
+    ~LibraryLoad() { DeleteCriticalSection(CImageObj::GetCS()); }
+};
+[[gnu::init_priority(101)]] LibraryLoad g_load;
+
+} // namespace
+
+LONG CImageObj::ms_ReserveMemory = 100 * kMiB;
+LONG CImageObj::ms_FreeMemory = 100 * kMiB;
+LONG CImageObj::ms_MaxOneMappingSize = ms_nOneMappingCap;
+LONG CImageObj::ms_nOnMemory = 12 * kMiB;
+LONG CImageObj::ms_nUseMaxBandMemory = 24 * kMiB;
+LONG CImageObj::ms_nUseMinBandMemory = 12 * kMiB;
+LONG CImageObj::ms_nUseMaxMemoryUnit = 24 * kMiB;
+int CImageObj::ms_MinBand = 16;
+LONG CImageObj::ms_nWorkMemory = 0;
+CRITICAL_SECTION CImageObj::m_g_cs;
+
+DWORD CImageObj::InitBaseMemory(LONG nReserve, LONG nOneMapping)
+{
+    const LibraryLock lock;
+    ms_ReserveMemory = std::max(nReserve, ms_nOnMemory);
+    ms_FreeMemory = ms_ReserveMemory;
+    const LONG nMapping = ms_bLimitOneMapping ? std::min(nOneMapping, ms_nOneMappingCap) : nOneMapping;
+    ms_MaxOneMappingSize = std::min(std::max(nMapping, ms_nOnMemory), ms_ReserveMemory);
+    return MM_SUCCESS;
+}
+
+DWORD CImageObj::UpdateUseMemory(LONG d)
+{
+    ms_FreeMemory = std::min(ms_ReserveMemory, HeldWithinLong(std::int64_t{ms_FreeMemory} + d));
+    return MM_SUCCESS;
+}
+
+LONG CImageObj::AskUseMemory()
+{
+    const LONG nFree = ms_FreeMemory;
+    ms_FreeMemory = 0;
+    return nFree;
+}
+
+LONG CImageObj::AskFreeMemory()
+{
+    return ms_FreeMemory;
+}
+
+LONG CImageObj::GetUseMaxBandMemory()
+{
+    return ms_nUseMaxBandMemory;
+}
+
+int CImageObj::SetUseMaxBandMemory(LONG nMiB)
+{
+    if (nMiB < 1 || nMiB > kLargestBandMiB)
+        return MM_BAD_ARGUMENT;
+    ms_nUseMaxBandMemory = nMiB * kMiB;
+    return MM_SUCCESS;
+}
+
+LONG CImageObj::GetUseMinBandMemory()
+{
+    return ms_nUseMinBandMemory;
+}
+
+CRITICAL_SECTION* CImageObj::GetCS()
+{
+    return &m_g_cs;
+}

@@ -1,0 +1,434 @@
+// The memory planner: divides the free budget among one step's images and makes their stores.
+// Sizing happens under the lock and touches only object fields; stores are made after it is released.
+
+#include "MemoryManager/CImageObj.h"
+#include "MemoryManager/ResultCodes.h"
+#include "MemoryManager/image/Budget.h"
+#include "MemoryManager/layout/BufferLayout.h"
+#include "MemoryManager/stores/StoreLifetime.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <new>
+
+namespace {
+
+constexpr int kSmallestBand = 16; // lines; a request may ask for more
+
+/// x without its fraction, held within int.
+int Truncate(double x)
+{
+    constexpr double nMost = std::numeric_limits<int>::max();
+    return static_cast<int>(std::clamp(x, -nMost, nMost));
+}
+
+T_ImageLrg_tag RecordOf(CImageObj& image)
+{
+    T_ImageLrg_tag info{};
+    image.GetImageInfo(&info);
+    return info;
+}
+
+bool IsUncharged(const CImageObj& image)
+{
+    return image.m_nAreaSize <= 0;
+}
+
+/// Whether slot 0 holds the image: a block or a view. The band buffer of a host's file is neither.
+bool HoldsImage(const CImageCtrl& store)
+{
+    return store.GetMemPtr() && (store.GetAcsType() != ACS_FILEIO || store.GetAllMapFlg());
+}
+
+/// One sizing pass: takes the whole free budget, charges it image by image, and gives the rest back.
+class SizingPass
+{
+public:
+    SizingPass(const tag_MemAlloc& request, CImageObj** ppList, CImageObj** ppOut)
+        : m_ppList(ppList), m_nCount(request.nInCnt), m_nMapCnt(request.nMapCnt),
+          m_pOut(request.nOutCnt > 0 ? ppOut[0] : nullptr), m_nFree(CImageObj::AskUseMemory()),
+          m_nFirstBanded(request.nInCnt)
+    {
+        m_nInRatio = m_nCount > 0 ? RecordOf(*m_ppList[0]).nRatio : 100;
+        m_nOutRatio = m_pOut ? std::max(1.0, double(RecordOf(*m_pOut).nRatio)) : 100.0;
+    }
+
+    ~SizingPass() { CImageObj::UpdateUseMemory(HeldWithinLong(m_nFree)); }
+    SizingPass(const SizingPass&) = delete;
+    SizingPass& operator=(const SizingPass&) = delete;
+
+    DWORD Run()
+    {
+        for (int i = 0; i < m_nCount; ++i)
+            ChargeSmallImage(*m_ppList[i], m_nMapCnt);
+        if (m_pOut && IsUncharged(*m_pOut))
+            ChargeSmallImage(*m_pOut, 1);
+        for (int i = 0; i < m_nCount; ++i)
+            PlaceWhole(i);
+        return m_nFirstBanded == m_nCount ? SizeOutputAlone() : SizeBands();
+    }
+
+private:
+    void ChargeWhole(CImageObj& image, int nCount) { m_nFree -= image.SetBandInfo(0, nCount); }
+
+    void ChargeBand(CImageObj& image, int nLines, int nCount)
+    {
+        m_nFree -= image.SetBandInfo(std::max(nLines, 1), nCount); // 0 would mean whole
+    }
+
+    void ChargeSmallImage(CImageObj& image, int nCount)
+    {
+        if (image.GetAreaSize() <= CImageObj::ms_nOnMemory)
+            image.m_nOnMemory = 1;
+        if (image.m_nOnMemory == 1)
+            ChargeWhole(image, nCount);
+    }
+
+    void PlaceWhole(int nIndex)
+    {
+        CImageObj& image = *m_ppList[nIndex];
+        if (!HoldsImage(*image.m_pImageCtrl) && IsUncharged(image)) {
+            const int nSize = image.GetAreaSize();
+            if (m_nFree < nSize || CImageObj::ms_MaxOneMappingSize < nSize) {
+                m_nFirstBanded = std::min(m_nFirstBanded, nIndex);
+                return;
+            }
+            ChargeWhole(image, m_nMapCnt);
+        } else if (image.m_nOnMemory == 0) {
+            ChargeWhole(image, m_nMapCnt);
+        }
+        if (m_nWholeHeight == 0)
+            m_nWholeHeight = RecordOf(image).nAllocHeight;
+    }
+
+    /// All listed images are whole: the output gets what is left, at most the band cap.
+    DWORD SizeOutputAlone()
+    {
+        if (!m_pOut || !IsUncharged(*m_pOut))
+            return MM_SUCCESS;
+        if (m_nFree >= m_pOut->GetAreaSize()) {
+            ChargeWhole(*m_pOut, 1);
+            return MM_SUCCESS;
+        }
+        const T_ImageLrg_tag info = RecordOf(*m_pOut);
+        const std::int64_t nCap = std::min<std::int64_t>(CImageObj::ms_nUseMaxBandMemory, m_nFree);
+        int nLines = ClampToBuffer(info.nLineBytes == 0 ? 0 : double(nCap / info.nLineBytes), info);
+        if (m_nWholeHeight != 0) {
+            if (m_nInRatio == 0)
+                return MM_RATIO_ZERO;
+            const int nScaled = Truncate(m_nOutRatio / m_nInRatio * m_nWholeHeight);
+            nLines = std::min(nLines, std::min(nScaled, info.nAllocHeight));
+        }
+        ChargeBand(*m_pOut, nLines, 1);
+        return MM_SUCCESS;
+    }
+
+    /// Some listed images are banded: output and inputs share what is left by their weights.
+    DWORD SizeBands()
+    {
+        std::int64_t nWeights = 0;
+        for (int i = 0; i < m_nCount; ++i) {
+            if (!IsUncharged(*m_ppList[i]))
+                continue;
+            const T_ImageLrg_tag info = RecordOf(*m_ppList[i]);
+            if (info.nRatio == 0)
+                return MM_RATIO_ZERO;
+            nWeights += std::int64_t{Truncate(info.nRatio / m_nOutRatio * info.nLineBytes)} * m_nMapCnt;
+        }
+
+        int nOutLines = 0;
+        std::int64_t nOutBytes = 0;
+        const bool bBandOutput = m_pOut && IsUncharged(*m_pOut);
+        if (bBandOutput) {
+            const T_ImageLrg_tag info = RecordOf(*m_pOut);
+            const int nShared = ClampToBuffer(OutputShare(info.nLineBytes, nWeights), info);
+            nOutLines = std::max(std::min(nShared, MappableLines(info)), 1);
+            nOutBytes = std::int64_t{info.nLineBytes} * nOutLines;
+        }
+        for (int i = m_nFirstBanded; i < m_nCount; ++i) {
+            if (IsUncharged(*m_ppList[i]))
+                SizeBand(*m_ppList[i], nWeights, nOutBytes);
+        }
+        if (bBandOutput)
+            ChargeBand(*m_pOut, nOutLines, 1);
+        return MM_SUCCESS;
+    }
+
+    void SizeBand(CImageObj& image, std::int64_t nWeights, std::int64_t nOutBytes)
+    {
+        const T_ImageLrg_tag info = RecordOf(image);
+        const double nWeight = double(nWeights) / (info.nRatio / m_nOutRatio);
+        const double nShare = nWeight == 0 ? 0 : double(m_nFree - nOutBytes) / nWeight;
+        std::int64_t nLines = ClampToBuffer(nShare, info);
+        nLines = std::min<std::int64_t>(nLines + 2 * std::int64_t{info.nFsize}, info.nAllocHeight);
+        ChargeBand(image, std::min(static_cast<int>(nLines), MappableLines(info)), m_nMapCnt);
+    }
+
+    /// Lines of the output's band: its part of the free budget among all weights, in the stated order.
+    double OutputShare(int nLineBytes, std::int64_t nWeights) const
+    {
+        if (nLineBytes == 0)
+            return 0;
+        const double nLine = nLineBytes;
+        return nLine / (nLine + double(nWeights)) * double(m_nFree) / nLine;
+    }
+
+    static int ClampToBuffer(double nLines, const T_ImageLrg_tag& info)
+    {
+        return std::min(std::max(Truncate(nLines), CImageObj::ms_MinBand), info.nAllocHeight);
+    }
+
+    static int MappableLines(const T_ImageLrg_tag& info)
+    {
+        return info.nLineBytes == 0 ? info.nAllocHeight
+                                    : int(CImageObj::ms_MaxOneMappingSize / info.nLineBytes);
+    }
+
+    CImageObj** m_ppList;
+    int m_nCount;
+    int m_nMapCnt;
+    CImageObj* m_pOut;
+    std::int64_t m_nFree;
+    int m_nFirstBanded;     // index of the first listed image that does not fit whole; m_nCount: none
+    int m_nWholeHeight = 0; // buffer lines of the first whole image
+    int m_nInRatio;
+    double m_nOutRatio;
+};
+
+int SmallestBand(const tag_MemAlloc& request)
+{
+    return std::max(request.nMinBand, kSmallestBand);
+}
+
+/// Whether the charge of the image's smallest bands fits 32 bits, as does that of every larger band: those
+/// are at most ms_MaxOneMappingSize each.
+bool IsPlannable(CImageObj* pImage, int nSmallestBand, int nMapCnt)
+{
+    if (!pImage || !pImage->m_pImageCtrl || pImage->GetAreaSize() <= 0 || !IsSoundBuffer(pImage->m_ImgInfo) ||
+        pImage->m_ImgInfo.nRatio < 0)
+        return false;
+    const T_ImageLrg_tag info = RecordOf(*pImage);
+    const int nLines = std::min(nSmallestBand, info.nAllocHeight);
+    return BandCharge(info.nLineBytes, nLines, nMapCnt) < std::numeric_limits<int>::max();
+}
+
+bool IsPlannable(const tag_MemAlloc& request, CImageObj** ppIn, CImageObj** ppOut, CImageObj** ppTmp)
+{
+    if (request.nMapCnt < 1 || request.nMapCnt > MM_SLOT_COUNT)
+        return false;
+    const auto isPlannable = [&](CImageObj** ppImages, int nCount, int nMapCnt) {
+        if (nCount < 0 || (nCount > 0 && !ppImages))
+            return false;
+        return std::all_of(ppImages, ppImages + nCount, [&](CImageObj* pImage) {
+            return IsPlannable(pImage, SmallestBand(request), nMapCnt);
+        });
+    };
+    return isPlannable(ppIn, request.nInCnt, request.nMapCnt) && isPlannable(ppOut, request.nOutCnt, 1) &&
+           isPlannable(ppTmp, request.nTmpCnt, request.nMapCnt);
+}
+
+/// Whether a step has made the image's store. One over the host's own block shows the block before that too.
+bool IsStoreMade(const CImageCtrl& store)
+{
+    return (store.GetMemPtr() && store.GetAllMapFlg()) || HasFile(store);
+}
+
+/// Inputs whose store was never made: what a failed attempt charged for them is planned again.
+void ReturnUnmadeInputs(CImageObj** ppIn, int nCount)
+{
+    for (int i = 0; i < nCount; ++i) {
+        if (!IsStoreMade(*ppIn[i]->m_pImageCtrl)) {
+            ReturnToBudget(ppIn[i]->m_nAreaSize);
+            ppIn[i]->m_nAreaSize = 0;
+        }
+    }
+}
+
+/// Withholds the reserve from the budget until the first input is destroyed.
+void WithholdReserve(CImageObj& firstInput)
+{
+    if (firstInput.m_nReserveTaken == 1)
+        return;
+    firstInput.m_nReserveTaken = 1;
+    const LibraryLock lock; // the reserve itself may be sized anew meanwhile
+    ChargeBudget(CImageObj::ms_ReserveMemory);
+}
+
+/// An image in the host's own block costs the budget nothing and is addressable whole.
+void ReleaseChargeOfHostBlock(CImageObj& output)
+{
+    const CImageCtrl* pStore = output.m_pImageCtrl;
+    if (!pStore || pStore->GetImgType() == IMG_WORK || pStore->GetAcsType() != ACS_MEMORY)
+        return;
+    ReturnToBudget(output.m_nAreaSize);
+    output.SetBandInfo(0, 1); // band lines of every record the object keeps
+    output.m_nAreaSize = 0;
+    output.m_ImgInfo.nBandLines = output.m_ImgInfo.nHeight;
+}
+
+DWORD CreateStore(CImageObj& image, int nSlots)
+{
+    return image.Create(image.GetAreaSize(), image.m_nAreaSize, nSlots);
+}
+
+/// Makes the output's store, then each listed one's. A charge whose store could not be made is dropped
+/// without going back to the budget: the second attempt must find less.
+DWORD CreateStores(const tag_MemAlloc& request, CImageObj** ppList, int nCount, CImageObj** ppOut)
+{
+    if (request.nOutCnt != 0) {
+        if (const DWORD nResult = CreateStore(*ppOut[0], 1); nResult != MM_SUCCESS) {
+            ppOut[0]->m_nAreaSize = 0;
+            std::for_each(ppList, ppList + nCount, [](CImageObj* pImage) { pImage->m_nAreaSize = 0; });
+            return nResult;
+        }
+    }
+    for (int i = 0; i < nCount; ++i) {
+        if (const DWORD nResult = CreateStore(*ppList[i], request.nMapCnt); nResult != MM_SUCCESS) {
+            ppList[i]->m_nAreaSize = 0;
+            return nResult;
+        }
+    }
+    return MM_SUCCESS;
+}
+
+} // namespace
+
+DWORD CImageObj::MemoryAlloc(tag_MemAlloc* pRequest, CImageObj** ppIn, CImageObj** ppOut, CImageObj** ppTmp)
+{
+    if (!pRequest || !IsPlannable(*pRequest, ppIn, ppOut, ppTmp))
+        return MM_BAD_ARGUMENT;
+    const DWORD nResult = _MemoryAlloc(pRequest, ppIn, ppOut, ppTmp);
+    if (nResult == MM_SUCCESS || pRequest->nInCnt == 0)
+        return nResult;
+    MemoryClear(pRequest, ppOut, ppTmp);
+    ReturnUnmadeInputs(ppIn, pRequest->nInCnt);
+    WithholdReserve(*ppIn[0]);
+    return _MemoryAlloc(pRequest, ppIn, ppOut, ppTmp);
+}
+
+DWORD CImageObj::_MemoryAlloc(tag_MemAlloc* pRequest, CImageObj** ppIn, CImageObj** ppOut, CImageObj** ppTmp)
+{
+    MemoryReturn(ppIn, pRequest->nInCnt);
+
+    const std::unique_ptr<CImageObj*[]> list(
+        new (std::nothrow) CImageObj*[std::size_t(pRequest->nInCnt) + std::size_t(pRequest->nTmpCnt)]);
+    if (!list)
+        return MM_NO_MEMORY;
+    CImageObj** ppEnd = list.get();
+    const auto append = [&](auto isWanted) {
+        ppEnd = std::copy_if(ppIn, ppIn + pRequest->nInCnt, ppEnd, isWanted);
+        ppEnd = std::copy_if(ppTmp, ppTmp + pRequest->nTmpCnt, ppEnd, isWanted);
+        return static_cast<int>(ppEnd - list.get());
+    };
+    tag_MemAlloc listed = *pRequest;
+    listed.nInCnt = append([](const CImageObj* pImage) { return pImage->m_nAreaSize == 0; });
+    const int nToMake = append([](const CImageObj* pImage) { // also those that a failed step charged only
+        return pImage->m_nAreaSize != 0 && !IsStoreMade(*pImage->m_pImageCtrl);
+    });
+    if (listed.nOutCnt > 1)
+        return MM_TOO_MANY_OUTPUTS;
+
+    DWORD nResult;
+    {
+        const LibraryLock lock;
+        ms_MinBand = SmallestBand(listed);
+        nResult = MemoryCalculation(&listed, list.get(), ppOut);
+    }
+    if (nResult == MM_SUCCESS)
+        nResult = CreateStores(listed, list.get(), nToMake, ppOut);
+    if (nResult == MM_SUCCESS && ppOut && ppOut[0])
+        ReleaseChargeOfHostBlock(*ppOut[0]);
+    return nResult;
+}
+
+DWORD CImageObj::MemoryCalculation(tag_MemAlloc* pRequest, CImageObj** ppList, CImageObj** ppOut)
+{
+    return SizingPass(*pRequest, ppList, ppOut).Run();
+}
+
+DWORD CImageObj::MemoryReturn(CImageObj** ppObjects, int nCount)
+{
+    std::int64_t nSum = 0;
+    for (int i = 0; i < nCount; ++i) {
+        CImageObj& image = *ppObjects[i];
+        if (!image.m_pImageCtrl || !HasFile(*image.m_pImageCtrl))
+            continue;
+        nSum += image.m_nAreaSize;
+        image.m_nAreaSize = 0;
+    }
+    if (nSum >= 1)
+        ReturnToBudget(HeldWithinLong(nSum));
+    return MM_SUCCESS;
+}
+
+DWORD CImageObj::MemoryClear(tag_MemAlloc* pRequest, CImageObj** ppOut, CImageObj** ppTmp)
+{
+    const auto clear = [](CImageObj* pImage) {
+        pImage->m_nKeepStore = 1;
+        pImage->Destroy();
+        pImage->m_ImgInfo.nBandLines = 0;
+        pImage->m_nKeepStore = 0;
+    };
+    std::for_each(ppOut, ppOut + pRequest->nOutCnt, clear);
+    std::for_each(ppTmp, ppTmp + pRequest->nTmpCnt, clear);
+    return MM_SUCCESS;
+}
+
+DWORD CImageObj::MemoryRelease(tag_MemAlloc* pRequest, CImageObj** ppTmp)
+{
+    if (!ppTmp)
+        return MM_SUCCESS;
+    for (int i = 0; i < pRequest->nTmpCnt; ++i) {
+        ppTmp[i]->m_ImgInfo.nRatio = 100;
+        ppTmp[i]->m_ImgInfo.nBandLines = 0;
+        ppTmp[i]->Destroy();
+    }
+    return MM_SUCCESS;
+}
+
+namespace {
+
+/// Inputs or outputs: whether the list counts as mapped whole is decided by its first image.
+void CountList(CImageObj** ppImages, int nCount, int& nMemory, int& nFile, int& nBand)
+{
+    if (!ppImages || nCount <= 0)
+        return;
+    bool bWholeMapped = false;
+    if (!ppImages[0]->IsOnMemory()) {
+        const T_ImageLrg_tag info = RecordOf(*ppImages[0]);
+        bWholeMapped = info.nBandLines == info.nHeight;
+        if (!bWholeMapped)
+            nBand = info.nBandLines;
+    }
+    for (int i = 0; i < nCount; ++i)
+        ++(ppImages[i]->IsOnMemory() || bWholeMapped ? nMemory : nFile);
+}
+
+/// Temporaries: from the first one that is mapped whole on, all count as in memory.
+void CountTemporaries(CImageObj** ppImages, int nCount, int& nMemory, int& nFile)
+{
+    if (!ppImages)
+        return;
+    bool bWholeMapped = false;
+    for (int i = 0; i < nCount; ++i) {
+        const bool bOnMemory = ppImages[i]->IsOnMemory() != 0;
+        const T_ImageLrg_tag info = RecordOf(*ppImages[i]);
+        bWholeMapped = bWholeMapped || (!bOnMemory && info.nBandLines == info.nHeight);
+        ++(bOnMemory || bWholeMapped ? nMemory : nFile);
+    }
+}
+
+} // namespace
+
+void GetImageObjMemState(tag_MemAlloc* pRequest, CImageObj** ppIn, CImageObj** ppOut, CImageObj** ppTmp,
+                         int& nInMemory, int& nOutMemory, int& nTmpMemory, int& nInFile, int& nOutFile,
+                         int& nTmpFile, int& nInBand, int& nOutBand)
+{
+    if (!pRequest)
+        return;
+    CountList(ppIn, pRequest->nInCnt, nInMemory, nInFile, nInBand);
+    CountList(ppOut, pRequest->nOutCnt, nOutMemory, nOutFile, nOutBand);
+    CountTemporaries(ppTmp, pRequest->nTmpCnt, nTmpMemory, nTmpFile);
+}

@@ -1,0 +1,321 @@
+// The store over an image that the host has: a file under mapped views, a file behind a band buffer, or a
+// block. An output behind a buffer is written back band by band, with patience while the disk is full.
+
+#include "MemoryManager/CImageCtrlIO.h"
+
+#include "MemoryManager/ResultCodes.h"
+#include "MemoryManager/base/PlatformHelpers.h"
+#include "Platform/Platform.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+constexpr char kUnit[] = "MemoryManager/CImageCtrlIO";
+constexpr char kMappingUnit[] = "MemoryManager/CImageCtrl";
+
+// Statements that report to the error log.
+constexpr int kLineReadWhole = 156;
+constexpr int kLineWriteBack = 402;
+constexpr int kLineMapping = 322; // of kMappingUnit
+
+// A failed write-back attempt counts 1 while the disk is full, else 60; it is over at 600.
+constexpr int kAttemptDiskFull = 1;
+constexpr int kAttemptOther = 60;
+constexpr int kAttemptsOver = 600;
+constexpr DWORD kAttemptPauseMs = 100;
+
+// Bytes ahead of a work buffer that hold its size; they keep it aligned to cache lines.
+constexpr SIZE_T kWorkBufferHead = 64;
+
+} // namespace
+
+CImageCtrlIO::CImageCtrlIO() : m_pTmpBuf(nullptr), m_nBandOffset(0), m_nBandSize(0) {}
+
+CImageCtrlIO::CImageCtrlIO(const CImageCtrlIO& other) = default;
+CImageCtrlIO& CImageCtrlIO::operator=(const CImageCtrlIO& other) = default;
+
+// The library exports these under this class's name too.
+void* CImageCtrlIO::GetFHandle() const
+{
+    return CImageCtrl::GetFHandle();
+}
+
+void CImageCtrlIO::SetFileHandle(void* hFile)
+{
+    CImageCtrl::SetFileHandle(hFile);
+}
+
+void CImageCtrlIO::SetFileSize(int nSize)
+{
+    CImageCtrl::SetFileSize(nSize);
+}
+
+void CImageCtrlIO::SetImageData(void* pData)
+{
+    CImageCtrl::SetImageData(pData);
+}
+
+void CImageCtrlIO::SetHederSize(int nSize)
+{
+    SetHdrSize(nSize);
+}
+
+DWORD CImageCtrlIO::Create(LONG nSize, LONG nLimit, int nSlots)
+{
+    if (nSize < 0 || nLimit < 0)
+        return MM_BAD_ARGUMENT;
+    ReleaseBacking();
+    m_nAllMapFlg = 0;
+    m_bCreated = 0;
+    m_nMapCnt = nSlots;
+    if (m_nFileSize <= 0)
+        m_nFileSize = nSize;
+
+    const bool bWhole = nSize <= nLimit;
+    DWORD nResult = MM_UNKNOWN_MODE;
+    switch (m_eAcsType) {
+    case ACS_MMF:
+        nResult = CreateMapping(bWhole);
+        break;
+    case ACS_MEMORY: // the host's block is the image: nothing is made
+        m_nAllMapFlg = 1;
+        return MM_SUCCESS;
+    case ACS_FILEIO:
+        nResult = CreateBuffer(BufferBytes(nSize, nLimit), bWhole);
+        break;
+    case ACS_NONE:
+        break;
+    }
+    if (nResult != MM_SUCCESS) {
+        ReleaseBacking();
+        return nResult;
+    }
+    m_nAllMapFlg = bWhole ? 1 : 0;
+    m_bCreated = 1;
+    return MM_SUCCESS;
+}
+
+DWORD CImageCtrlIO::Destroy()
+{
+    ReleaseBacking();
+    ReleaseWorkBuffer();
+    return MM_SUCCESS;
+}
+
+void* CImageCtrlIO::MapBandAdress(DWORD nOffset, DWORD nBytes, int nSlot)
+{
+    const ULONGLONG nPos = ULONGLONG{static_cast<DWORD>(m_nHdrSize)} + nOffset;
+    const DWORD nEnd = m_nFileSize > 0 ? static_cast<DWORD>(m_nFileSize) : DWORD{INT32_MAX};
+    if (!IsSlot(nSlot) || nPos >= nEnd || nBytes > INT32_MAX)
+        return nullptr;
+
+    void* pBand = nullptr;
+    if (m_eAcsType == ACS_FILEIO) {
+        const SIZE_T nAt = m_nAllMapFlg == 1 ? static_cast<SIZE_T>(nPos) : 0; // of the band in the buffer
+        if (nBytes == 0 || nAt + ULONGLONG{nBytes} > BufferCapacity())
+            return nullptr;
+        pBand = static_cast<BYTE*>(m_pMapAdr[0]) + nAt;
+        if (m_nAllMapFlg == 0 && m_eImgType == IMG_INPUT && !ReadAt(static_cast<DWORD>(nPos), nBytes))
+            return nullptr;
+    } else if (m_nAllMapFlg == 1) {
+        pBand = m_pMapAdr[0] != nullptr ? static_cast<BYTE*>(m_pMapAdr[0]) + nPos : nullptr;
+    } else if (m_eAcsType == ACS_MMF) {
+        pBand = ReadMMF(static_cast<DWORD>(nPos), nBytes, &m_pMapAdr[0]);
+    }
+    m_nBandOffset = static_cast<int>(nPos);
+    m_nBandSize = static_cast<int>(nBytes);
+    return pBand;
+}
+
+DWORD CImageCtrlIO::FreeBandAdress(int nSlot)
+{
+    if (!IsSlot(nSlot))
+        return MM_BAD_ARGUMENT;
+    if (m_eAcsType == ACS_MMF) {
+        if (nSlot == 0)
+            m_nAllMapFlg = 0; // without its whole view the store goes on band by band
+        return ReleaseSlot(nSlot) ? MM_SUCCESS : MM_EXTERNAL_UNMAP;
+    }
+    if (m_eAcsType != ACS_FILEIO || m_eImgType != IMG_OUTPUT || m_nBandSize == 0)
+        return MM_SUCCESS;
+    return WriteBack();
+}
+
+DWORD CImageCtrlIO::CreateTMPBuf(int nBytes)
+{
+    ReleaseWorkBuffer();
+    if (nBytes < 1)
+        return MM_NO_MEMORY;
+    const SIZE_T nSize = static_cast<SIZE_T>(nBytes);
+    void* pBlock = AllocMemoryBlock(kWorkBufferHead + nSize, 0);
+    if (pBlock == nullptr)
+        return MM_NO_MEMORY;
+    std::memcpy(pBlock, &nSize, sizeof nSize);
+    m_pTmpBuf = static_cast<unsigned char*>(pBlock) + kWorkBufferHead;
+    return MM_SUCCESS;
+}
+
+unsigned char* CImageCtrlIO::GetTMPBuf(int nOffset)
+{
+    return m_pTmpBuf != nullptr ? m_pTmpBuf + nOffset : nullptr;
+}
+
+unsigned char* CImageCtrlIO::GetTempBuf(int nOffset)
+{
+    return GetTMPBuf(nOffset);
+}
+
+unsigned char* CImageCtrlIO::GetWrtBuf(int nOffset)
+{
+    unsigned char* pStart = static_cast<unsigned char*>(m_pMapAdr[0]);
+    if (pStart == nullptr)
+        return nullptr;
+    if (m_nAllMapFlg == 1 || m_eAcsType == ACS_MEMORY)
+        return pStart + m_nHdrSize + nOffset;
+    if (m_eAcsType == ACS_MMF)
+        return pStart + static_cast<DWORD>(m_nBandOffset) % AllocationGranularity();
+    return pStart;
+}
+
+bool CImageCtrlIO::HoldsAllotment(LONG nSize, LONG nLimit) const
+{
+    if (m_eAcsType == ACS_MEMORY)
+        return m_nAllMapFlg == 1;
+    const bool bWhole = nSize <= nLimit;
+    if (m_bCreated == 0 || (m_nAllMapFlg == 1) != bWhole)
+        return false;
+    if (m_eAcsType == ACS_FILEIO)
+        return BufferCapacity() == static_cast<SIZE_T>(BufferBytes(nSize, nLimit));
+    return m_hMap != nullptr;
+}
+
+SIZE_T CImageCtrlIO::WorkBufferBytes() const
+{
+    SIZE_T nSize = 0;
+    if (m_pTmpBuf != nullptr)
+        std::memcpy(&nSize, m_pTmpBuf - kWorkBufferHead, sizeof nSize);
+    return nSize;
+}
+
+// Maps the host's file, which an output grows into and an input must fill.
+DWORD CImageCtrlIO::CreateMapping(bool bWhole)
+{
+    if (IsInputTooShort()) {
+        ReportFileAccessError(kMappingUnit, kLineMapping, kErrorEndOfFile);
+        return MM_FILE_ACCESS;
+    }
+    if (const DWORD nResult = CreateMMF(m_nFileSize, 0); nResult != MM_SUCCESS)
+        return nResult;
+    if (!bWhole)
+        return MM_SUCCESS;
+    if (m_hMap == nullptr)
+        return MM_NO_MAPPING;
+    m_pMapAdr[0] = MapViewOfFileRetry(m_hMap, FILE_MAP_ALL_ACCESS, 0, 0, static_cast<SIZE_T>(m_nFileSize));
+    return m_pMapAdr[0] != nullptr ? MM_SUCCESS : MM_EXTERNAL_VIEW;
+}
+
+// Commits the band buffer and, for an input that it holds whole, fills it.
+DWORD CImageCtrlIO::CreateBuffer(LONG nBytes, bool bWhole)
+{
+    m_pMapAdr[0] = AllocMemoryBlock(static_cast<SIZE_T>(nBytes), 0);
+    if (m_pMapAdr[0] == nullptr)
+        return MM_NO_MEMORY;
+    m_pMapAdr[1] = static_cast<BYTE*>(m_pMapAdr[0]) + nBytes;
+    if (m_eImgType != IMG_INPUT)
+        return MM_SUCCESS;
+
+    if (IsInputTooShort()) {
+        ReportFileAccessError(kUnit, kLineReadWhole, kErrorEndOfFile);
+        return MM_FILE_ACCESS;
+    }
+    if (bWhole && !ReadAt(0, static_cast<DWORD>(m_nFileSize))) {
+        ReportFileAccessError(kUnit, kLineReadWhole, GetLastError());
+        return MM_FILE_ACCESS;
+    }
+    return MM_SUCCESS;
+}
+
+// Takes back what Create made; the host's file and block stay.
+void CImageCtrlIO::ReleaseBacking()
+{
+    if (m_eAcsType == ACS_MMF) {
+        UnmapSlots();
+        CloseMapping();
+    } else if (m_eAcsType == ACS_FILEIO && BufferCapacity() > 0) {
+        FreeMemoryBlock(m_pMapAdr[0]);
+        m_pMapAdr[0] = m_pMapAdr[1] = nullptr;
+    }
+    m_nBandSize = 0;
+}
+
+void CImageCtrlIO::ReleaseWorkBuffer()
+{
+    if (m_pTmpBuf != nullptr)
+        FreeMemoryBlock(m_pTmpBuf - kWorkBufferHead);
+    m_pTmpBuf = nullptr;
+}
+
+LONG CImageCtrlIO::BufferBytes(LONG nSize, LONG nLimit) const
+{
+    return nSize <= nLimit ? std::max<LONG>(nLimit, m_nFileSize) : nLimit;
+}
+
+SIZE_T CImageCtrlIO::BufferCapacity() const
+{
+    if (m_pMapAdr[1] == nullptr)
+        return 0;
+    return static_cast<SIZE_T>(static_cast<BYTE*>(m_pMapAdr[1]) - static_cast<BYTE*>(m_pMapAdr[0]));
+}
+
+bool CImageCtrlIO::IsInputTooShort() const
+{
+    return m_eImgType == IMG_INPUT && FileLength(m_hFile) < static_cast<DWORD>(m_nFileSize);
+}
+
+// Fills the start of the band buffer from the file position nPos; behind the file's end come zeros.
+bool CImageCtrlIO::ReadAt(DWORD nPos, DWORD nBytes)
+{
+    DWORD nRead = 0;
+    if (SetFilePointer(m_hFile, static_cast<LONG>(nPos), nullptr, FILE_BEGIN) == INVALID_SET_FILE_POINTER ||
+        !ReadFile(m_hFile, m_pMapAdr[0], nBytes, &nRead, nullptr))
+        return false;
+    std::memset(static_cast<BYTE*>(m_pMapAdr[0]) + nRead, 0, nBytes - nRead);
+    return true;
+}
+
+// Writes the band on loan: of a whole image to its own place, else to the end of the file. The place is fixed
+// by the first attempt that learns it, and kept for the next call, so that an attempt that grew the file and
+// failed shifts nothing.
+DWORD CImageCtrlIO::WriteBack()
+{
+    const BYTE* pSource = static_cast<BYTE*>(m_pMapAdr[0]);
+    const DWORD nBytes = static_cast<DWORD>(std::abs(m_nBandSize));
+    DWORD nPlace = kAppend;
+    if (m_nAllMapFlg == 1)
+        pSource += m_nBandOffset;
+    if (m_nAllMapFlg == 1 || m_nBandSize < 0)
+        nPlace = static_cast<DWORD>(m_nBandOffset);
+    for (int nCounter = 0; nCounter < kAttemptsOver;) {
+        if (nPlace == kAppend)
+            nPlace = FileLength(m_hFile);
+        DWORD nWritten = 0;
+        if (nPlace != kAppend &&
+            WriteFileByView(m_hFile, pSource, nBytes, &nWritten, nPlace, kFlushLoadPercent)) {
+            m_nBandSize = 0;
+            return MM_SUCCESS;
+        }
+        const DWORD nError = GetLastError();
+        ReportFileAccessErrorCounted(kUnit, kLineWriteBack, nError, nCounter);
+        Sleep(kAttemptPauseMs);
+        nCounter += nError == ERROR_DISK_FULL ? kAttemptDiskFull : kAttemptOther;
+    }
+    if (nPlace != kAppend) {
+        m_nBandOffset = static_cast<int>(nPlace);
+        m_nBandSize = -static_cast<int>(nBytes);
+    }
+    return MM_FILE_ACCESS;
+}

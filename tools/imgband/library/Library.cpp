@@ -1,0 +1,176 @@
+// One run's use of the library: set-up and results.
+
+#include "library/Library.h"
+
+#include "MemoryManager/MemoryManager.h"
+#include "system/Files.h"
+#include "system/Paths.h"
+
+#include <fmt/format.h>
+
+namespace {
+
+constexpr LONG kWholeBandCap = 24; // MiB
+
+// Bands that go from file to file are made anew each time. Those of a few MiB stay in the processor's caches,
+// and are still large enough for pages of 2 MiB.
+constexpr LONG kUnitBandCap = 8;
+
+std::string ChooseTemporaryFolder(const Options& options)
+{
+    const std::string szFolder = options.szTempDir.empty() ? os::TemporaryFolder() : options.szTempDir;
+    std::error_code error;
+    if (!std::filesystem::is_directory(os::PathOf(szFolder), error))
+        throw Failure(ExitStatus::NoRoom, szFolder, "there is no such folder for temporary files",
+                      "--temp-dir DIR");
+    if (!os::SetTemporaryFolder(szFolder))
+        throw Failure(ExitStatus::NoRoom, szFolder,
+                      "the folder for temporary files has characters that the system's code page lacks",
+                      "--temp-dir DIR with another name");
+    return szFolder;
+}
+
+ExitStatus StatusOfSystemError(std::optional<int> nError)
+{
+    if (!nError)
+        return ExitStatus::NoRoom; // what kept the library from its log kept it from the file
+    switch (*nError) {
+    case 2:   // file not found
+    case 3:   // path not found
+    case 5:   // access denied
+    case 19:  // write-protected medium
+    case 39:  // disk full
+    case 80:  // file exists
+    case 112: // disk full
+    case 206: // name too long
+    case 223: // file-size limit
+        return ExitStatus::NoRoom;
+    default:
+        return ExitStatus::JobFailed;
+    }
+}
+
+std::optional<int> SystemErrorOf(const std::optional<LoggedError>& logged)
+{
+    return logged ? std::optional(logged->nSystemError) : std::nullopt;
+}
+
+bool IsFromExternalImage(const std::optional<LoggedError>& logged)
+{
+    return logged &&
+           (logged->szUnit == "MemoryManager/CImageObjIO" || logged->szUnit == "MemoryManager/CImageCtrlIO");
+}
+
+} // namespace
+
+Library::Library(const Options& options)
+    : m_szTemporaryFolder(ChooseTemporaryFolder(options)), m_log(os::RuntimeFolder())
+{
+    os::RestartOnInterrupt(kInterruptedCommand, {m_log.Folder(), options.bJson ? "--json" : ""});
+    SizeBudget(options);
+    m_nBudget = CImageObj::AskFreeMemory();
+    if (const DWORD nCode = CImageCtrl::CleanTempFolder())
+        Fail(Failure(ExitStatus::NoRoom, m_szTemporaryFolder, "cannot be the folder for temporary files",
+                     "--temp-dir DIR with a shorter name"),
+             nCode);
+}
+
+LONG Library::Taken() const
+{
+    return m_nBudget - CImageObj::AskFreeMemory();
+}
+
+void Library::Fail(Failure failure, DWORD nCode) const
+{
+    failure.libraryResult = LibraryResult{nCode, SystemErrorOf(m_log.LastError())};
+    throw failure;
+}
+
+void Library::FailTemporary(DWORD nCode, std::int64_t nTemporaryBytes) const
+{
+    const std::optional<int> nError = SystemErrorOf(m_log.LastError());
+    Failure failure(StatusOfSystemError(nError), m_szTemporaryFolder, "a temporary file could not be made",
+                    "--temp-dir DIR, or a larger --budget");
+    failure.room = Room{static_cast<std::uintmax_t>(nTemporaryBytes),
+                        std::min(os::FreeBytes(m_szTemporaryFolder), os::FileSizeLimit())};
+    if (!os::MayWrite(m_szTemporaryFolder)) {
+        failure.szWhat += ", for there is no permission to write there";
+        failure.room.reset();
+    }
+    Fail(failure, nCode);
+}
+
+void Library::CheckImport(DWORD nCode, const std::string& szInput, std::int64_t nTemporaryBytes) const
+{
+    if (nCode == MM_FILE_ACCESS && !IsFromExternalImage(m_log.LastError()))
+        FailTemporary(nCode, nTemporaryBytes);
+    CheckRead(nCode, szInput);
+}
+
+void Library::CheckRead(DWORD nCode, const std::string& szInput) const
+{
+    switch (nCode) {
+    case MM_SUCCESS:
+        return;
+    case MM_FILE_ACCESS:
+    case MM_NO_MAPPING:
+    case MM_EXTERNAL_VIEW:
+    case MM_IO_BUFFER_ADDRESS:
+        Fail(Failure(ExitStatus::BadInput, szInput, "could not be read"), nCode);
+    case MM_NO_MEMORY:
+        Fail(Failure(ExitStatus::JobFailed, szInput, "could not be held in memory", "a smaller --budget"),
+             nCode);
+    default:
+        Fail(Failure(ExitStatus::JobFailed, szInput, "could not be imported"), nCode);
+    }
+}
+
+void Library::CheckStep(DWORD nCode, const std::string& szStep, std::int64_t nTemporaryBytes) const
+{
+    switch (nCode) {
+    case MM_SUCCESS:
+        return;
+    case MM_FILE_ACCESS:
+        FailTemporary(nCode, nTemporaryBytes);
+    case MM_NO_MEMORY:
+        Fail(
+            Failure(ExitStatus::JobFailed, "", szStep + ": there is not enough memory", "a smaller --budget"),
+            nCode);
+    default:
+        Fail(Failure(ExitStatus::JobFailed, "", szStep + ": failed"), nCode);
+    }
+}
+
+void Library::CheckExport(DWORD nCode, const std::string& szOutput, Room room) const
+{
+    if (nCode == MM_SUCCESS)
+        return;
+    Failure failure(ExitStatus::JobFailed, szOutput, "could not be written");
+    if (nCode == MM_FILE_ACCESS) {
+        failure.eStatus = StatusOfSystemError(SystemErrorOf(m_log.LastError()));
+        failure.room = room;
+        failure.szTry = "another folder for OUT";
+    } else if (nCode == MM_NO_MEMORY) {
+        failure.szTry = "a smaller --budget";
+    }
+    // The library has no system error for a mapping that could not be made, or only that of what came after.
+    if (failure.eStatus == ExitStatus::JobFailed && room.nAvailable < room.nWanted) {
+        failure.eStatus = ExitStatus::NoRoom;
+        failure.room = room;
+        failure.szTry = "another folder for OUT";
+    }
+    Fail(failure, nCode);
+}
+
+void SizeBudget(const Options& options)
+{
+    CImageObj::InitBaseMemory(options.nBudget, options.nOneMapping);
+    CImageObj::SetUseMaxBandMemory(options.nBandCap ? options.nBandCap : kWholeBandCap);
+    CImageObj::ms_nUseMaxMemoryUnit = (options.nBandCap ? options.nBandCap : kUnitBandCap) << 20;
+}
+
+void CleanUpInterruptedRun(const std::string& szLogFolder)
+{
+    CImageCtrl::CleanTempFolder();
+    ErrorLog::Remove(szLogFolder);
+}

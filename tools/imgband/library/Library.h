@@ -1,0 +1,48 @@
+#pragma once
+// Starting the library, and turning its results into failures.
+
+#include "Options.h"
+#include "library/ErrorLog.h"
+#include "values/Failure.h"
+
+/// The library as one run uses it: budget, temporary folder and error log are set, and what earlier runs left
+/// in the temporary folder is removed. Throws Failure (NoRoom) when there is no temporary folder.
+class Library
+{
+public:
+    explicit Library(const Options& options);
+
+    /// Budget in bytes that the library works with.
+    LONG Budget() const { return m_nBudget; }
+
+    /// Bytes of the budget that are allotted now.
+    LONG Taken() const;
+
+    const std::string& TemporaryFolder() const { return m_szTemporaryFolder; }
+
+    /// Throws a Failure unless nCode is 0.
+    void CheckImport(DWORD nCode, const std::string& szInput, std::int64_t nTemporaryBytes) const;
+    void CheckRead(DWORD nCode, const std::string& szInput) const;
+    void CheckStep(DWORD nCode, const std::string& szStep, std::int64_t nTemporaryBytes) const;
+    void CheckExport(DWORD nCode, const std::string& szOutput, Room room) const;
+
+    /// Whether the library recorded a failure in this run. Some it only records.
+    bool HasRecordedError() const { return m_log.LastError().has_value(); }
+
+private:
+    [[noreturn]] void Fail(Failure failure, DWORD nCode) const;
+    [[noreturn]] void FailTemporary(DWORD nCode, std::int64_t nTemporaryBytes) const;
+
+    std::string m_szTemporaryFolder;
+    ErrorLog m_log;
+    LONG m_nBudget;
+};
+
+/// Sizes the library's budget, mappings and bands as the options say.
+void SizeBudget(const Options& options);
+
+/// Removes what an interrupted run left in the temporary folder and its error log's folder.
+void CleanUpInterruptedRun(const std::string& szLogFolder);
+
+/// Name of the arguments that an interrupted run starts the program with: status, log folder, --json.
+inline constexpr const char* kInterruptedCommand = "--interrupted-run";

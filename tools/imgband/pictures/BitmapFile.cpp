@@ -1,0 +1,120 @@
+// Reading a bitmap's header, trusting none of it.
+
+#include "pictures/BitmapFile.h"
+
+#include "values/Failure.h"
+
+#include <fmt/format.h>
+
+namespace {
+
+std::uint32_t Word16(std::span<const unsigned char> head, std::size_t nAt)
+{
+    return static_cast<std::uint32_t>(head[nAt] | head[nAt + 1] << 8);
+}
+
+std::uint32_t Word32(std::span<const unsigned char> head, std::size_t nAt)
+{
+    return Word16(head, nAt) | Word16(head, nAt + 2) << 16;
+}
+
+std::int32_t Signed32(std::span<const unsigned char> head, std::size_t nAt)
+{
+    return static_cast<std::int32_t>(Word32(head, nAt));
+}
+
+void RefuseForeignHeader(const std::string& szPath, std::uint32_t nInfoBytes)
+{
+    switch (nInfoBytes) {
+    case 40:
+    case 52:
+    case 56:
+    case 108:
+    case 124:
+        return;
+    case 12:
+    case 16:
+    case 64:
+        throw Failure(ExitStatus::BadInput, szPath, "OS/2 bitmap headers are not supported");
+    default:
+        throw Failure(ExitStatus::BadInput, szPath,
+                      fmt::format("unknown bitmap header of {} bytes", nInfoBytes));
+    }
+}
+
+void RefuseForeignPixels(const std::string& szPath, std::uint32_t nBits, std::uint32_t nCompression)
+{
+    const auto fnRefuse = [&](const std::string& szWhat) {
+        throw Failure(ExitStatus::BadInput, szPath, szWhat);
+    };
+    switch (nCompression) {
+    case 0:
+        break;
+    case 1:
+    case 2:
+        return fnRefuse("run-length bitmaps are not supported");
+    case 3:
+    case 6:
+        return fnRefuse("bit-field bitmaps are not supported");
+    default:
+        return fnRefuse(fmt::format("bitmap compression {} is not supported", nCompression));
+    }
+    switch (nBits) {
+    case 24:
+    case 32:
+        return;
+    case 1:
+    case 2:
+    case 4:
+    case 8:
+        return fnRefuse(fmt::format("bitmaps with a palette ({} bits a pixel) are not supported", nBits));
+    case 16:
+        return fnRefuse("16-bit bitmaps are not supported");
+    default:
+        return fnRefuse(fmt::format("{} bits a pixel are not supported", nBits));
+    }
+}
+
+} // namespace
+
+bool HasBitmapSignature(std::span<const unsigned char> head)
+{
+    return head.size() >= 2 && head[0] == 'B' && head[1] == 'M';
+}
+
+PictureFacts ParseBitmapHeader(const std::string& szPath, std::span<const unsigned char> head,
+                               std::int64_t nFileBytes)
+{
+    const auto fnRefuse = [&](const std::string& szWhat) -> void {
+        throw Failure(ExitStatus::BadInput, szPath, szWhat);
+    };
+    if (head.size() < 18)
+        fnRefuse("the bitmap ends inside its header");
+    const std::uint32_t nInfoBytes = Word32(head, 14);
+    RefuseForeignHeader(szPath, nInfoBytes);
+    if (head.size() < kHeaderPeek)
+        fnRefuse("the bitmap ends inside its header");
+
+    const std::int64_t nOffset = Word32(head, 10);
+    const int nWidth = Signed32(head, 18);
+    const int nHeight = Signed32(head, 22);
+    RefuseForeignPixels(szPath, Word16(head, 28), Word32(head, 30));
+    if (Word16(head, 26) != 1)
+        fnRefuse(fmt::format("the bitmap header names {} planes instead of 1", Word16(head, 26)));
+    if (nWidth <= 0 || nHeight == 0 || nHeight == INT32_MIN)
+        fnRefuse(fmt::format("the bitmap header gives an impossible size of {} x {}", nWidth, nHeight));
+    if (nOffset < 14 + std::int64_t{nInfoBytes})
+        fnRefuse(fmt::format("the bitmap header puts its lines at byte {}, inside the header", nOffset));
+
+    PictureFacts facts{Word16(head, 28) == 24 ? Format::Bgr24 : Format::Bgra32,
+                       {nWidth, nHeight < 0 ? -nHeight : nHeight},
+                       nHeight > 0,
+                       nOffset,
+                       nFileBytes};
+    const std::int64_t nLines = FileBytes(facts.eFormat, facts.size) - kBitmapHeaderBytes;
+    if (nOffset > nFileBytes || nLines > nFileBytes - nOffset)
+        fnRefuse(fmt::format("the file has {} bytes, but its header promises {} x {} pixels from byte {} on, "
+                             "which take {} bytes",
+                             nFileBytes, nWidth, facts.size.nHeight, nOffset, nLines));
+    return facts;
+}

@@ -1,0 +1,37 @@
+#pragma once
+// The picture file that a command reads.
+
+#include "Options.h"
+#include "pictures/BitmapFile.h"
+#include "system/Files.h"
+
+/// An open input whose header was read and found true. Throws Failure (BadInput, WrongCommandLine).
+class InputFile
+{
+public:
+    explicit InputFile(const Options& options);
+
+    const PictureFacts& Facts() const { return m_facts; }
+    const std::string& Path() const { return m_szPath; }
+    HANDLE Handle() const { return m_file.Handle(); }
+
+    /// The file's bytes up to the end of the last line.
+    std::int64_t PictureEnd() const;
+
+    /// Throws Failure (BadInput) when the file has become too short for its picture. The library takes what
+    /// is missing for zeros.
+    void CheckWhole() const;
+
+    /// Fills a block with the first nBytes of the file.
+    void ReadWhole(unsigned char* pBlock, std::size_t nBytes) const;
+
+    /// Nothing more is read.
+    void Close() { m_file.Close(); }
+
+private:
+    PictureFacts Identify(const Options& options) const;
+
+    std::string m_szPath;
+    os::File m_file;
+    PictureFacts m_facts;
+};

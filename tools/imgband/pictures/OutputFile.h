@@ -1,0 +1,39 @@
+#pragma once
+// The picture file that a command writes.
+
+#include "system/Files.h"
+
+#include <cstdint>
+#include <string>
+
+/// A file that appears under its name whole, or not at all: it is written under a provisional name beside
+/// the target, and removed by the destructor or an interrupt unless it was published.
+class OutputFile
+{
+public:
+    /// Creates the provisional file. A target that is a link stands for what it leads to. Throws Failure.
+    explicit OutputFile(const std::string& szPath);
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    const std::string& Path() const { return m_szPath; }
+    HANDLE Handle() const { return m_file.Handle(); }
+
+    /// Bytes that a file in its folder can have now: the disk's room, or the process's file-size limit.
+    std::uintmax_t AvailableBytes() const;
+
+    /// Throws Failure (NoRoom) when nBytes more do not fit.
+    void CheckRoom(std::int64_t nBytes) const;
+
+    void Append(const unsigned char* pData, std::size_t nBytes);
+
+    /// Flushes the file and gives it its name.
+    void Publish();
+
+private:
+    std::string m_szPath;        ///< as the user gave it
+    std::string m_szTarget;      ///< what it leads to
+    std::string m_szProvisional; ///< empty once published
+    os::File m_file;
+};

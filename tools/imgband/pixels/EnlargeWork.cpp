@@ -1,0 +1,78 @@
+// Enlargement by a whole factor, line by line.
+//
+// Source lines are counted from where the destination begins, whatever their order in the source.
+
+#include "pixels/EnlargeWork.h"
+
+#include "pixels/BandLines.h"
+#include "pixels/EnlargeLines.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace {
+
+/// An enlarged line between the centres of two lines of the image, the first of which may lie above it.
+struct Place
+{
+    int nUpper;     ///< -1 to the image's last line
+    int nFromUpper; ///< in half enlarged lines, 0 to 2 factor - 1
+};
+
+Place PlaceOf(int nLine, int nFactor)
+{
+    // Half an original line is nFactor units: counting from a centre above the image keeps them positive.
+    const std::int64_t nUnits = 2 * std::int64_t{nLine} + 1 + nFactor;
+    return {static_cast<int>(nUnits / (2 * nFactor)) - 1, static_cast<int>(nUnits % (2 * nFactor))};
+}
+
+} // namespace
+
+EnlargeWork::EnlargeWork(EnlargeOp eOp, int nFactor, int nWidth, int nHeight, bool bReversed)
+    : m_eOp(eOp), m_nFactor(nFactor), m_nWidth(nWidth), m_nHeight(nHeight), m_bReversed(bReversed)
+{
+}
+
+LineRange EnlargeWork::SourceLines(LineRange dst) const
+{
+    LineRange lines = {dst.nFirst / m_nFactor, dst.nLast / m_nFactor};
+    if (m_eOp == EnlargeOp::Linear)
+        lines = {std::max(PlaceOf(dst.nFirst, m_nFactor).nUpper, 0),
+                 std::min(PlaceOf(dst.nLast, m_nFactor).nUpper + 1, m_nHeight - 1)};
+    return m_bReversed ? LineRange{m_nHeight - 1 - lines.nLast, m_nHeight - 1 - lines.nFirst} : lines;
+}
+
+void EnlargeWork::Run(const T_ImageLrg_tag& src, const T_ImageLrg_tag& dst, const Workers& workers) const
+{
+    workers.ForLines(dst.nBandLines, [&](int nFirst, int nEnd) {
+        if (src.nSampleBytes == 1)
+            RunLines<std::uint8_t>(src, dst, nFirst, nEnd);
+        else
+            RunLines<std::uint16_t>(src, dst, nFirst, nEnd);
+    });
+}
+
+template <class Sample>
+void EnlargeWork::RunLines(const T_ImageLrg_tag& src, const T_ImageLrg_tag& dst, int nFirst, int nEnd) const
+{
+    const auto pLine = [&](int nLine) { return SampleAddress<Sample>(src, 0, BandLine(src, nLine)); };
+    for (int k = nFirst; k < nEnd; ++k) {
+        Sample* pDst = SampleAddress<Sample>(dst, 0, k);
+        const int nLine = dst.nBandTop + k;
+        if (m_eOp == EnlargeOp::Linear) {
+            const Place place = PlaceOf(nLine, m_nFactor);
+            const int nUpper = std::max(place.nUpper, 0);
+            const int nLower = std::min(place.nUpper + 1, m_nHeight - 1);
+            Interpolate<Sample>({pLine(nUpper), pLine(nLower), place.nFromUpper}, pDst, m_nWidth, m_nFactor);
+        } else if (k > nFirst && nLine % m_nFactor != 0) {
+            std::copy_n(pDst - SampleStep<Sample>(dst), std::ptrdiff_t{dst.nWidth} * kSamples, pDst);
+        } else {
+            RepeatPixels(pLine(nLine / m_nFactor), pDst, m_nWidth, m_nFactor);
+        }
+    }
+}
+
+int EnlargeWork::BandLine(const T_ImageLrg_tag& src, int nLine) const
+{
+    return (m_bReversed ? m_nHeight - 1 - nLine : nLine) - src.nBandTop;
+}

@@ -1,0 +1,44 @@
+#pragma once
+// The memory that a run takes, watched from beside it.
+
+#include "report/BoundedSeries.h"
+#include "system/Files.h"
+
+#include <chrono>
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <thread>
+
+/// The larger of each of both.
+os::ResidentMemory Larger(os::ResidentMemory a, os::ResidentMemory b);
+
+/// Looks at the process's memory every 2 ms, in a thread of its own.
+class MemoryWatch
+{
+public:
+    /// @param begin  of the run
+    explicit MemoryWatch(std::chrono::steady_clock::time_point begin);
+
+    /// The largest private and the largest mapped memory since the last call, of moments of their own.
+    os::ResidentMemory TakePeak();
+
+    /// Adds "memory_over_time" to a report.
+    void AddTo(nlohmann::ordered_json& report);
+
+private:
+    struct Sample
+    {
+        double nSeconds;
+        os::ResidentMemory held;
+
+        void Merge(const Sample& later) { held = Larger(held, later.held); }
+    };
+
+    os::ResidentMemory Look();
+
+    std::chrono::steady_clock::time_point m_begin;
+    std::mutex m_mutex; // of peak and samples
+    os::ResidentMemory m_peak;
+    BoundedSeries<Sample, 512> m_samples;
+    std::jthread m_watcher; // last: it uses the others
+};

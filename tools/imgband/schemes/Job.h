@@ -1,0 +1,41 @@
+#pragma once
+// A picture that is made from another one.
+
+#include "pictures/InputFile.h"
+#include "pixels/BandWork.h"
+#include "report/Report.h"
+#include "values/ProcessIds.h"
+
+#include <memory>
+
+/// What comes out, and how. Both schemes do it with the same bytes.
+///
+/// Whatever is in memory on the way lies in the order of the output's stored lines: from the bottom up for
+/// bitmaps.
+struct Job
+{
+    std::string szName; ///< of the step in the middle
+    int nIpNo;          ///< its process identifier
+    Format eTo;
+    ImageSize size;       ///< of the output
+    bool bReversedLines;  ///< the input's last stored line comes first
+    bool bReversedPixels; ///< as do the last pixels of the lines
+    bool bOwnAlpha;       ///< a fourth sample is carried through, else opaque
+    int nFrame = 0;       ///< pixels around a source band that the work looks at
+    FrameFill frame{MM_FRAME_NONE, 0};
+    std::unique_ptr<BandWork> pWork = nullptr; ///< null: the lines go through as they are
+    bool bOneObject = false;                   ///< unit scheme: one object reads, is worked on, and writes
+};
+
+/// A job that keeps the input's format and size and turns nothing, without a work yet.
+Job KeepFormat(const Options& options, const PictureFacts& facts, int nIpNo);
+
+/// Lines that are stored from the bottom up by the tool.
+bool IsStoredBottomUp(Format eFormat);
+
+/// Whether the work has to reverse the order of lines: in the whole scheme, the import has done it.
+bool MustReverseLines(const Options& options, const Job& job);
+
+/// Does the job, or plans it, and tells the report. The input is closed when its place may be taken by the
+/// output. Throws Failure.
+void RunJob(const Options& options, InputFile& input, const Job& job, Report& report);
