@@ -1,18 +1,11 @@
 #pragma once
-// Whole-image import and export, unit objects over external images, image descriptions, and the error-log
-// folder.
+// Whole-image import and export, unit objects over external images, and image descriptions.
 
 #include "MemoryManager/CImageObj.h"
+#include "MemoryManager/ErrorLogFolder.h"
 #include "MemoryManager/ExternalImage.h"
 #include "MemoryManager/LogStack.h"
 #include "MemoryManager/ParameterRecords.h"
-
-/// Sets the folder that FileAccessErrorLog.txt is written to; it is used as a prefix and so ends with a
-/// separator. Longer texts are cut to 259 characters. Call it before other threads use the library.
-MM_API void SetErrLogPath(const char* pszFolder);
-
-/// The folder, "..\logdata\" unless set. The text stays the library's.
-MM_API const char* GetErrLogPath();
 
 /// Reads a bitmap or raw image from the host's file or block into an object, which first gives up what it
 /// holds. The object then has the description's size and nDstFormat, margins of 16 and aligned lines.

@@ -35,6 +35,7 @@ foreach(HEADER
         MemoryManager/CImageObj.h
         MemoryManager/CImageObjIO.h
         MemoryManager/CWorkTableList.h
+        MemoryManager/ErrorLogFolder.h
         MemoryManager/Export.h
         MemoryManager/ExternalImage.h
         MemoryManager/ImageRecord.h

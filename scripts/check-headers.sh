@@ -37,5 +37,5 @@ done
 for job in "${jobs[@]}"; do
     wait "$job"
 done
-$vendor -std=c++20 "${warnings[@]}" -I "$work" -I . MemoryManager/transfer/RecordLayout.cpp
+$vendor -std=c++20 "${warnings[@]}" -I "$work" -I . MemoryManager/*/RecordLayout.cpp
 echo "The documented layout holds: $vendor"

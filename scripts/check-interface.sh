@@ -121,7 +121,7 @@ self_test() {
         's/virtual int GetAreaSize/virtual int Swap/; s/virtual int GetBandHeight/virtual int GetAreaSize/; s/Swap/GetBandHeight/'
     changed_header 'another value of an enumerator' MemoryManager/ExternalImage.h 's/ACS_MEMORY = 1/ACS_MEMORY = 4/'
     changed_header 'another value of a constant' MemoryManager/CImageCtrl.h 's/MM_SLOT_COUNT = 10/MM_SLOT_COUNT = 11/'
-    changed_header 'a function that is gone' MemoryManager/ImgObjUty.h '/^MM_API const char\* GetErrLogPath/d'
+    changed_header 'a function that is gone' MemoryManager/ErrorLogFolder.h '/^MM_API const char\* GetErrLogPath/d'
     changed_header 'another argument' MemoryManager/CImageObj.h 's/SetFsize\(int nSize\)/SetFsize(LONG nSize)/'
 
     local names

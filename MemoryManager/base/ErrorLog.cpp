@@ -1,7 +1,7 @@
 // The file-access error log: the folder that the host gives and the lines that failures leave in it.
 // It never fails itself: what cannot be written is dropped.
 
-#include "MemoryManager/ImgObjUty.h"
+#include "MemoryManager/ErrorLogFolder.h"
 #include "MemoryManager/base/PlatformHelpers.h"
 #include "MemoryManager/base/ReportTexts.h"
 #include "Platform/Platform.h"

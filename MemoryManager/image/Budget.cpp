@@ -88,3 +88,8 @@ CRITICAL_SECTION* CImageObj::GetCS()
 {
     return &m_g_cs;
 }
+
+CRITICAL_SECTION* AddressOfLibraryLock()
+{
+    return CImageObj::GetCS();
+}

@@ -2,21 +2,11 @@
 // Changes of the process-wide memory budget under the library's lock, and its arithmetic.
 
 #include "MemoryManager/CImageObj.h"
-#include "Platform/Platform.h"
+#include "MemoryManager/base/LibraryLock.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <limits>
-
-/// Holds the library's lock for a scope. A thread that holds it may take it again.
-class LibraryLock
-{
-public:
-    LibraryLock() { EnterCriticalSection(CImageObj::GetCS()); }
-    ~LibraryLock() { LeaveCriticalSection(CImageObj::GetCS()); }
-    LibraryLock(const LibraryLock&) = delete;
-    LibraryLock& operator=(const LibraryLock&) = delete;
-};
 
 /// Charges the budget with nBytes; it may go negative.
 inline void ChargeBudget(LONG nBytes)

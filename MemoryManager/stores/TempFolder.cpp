@@ -4,7 +4,7 @@
 #include "MemoryManager/CImageCtrl.h"
 
 #include "MemoryManager/ResultCodes.h"
-#include "MemoryManager/image/Budget.h"
+#include "MemoryManager/base/LibraryLock.h"
 #include "Platform/Platform.h"
 
 #include <cctype>

@@ -1,9 +1,7 @@
 // Work buffers: a step lists them in a table, and one block serves them all.
 // They lie in it without gaps, in the order they were listed; the budget of the images knows nothing of them.
 
-#include "MemoryManager/CImageObj.h"
 #include "MemoryManager/CWorkTableList.h"
-#include "MemoryManager/ResultCodes.h"
 #include "MemoryManager/base/PlatformHelpers.h"
 #include "Platform/Platform.h"
 
@@ -77,15 +75,4 @@ int CWorkTableList::AllocWorkTable()
         pNext += nSize;
     }
     return 1;
-}
-
-DWORD CImageObj::AllocWorkMem(CWorkTableList* pTable)
-{
-    return pTable && pTable->AllocWorkTable() ? MM_SUCCESS : MM_NO_MEMORY;
-}
-
-void CImageObj::ReleaseWorkMem(CWorkTableList* pTable)
-{
-    if (pTable)
-        pTable->List_Free();
 }

@@ -1,0 +1,48 @@
+// Where the images of a planned step are: in memory, mapped whole, or banded through files.
+
+#include "MemoryManager/image/RecordOf.h"
+
+namespace {
+
+/// Inputs or outputs: whether the list counts as mapped whole is decided by its first image.
+void CountList(CImageObj** ppImages, int nCount, int& nMemory, int& nFile, int& nBand)
+{
+    if (!ppImages || nCount <= 0)
+        return;
+    bool bWholeMapped = false;
+    if (!ppImages[0]->IsOnMemory()) {
+        const T_ImageLrg_tag info = RecordOf(*ppImages[0]);
+        bWholeMapped = info.nBandLines == info.nHeight;
+        if (!bWholeMapped)
+            nBand = info.nBandLines;
+    }
+    for (int i = 0; i < nCount; ++i)
+        ++(ppImages[i]->IsOnMemory() || bWholeMapped ? nMemory : nFile);
+}
+
+/// Temporaries: from the first one that is mapped whole on, all count as in memory.
+void CountTemporaries(CImageObj** ppImages, int nCount, int& nMemory, int& nFile)
+{
+    if (!ppImages)
+        return;
+    bool bWholeMapped = false;
+    for (int i = 0; i < nCount; ++i) {
+        const bool bOnMemory = ppImages[i]->IsOnMemory() != 0;
+        const T_ImageLrg_tag info = RecordOf(*ppImages[i]);
+        bWholeMapped = bWholeMapped || (!bOnMemory && info.nBandLines == info.nHeight);
+        ++(bOnMemory || bWholeMapped ? nMemory : nFile);
+    }
+}
+
+} // namespace
+
+void GetImageObjMemState(tag_MemAlloc* pRequest, CImageObj** ppIn, CImageObj** ppOut, CImageObj** ppTmp,
+                         int& nInMemory, int& nOutMemory, int& nTmpMemory, int& nInFile, int& nOutFile,
+                         int& nTmpFile, int& nInBand, int& nOutBand)
+{
+    if (!pRequest)
+        return;
+    CountList(ppIn, pRequest->nInCnt, nInMemory, nInFile, nInBand);
+    CountList(ppOut, pRequest->nOutCnt, nOutMemory, nOutFile, nOutBand);
+    CountTemporaries(ppTmp, pRequest->nTmpCnt, nTmpMemory, nTmpFile);
+}
