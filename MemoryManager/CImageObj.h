@@ -384,7 +384,7 @@ public:
 private:
     static DWORD _MemoryAlloc(tag_MemAlloc* pRequest, CImageObj** ppIn, CImageObj** ppOut, CImageObj** ppTmp);
     DWORD MapBandRangeForUnify(int nFirst, int nLast, T_ImageLrg_tag* pBand, int nSlot);
-    DWORD MapBandRangeForUnit(int nFirst, int nLast, T_ImageLrg_tag* pBand, int nSlot);
+    DWORD MapBandRangeForUnit(int nFirst, int nLast, T_ImageLrg_tag* pBand);
     DWORD ReadUnitBand();
     DWORD EndUnitBand();
     void ReadDataMem(int nLineBytes, int nPosition, int nClass, int nExtra);

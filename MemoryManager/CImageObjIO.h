@@ -6,153 +6,225 @@
 #include <cstdint>
 
 class CImageCtrlIO;
-struct T_ImgInf;
 
-/// Wraps a host's file or block: m_ImgInfo is the image as the pipeline sees it, m_ImgInfoIO the external
-/// layout. Every band is converted between the two.
+/// An image in the host's file or block, and the conversion of its bands: m_ImgInfo describes the image as
+/// the pipeline sees it, m_ImgInfoIO its external layout.
 ///
-/// Invariant: the band fields of both records describe the external band that was mapped last, but
-/// MapBandRange leaves those of m_ImgInfoIO alone and MapBandRangeBuf those of m_ImgInfo.
+/// The order of calls: construct; set up with one of the three InitFor operations; plan with MemoryAlloc; map
+/// and unmap bands. Only InitForUnify gives the object a store, and without one it can be neither planned nor
+/// mapped.
 ///
-/// Construct, set up with one of the three InitFor operations, plan with MemoryAlloc, map bands. Only
-/// InitForUnify gives the object a store: until then it can be neither planned nor mapped. The host's file
-/// and block stay the host's and must outlive the object's use. One thread at a time; no lock is taken.
+/// Invariant: nBandTop and nBandBottom of both records tell the external band that was mapped last, but
+/// MapBandRange sets those of m_ImgInfo only, and MapBandRangeBuf those of m_ImgInfoIO only.
+///
+/// The host's file and block stay the host's: they are never closed or freed, with the one exception that
+/// CImageCtrlIO::Create tells, and must outlive the object's use. No pointer argument may be null unless its
+/// description says so. Results are the codes of ResultCodes.h. An object is used by one thread at a time;
+/// planning and destruction take the library's lock for the budget.
 class MM_API CImageObjIO : public CImageObj
 {
 public:
-    /// No store and no geometry: format, band state and sizes 0, ratio 100, file type -1, work-buffer mode
-    /// and conversion on. One of the InitFor operations comes next.
+    /// No store and no geometry: all fields of both records are 0 but for the ratio of 100, and the file type
+    /// is -1. Work-buffer mode and conversion are on.
     CImageObjIO();
 
-    /// Shallow: both objects then share one store and one charge, and only one of them may be destroyed
-    /// while it holds them.
+    /// Shallow: both objects then refer to one store and one charge, which the destructors of both would
+    /// release. Copy only an object without a store.
     CImageObjIO(const CImageObjIO& other);
     CImageObjIO& operator=(const CImageObjIO& other);
 
-    /// Destroys the store; the host's file and block stay open. Not virtual.
+    /// Releases store and charge. The host's file and block stay as they are. Not virtual: destroy an object
+    /// through a pointer of its own class.
     ~CImageObjIO();
 
     // Set-up ----------------------------------------------------------------------------------------------
 
-    /// Binds the object to an external image, with a store of its own; what an earlier set-up made is
-    /// destroyed. A bitmap input is searched for its signature from the file's start, a bitmap output gets
-    /// its 54-byte header. The object side has margins of 16, whatever the arguments say.
+    /// Binds the object to an external image through a store of its own. What an earlier set-up made is
+    /// destroyed first. A bitmap input is searched for its signature from the file's start; a bitmap output
+    /// gets its 54-byte header, for which the file is empty. An image of the role IMG_WORK is neither
+    /// searched nor given a header.
     ///
-    /// @param pInf         the external image; IMG_INPUT reads it, every other role takes nDstFormat as its
-    ///                     format and nSrcFormat as the object's
-    /// @param nMarginX     pixels beside each external line; nMarginY: lines above and below the picture
-    /// @param nSearch      handed on to the header search
-    /// @param nAlign       MM_ALIGN type of the object's buffer; external lines are never aligned
-    /// @param nBottomUp    1: external lines are stored last line first
-    /// @param nTmpBufMode  1: external bands live in the store's work buffer, 0: in the store itself
-    /// @return 0; 18 a size that does not fit 32 bits or an alignment that does not exist: nothing changed,
-    ///         or, for a header that reaches too far, as after 49; 1 no memory for the store; 49 no bitmap
-    ///         signature or header not written (logged): the store is there, without header and file size
+    /// @param pInf         the external image, copied; nLineBytes is not read. A store of ACS_MMF reads and
+    ///                     writes the file through views, one of ACS_FILEIO through a buffer.
+    /// @param eRole        IMG_INPUT: nSrcFormat is the external format and nDstFormat the object's; any
+    /// other
+    ///                     role: the other way round
+    /// @param nMarginX     pixels that lie on both sides of each external line
+    /// @param nMarginY     lines that lie above and below the external picture
+    /// @param nSearch      means nothing
+    /// @param nAlign       MM_ALIGN type of the object's buffer. The buffer's margins are 16 pixels and
+    /// lines.
+    ///                     External lines are packed.
+    /// @param nBottomUp    1: the external lines are stored last line first
+    /// @param nTmpBufMode  0: external bands lie in the store; 1: in the store's work buffer. With any other
+    ///                     value the planner refuses the object.
+    /// @return 0; 18 a negative size, one that does not fit 32 bits, or an unsupported alignment: nothing has
+    ///         changed; 1 no memory for the store: the object has none; 49 no bitmap signature, or a header
+    ///         that was not written (logged), or 18 a header of a negative length or beyond 32 bits: the
+    ///         store is there, with header and file size 0, and is destroyed with the object or by the next
+    ///         set-up
     DWORD InitForUnify(T_ImgInf* pInf, tag_E_IMGTYPE eRole, int nMarginX, int nMarginY, int nSearch,
                        int nAlign, int nBottomUp, int nTmpBufMode);
 
-    /// Fills m_ImgInfo with what a unit-mode object needs for SetImageInfo: nSrcFormat, four samples a pixel,
-    /// the given margins. No store; role, nSearch and nTmpBufMode mean nothing. Always 0.
+    /// Fills m_ImgInfo with the geometry that a unit object's SetImageInfo completes: the description's size,
+    /// nSrcFormat with four samples a pixel, the margins and the alignment type. Makes no store and lays no
+    /// buffer out. Of the description, nFileType, nWidth, nHeight and nSrcFormat are read.
+    ///
+    /// @param nMarginX, nMarginY            margin pixels on each side, margin lines above and below
+    /// @param nAlign                        MM_ALIGN argument
+    /// @param nBottomUp                     stored in m_nBottomUp
+    /// @param eRole, nSearch, nTmpBufMode   mean nothing
+    /// @return 0 always: nothing is checked
     DWORD InitForUnit(T_ImgInf* pInf, tag_E_IMGTYPE eRole, int nMarginX, int nMarginY, int nSearch,
                       int nAlign, int nBottomUp, int nTmpBufMode);
 
-    /// Fills m_ImgInfo so that it addresses the caller's pixels in place: hData, behind the 54 bytes of a
-    /// bitmap's header. No store. nLineBytes does not include the m_nLinePad bytes of 3-byte bitmap lines.
-    /// @return 0; 18 the layout does not fit 32 bits: nothing changed
+    /// Fills m_ImgInfo so that it describes the host's pixels where they are: pImage becomes hData, plus 54
+    /// for a bitmap. Makes no store and leaves m_ImgInfoIO alone. Of the description, nFileType, hData,
+    /// nWidth, nHeight and nSrcFormat are read; hData is taken for an address, whatever eAcsType says.
+    ///
+    /// The layout is that of a buffer with nSrcFormat, the margins and the alignment. It fits the host's
+    /// pixels when both margins are 0 and the alignment is packed, but for the padding of bitmap lines:
+    /// nLineBytes does not include it. The next line begins nLineBytes + m_nLinePad bytes further.
+    ///
+    /// @param nMarginX, nMarginY            make the described lines longer and more; pImage does not move
+    /// @param nAlign                        MM_ALIGN argument. An unsupported one is accepted: the layout
+    ///                                      fields (nBufSize, nLineBytes, nAllocWidth, nAllocHeight,
+    ///                                      nLineSamples) then stay as they were.
+    /// @param nBottomUp                     stored in m_nBottomUp
+    /// @param eRole, nSearch, nTmpBufMode   mean nothing
+    /// @return 0; 18 a negative size, or a layout that does not fit 32 bits: nothing has changed
     DWORD InitForCMS(T_ImgInf* pInf, tag_E_IMGTYPE eRole, int nMarginX, int nMarginY, int nSearch, int nAlign,
                      int nBottomUp, int nTmpBufMode);
 
     // Planning --------------------------------------------------------------------------------------------
 
-    /// Plans one step of an object and an I/O object, without temporaries, both at ratio 100. An I/O input
-    /// with a pipeline object as output reaches the planner the other way round, so that the pipeline
-    /// object's band decides.
-    /// @return as CImageObj::MemoryAlloc
+    /// Plans one step of a pipeline object and an I/O object, without temporaries. The first object of each
+    /// list gets the ratio 100.
+    ///
+    /// An input of the role IMG_INPUT with an output of the role IMG_WORK reaches the planner with inputs and
+    /// outputs exchanged, so that the pipeline object's band decides. The request itself is not changed.
+    ///
+    /// @param pRequest     null is refused; nTmpCnt is 0
+    /// @param ppIn, ppOut  arrays with the request's counts of objects; null for a count of 0
+    /// @return as CImageObj::MemoryAlloc; 18 also for a null request
     static DWORD MemoryAlloc(tag_MemAlloc* pRequest, CImageObj** ppIn, CImageObj** ppOut);
 
-    /// Copies m_ImgInfoIO out.
+    /// Copies m_ImgInfoIO into the caller's record.
     void GetImageInfo(T_ImageLrg_tag* pInfo) override;
 
-    /// As CImageObj::SetBandInfo, over external lines.
+    /// As CImageObj::SetBandInfo, but the lines are external ones and the band height is m_ImgInfoIO's.
     int SetBandInfo(int nBand, int nCount) override;
 
-    /// Bytes of the object's buffer, with those of the external image in work-buffer mode; -1: unknown mode,
-    /// or more than 32 bits hold.
+    /// Bytes that hold the image whole: the object's buffer and, in work-buffer mode, the external image.
+    /// -1: an unknown mode, or more bytes than 32 bits hold.
     int GetAreaSize() override;
 
-    /// Makes the store. In work-buffer mode the area is split by line length: one part becomes the work
-    /// buffer for the external band, the other the store's area, and the lines that both hold become the
-    /// band height of both records. What an earlier call made for the same allotment stays, with its content
-    /// and addresses, and a band height that is lower by now stays low.
-    /// @return 0; 1 no memory; 18 not set up; a code of CImageCtrlIO::Create; after a failure the band
-    ///         heights are as they were
+    /// Makes the store. In work-buffer mode nAllotted is divided in the proportion of the line lengths: one
+    /// part becomes the work buffer, in which external bands lie, the other is allotted to the store. The
+    /// lines for which both have room become the band height of both records.
+    ///
+    /// What an earlier call made for the same sizes stays, with its content and addresses, and so does a band
+    /// height that was lowered since.
+    ///
+    /// @param nSize, nAllotted, nSlots  as for CImageObj::Create
+    /// @return 0; 1 no memory; 18 the object has no store over an external image; a code of
+    ///         CImageCtrlIO::Create. After a failure the band heights are as they were.
     DWORD Create(LONG nSize, LONG nAllotted, int nSlots) override;
 
-    /// External lines of a band.
+    /// Height of the external band, in lines.
     int GetBandHeight() override;
 
     void GetImageInfoIO(T_ImageLrg_tag* pInfo); ///< the same operation as GetImageInfo
 
-    /// What a fourth external sample receives on output: 1 all ones, 0 the object's own, if it has one; any
-    /// other value makes four-sample outputs write nothing.
+    /// Sets what the fourth sample of an external pixel receives on output: 1 all ones; 0 the object's fourth
+    /// sample, or all ones when it has none. With any other value an output of four samples is not converted.
     void SetAlpha(int nAlpha);
 
     // Bands -----------------------------------------------------------------------------------------------
+    //
+    // A band is valid until UnmapBand of its slot. It lies in external bytes: an output is filled by
+    // UnmapBand with a buffer. An input is converted while it is mapped. MapBandRangeBuf converts it to the
+    // caller's address. MapBand and MapBandRange convert it into the store's work buffer, to the offset that
+    // the band's first line has in an image of the object's layout, if the buffer has room there; there is
+    // such a buffer in work-buffer mode only.
 
-    /// Maps the external band that starts or ends at one line, at most m_ImgInfoIO.nBandLines lines.
+    /// Maps the external band that starts or ends at one line. It has at most m_ImgInfoIO.nBandLines lines
+    /// and ends at the image's edge.
+    ///
+    /// In work-buffer mode nothing is read from the file: the band is what the work buffer begins with.
     ///
     /// @param nLine       external line, 0 .. nHeight - 1
-    /// @param pBand       out: a copy of m_ImgInfo with the band's lines; pImage is the band's external
-    ///                    address, null when the store gave none
+    /// @param pBand       out: a copy of m_ImgInfo with the lines of the band. pImage is the band's first
+    /// pixel
+    ///                    in the external bytes, and null when the store has no address for them. Untouched
+    ///                    after an error.
     /// @param nDirection  MM_DIRECTION
-    /// @param nSlot       view slot, 0 .. 9; for access type 0 the view goes to slot 0 whatever it says:
-    ///                    use 0, or UnmapBand will not find it
-    /// @return 0; 18 not set up; 107 line outside the image; 118 unknown direction
-    ///
-    /// An output is filled through UnmapBand with a buffer. An input is converted into the store's work
-    /// buffer, at the object's offset of its first line, when that buffer has the room; in work-buffer mode
-    /// nothing is read from the file: the band is what the work buffer begins with.
+    /// @param nSlot       view slot, 0 .. 9. A view of access type 0 always goes to slot 0: pass 0, or
+    ///                    UnmapBand does not find it.
+    /// @return 0, even when pImage is null; 18 the object has no store over an external image; 107 line
+    /// outside
+    ///         the image; 118 unknown direction
     DWORD MapBand(int nLine, T_ImageLrg_tag* pBand, int nDirection, int nSlot);
 
-    /// Maps exactly the external lines nFirst to nLast, always through the store. pBand and nSlot as in
-    /// MapBand, but for an output pImage stays what it was.
-    /// @return 0; 70 no address; 108 first after last
+    /// Maps exactly the external lines nFirst to nLast, through the store in either mode. Whether the lines
+    /// belong to the image is not checked: the store only refuses bytes that start outside its data.
+    ///
+    /// @param pBand  out, as for MapBand; of an output, pImage keeps the value that m_ImgInfo.pImage has
+    /// @param nSlot  as for MapBand
+    /// @return 0; 70 no address; 108 first line after last
     DWORD MapBandRange(int nFirst, int nLast, T_ImageLrg_tag* pBand, int nSlot);
 
-    /// Maps the external lines nFirst to nLast in slot 0 and converts them straight to pDst, the first pixel
-    /// of a band in the object's layout. Of pBand only nBandTop, nBandBottom and pImage are set.
-    /// @return 0; 71 no address, or lines outside the image or none: nothing is converted
+    /// Maps the external lines nFirst to nLast in slot 0 and converts them to pDst.
+    ///
+    /// @param pDst   first pixel of a band in the object's layout, whose lines are m_ImgInfo.nLineBytes apart
+    /// @param pBand  out: nBandTop, nBandBottom and pImage (pDst) are set, the other fields stay
+    /// @return 0; 71 the store has no address, or there are no such lines in the image: nothing is converted
     DWORD MapBandRangeBuf(int nFirst, int nLast, unsigned char* pDst, T_ImageLrg_tag* pBand);
 
-    /// Ends the band without converting anything. nSlot is the one that was mapped, for access type 0 slot 0.
-    /// @return 0; 18 not set up; 49; 82
+    /// Ends a band without converting it. An output of ACS_FILEIO is written to its file with what the band
+    /// holds by then.
+    /// @param nSlot  the slot of the mapping; of access type 0 slot 0
+    /// @return 0; 18 no store over an external image, or no such slot; 49 (logged) not written: the band
+    /// stays
+    ///         on loan; 82 a view could not be released
     DWORD UnmapBand(int nSlot);
 
-    /// Converts a band from the object's layout into the external one and ends it, which writes an output to
-    /// its file.
-    /// @param pBuffer  first pixel of the object's band; null: the store's work buffer, if it has room for
-    ///                 the band's lines in the object
-    /// @return as the other UnmapBand; 49 after up to a minute while the disk is full. 18 also when a null
-    /// buffer
-    ///         cannot be used, or when the store lends fewer bytes than the converted lines need (none for a
-    ///         band that lies in the work buffer, unless the store holds the image whole): a band on loan
-    ///         still is
+    /// Converts a band of the object's layout into the external band, and ends that as the other UnmapBand
+    /// does. Can take a minute while the disk is full.
+    ///
+    /// @param pBuffer  first pixel of the lines m_ImgInfo.nBandTop to nBandBottom, m_ImgInfo.nLineBytes
+    /// apart;
+    ///                 null: they are at the start of the store's work buffer
+    /// @return as the other UnmapBand. 18 also when a null pBuffer finds no work buffer with room for the
+    ///         lines, or when the converted lines need more bytes than the store has on loan: the band is not
+    ///         ended. A band in the work buffer is not on loan, unless the store holds the image whole.
     DWORD UnmapBand(unsigned char* pBuffer, int nSlot);
 
     T_ImageLrg_tag m_ImgInfoIO; ///< layout of the external image, header included in nBufSize
-    int m_nBottomUp;            ///< 1: external lines are stored last line first
-    int m_nFileType;            ///< MM_FILE_TYPE, -1 until set up
+    int m_nBottomUp;            ///< 1: the external lines are stored last line first
+    int m_nFileType;            ///< MM_FILE_TYPE; -1 until set up
     int m_nLinePad;             ///< padding bytes at the end of each external line, 0 to 3
-    int m_nTmpBufMode;          ///< 1: the external band is held in the store's work buffer
-    int m_nConvert;             ///< 1: samples are converted
+    int m_nTmpBufMode;          ///< 1: external bands lie in the store's work buffer; 0: in the store
+    int m_nConvert;             ///< 1: bands are converted; any other value: they are mapped and ended only
 
 private:
+    /// The store that InitForUnify made; null when there is none, or one that SetImageInfo made.
     CImageCtrlIO* Store() const;
+
+    /// The store's address of a range of external bytes; null when there is no such range.
     unsigned char* MapExternal(std::int64_t nOffset, std::int64_t nBytes, int nSlot);
+
+    /// Whether nLines converted lines fit what the store lends: the rest of an image that it holds whole,
+    /// else the band on loan. The bands of the two records may differ, and the loan may be shorter than both.
+    bool LendsRoomFor(std::int64_t nLines) const;
+
+    /// Converts an input band into the work buffer, at the place of the object's line nFirst. Nothing is
+    /// converted when the buffer has no room for those lines, or an external band that lies in the buffer
+    /// itself would be overwritten.
     void ConvertToWorkBuffer(int nFirst, int nLast);
 
-    /// Convert the lines nFirst to nLast, whose first lines lie at pSrc and pDst; the line numbers give the
-    /// count only. A combination of layouts that is not supported writes nothing.
+    /// Convert as many lines as nFirst to nLast are; the first of them lie at pSrc and pDst. A combination of
+    /// layouts that is not supported writes nothing.
     void ConvertInData(int nFirst, int nLast, unsigned char* pSrc, unsigned char* pDst,
                        T_ImageLrg_tag* pSrcInfo, T_ImageLrg_tag* pDstInfo);
     void ConvertOutData(int nFirst, int nLast, unsigned char* pSrc, unsigned char* pDst,

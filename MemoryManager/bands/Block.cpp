@@ -1,9 +1,11 @@
-// Blocks: rectangles of an image copied out with a margin, and back, band by band.
-// A band supplies its own lines and those of its frame below; the first also supplies the margin above it.
+// Blocks: rectangles of an image that are copied out with a margin, and copied back, band by band.
+// Each band supplies its own lines and the frame lines below them; the first band also supplies the frame
+// lines above it, which are the block's margin there.
 
 #include "MemoryManager/CImageObj.h"
 
 #include "MemoryManager/ResultCodes.h"
+#include "MemoryManager/bands/LineRange.h"
 #include "MemoryManager/image/UnitObject.h"
 
 #include <algorithm>
@@ -13,9 +15,7 @@
 
 namespace {
 
-constexpr int kSlot = 0;
-
-/// Lines and pixels of an image, inclusive.
+/// Lines and pixels of an image, all inclusive.
 struct BlockRect
 {
     int nTop, nBottom, nLeft, nRight;
@@ -23,7 +23,7 @@ struct BlockRect
     bool IsEmpty() const { return nBottom < nTop || nRight < nLeft; }
 };
 
-/// nFirstCode is for the top; bottom, left and right follow it.
+/// @param nFirstCode  the code for a top outside the image; those for bottom, left and right follow it
 DWORD CheckInside(const BlockRect& rect, const T_ImageLrg_tag& image, DWORD nFirstCode)
 {
     const struct
@@ -46,21 +46,22 @@ bool IsUnit(const CImageObj& image)
     return image.m_nUnitMode == 1;
 }
 
-/// Ends the unit band that the host still holds, as any mapping does. From then on, what a failed mapping
-/// leaves held is the block operation's own.
+/// Ends the unit band that the host still holds, as any mapping does. A band that is held from then on was
+/// mapped by the block operation itself, which may drop it.
 DWORD EndHeldBand(CImageObj& image)
 {
     return IsUnit(image) ? image.UnmapBand(kSlot) : DWORD{MM_SUCCESS};
 }
 
-/// Bands of such an object are written once, in order, and so never for a block.
+/// Whether the object's bands are appended to a file: they are written once, in order, so that no block can
+/// be mapped on the way.
 bool Appends(const CImageObj& image)
 {
     return IsUnit(image) && WritesBands(image) && image.m_OutImgInf.eAcsType == ACS_FILEIO;
 }
 
-/// Whether the buffer's margins have every pixel of the block's. A unit band has no more lines above it than
-/// its own margin; in a store the lines above are those of the image.
+/// Whether the image and its margins contain the block and its margin. The lines above a unit band lie in the
+/// band buffer's margin, so that a block's margin must not be taller than that.
 bool HasMargin(const CImageObj& image, const BlockRect& rect, const T_ImageLrg_tag& block)
 {
     const T_ImageLrg_tag& info = image.m_ImgInfo;
@@ -71,14 +72,15 @@ bool HasMargin(const CImageObj& image, const BlockRect& rect, const T_ImageLrg_t
            (!IsUnit(image) || nY <= info.nMarginY);
 }
 
-/// The frame that bands are mapped with. A unit band's is not taller than its margin, and as wide anyway.
+/// The frame that bands are mapped with. That of a unit band is limited by the margin above and below it; its
+/// sides can be used as far as the margin beside it goes, whatever the frame.
 int FrameFor(const CImageObj& image, const T_ImageLrg_tag& block)
 {
     const int nFrame = std::max(block.nMarginX, block.nMarginY);
     return IsUnit(image) ? std::min(nFrame, image.m_ImgInfo.nMarginY) : nFrame;
 }
 
-/// Last line of a band of at most nLines lines.
+/// The last line of a band of at most nLines lines that ends at nLimit at the latest.
 int LastLine(int nFirst, int nLines, std::int64_t nLimit)
 {
     return static_cast<int>(std::min({nFirst + std::int64_t{nLines} - 1, nLimit, std::int64_t{INT32_MAX}}));
@@ -97,9 +99,9 @@ void CopyLines(unsigned char* pTo, int nToLineBytes, const unsigned char* pFrom,
         std::memcpy(pTo, pFrom, nBytes);
 }
 
-/// The range is cut to the image where lines beyond it must be neither read nor written. In a store, lines
-/// more than needed cost nothing, and a frame wider than the margin needs them: it moves the range to the
-/// left by its width.
+/// Maps a band of which only pixels are read. Of a unit object the range is cut to the image, as its source
+/// has no other lines. In a store extra lines cost nothing, and a frame wider than the margin needs them: its
+/// width moves the start of the mapped bytes back, and as much is missing at their end.
 DWORD MapForReading(CImageObj& image, int nFirst, int nLast, T_ImageLrg_tag& band)
 {
     const T_ImageLrg_tag& info = image.m_ImgInfo;
@@ -110,7 +112,8 @@ DWORD MapForReading(CImageObj& image, int nFirst, int nLast, T_ImageLrg_tag& ban
     return image.MapBandRange(nFirst, LastLine(nLast, nExtra + 1, INT32_MAX), &band, kSlot);
 }
 
-/// Ends a band that was only read: what a unit object's destination has of these lines may be newer.
+/// Ends a band that was only read. A unit band is dropped and not written: what the destination has of its
+/// lines may be newer.
 DWORD EndReading(CImageObj& image)
 {
     if (IsUnit(image)) {
@@ -166,10 +169,10 @@ DWORD CImageObj::MapBlock(int nTop, int nBottom, int nLeft, int nRight, T_ImageL
     block.nBufSize = pBlock->nBufSize;
     *pBlock = block;
 
-    const T_ImageLrg_tag saved = m_ImgInfo; // of a unit object without a buffer
+    const T_ImageLrg_tag saved = m_ImgInfo; // names no buffer of a unit object: none is held here
     m_ImgInfo.nFsize = FrameFor(*this, block);
     const DWORD nResult = FillBlock(*this, rect, block);
-    DropUnitBand(*this); // one that could not be read or ended
+    DropUnitBand(*this); // a band whose mapping failed may still be held
     m_ImgInfo = saved;
     return nResult;
 }
@@ -188,10 +191,10 @@ DWORD CImageObj::UnMapBlock(int nTop, int nBottom, int nLeft, int nRight, T_Imag
     if (const DWORD nResult = EndHeldBand(*this); nResult != MM_SUCCESS)
         return nResult;
 
-    const int nBandLines = std::max(m_ImgInfo.nBandLines, 1); // of now: mapping a unit band changes it
+    const int nBandLines = std::max(m_ImgInfo.nBandLines, 1); // taken now: mapping a unit band changes it
     const std::size_t nBytes = std::size_t(nRight - nLeft + 1) * std::size_t(pBlock->nPixelBytes);
-    for (int nFirst = nTop, nLast; nFirst <= nBottom; nFirst = nLast + 1) {
-        nLast = LastLine(nFirst, nBandLines, nBottom);
+    for (int nFirst = nTop; nFirst <= nBottom;) {
+        const int nLast = LastLine(nFirst, nBandLines, nBottom);
         T_ImageLrg_tag band{};
         if (const DWORD nResult = MapBandRange(nFirst, nLast, &band, kSlot); nResult != MM_SUCCESS) {
             DropUnitBand(*this); // lines that were not read must not be written
@@ -201,6 +204,7 @@ DWORD CImageObj::UnMapBlock(int nTop, int nBottom, int nLeft, int nRight, T_Imag
                   pBlock->nLineBytes, nLast - nFirst + 1, nBytes);
         if (const DWORD nResult = UnmapBand(kSlot); nResult != MM_SUCCESS)
             return nResult;
+        nFirst = nLast + 1;
     }
     return MM_SUCCESS;
 }

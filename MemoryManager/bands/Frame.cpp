@@ -1,9 +1,11 @@
-// Painting of the frame round a mapped band where it lies beyond the image's edges.
-// Band line k is k lines below the band's first; a frame-width line reaches nFsize pixels past both edges.
+// Painting the frame of a band where it lies beyond the image's edges.
+// Band line k lies k lines below the band's first line. A frame line reaches nFsize pixels past both sides of
+// the image.
 
 #include "MemoryManager/CImageObj.h"
 #include "MemoryManager/ResultCodes.h"
-#include "MemoryManager/bands/UnitBands.h"
+#include "MemoryManager/bands/LineRange.h"
+#include "MemoryManager/bands/UnitBandLines.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -11,8 +13,9 @@
 
 namespace {
 
-/// Index inside the image of what the frame takes at a distance of 1 and more beyond an edge, of nCount
-/// pixels or lines counted from that edge. Mirrors stop at the far edge.
+/// Which pixel or line of the image the frame copies at a distance of 1 or more beyond an edge. Both are
+/// counted from that edge, inwards from 0 and outwards from 1. The image has nCount of them, and a mirror
+/// that would reach past the last takes the last.
 using SourceIndex = int (*)(int nDistance, int nCount);
 
 int Replicated(int, int)
@@ -30,13 +33,13 @@ int MirroredWithEdge(int nDistance, int nCount)
     return std::min(nDistance - 1, nCount - 1);
 }
 
-/// The mapped band: addresses of pixels and the extent of its frame inside the image buffer.
+/// A mapped band: the addresses of its pixels, and how far its frame reaches in the image buffer.
 class FramedBand
 {
 public:
     explicit FramedBand(const T_ImageLrg_tag& band) : m_band(band) {}
 
-    /// A margin that was made narrower after the frame was set has room for less.
+    /// Pixels of the frame on each side: fewer than nFsize when the margin became narrower afterwards.
     int Frame() const { return std::min(m_band.nFsize, m_band.nMarginX); }
     int Width() const { return m_band.nWidth; }
     int Height() const { return m_band.nHeight; }
@@ -52,9 +55,10 @@ public:
     bool StartsAtTop() const { return m_band.nBandTop == 0; }
     bool EndsAtBottom() const { return m_band.nBandBottom == Height() - 1; }
     int LastLine() const { return m_band.nBandLines - 1; }
+    /// The highest line that has frame pixels at its sides: no higher than the buffer's first line.
     int FirstSideLine() const { return std::max(-Frame(), -(m_band.nBandTop + m_band.nMarginY)); }
 
-    /// Frame lines beyond the image's first or last line: the buffer has no more than its margin.
+    /// Frame lines above the image's first and below its last line, as far as the buffer's margin goes.
     int LinesBeyond() const { return std::min(Frame(), m_band.nMarginY); }
 
 private:
@@ -66,7 +70,7 @@ void CopyLine(const FramedBand& band, int nTo, int nFrom)
     std::memmove(band.FrameLine(nTo), band.FrameLine(nFrom), band.FrameLineBytes());
 }
 
-/// Sides first, so that the lines above and below take their corners along.
+/// Paints the sides first, so that the lines copied above and below include their corners.
 void PaintFromImage(const FramedBand& band, SourceIndex pSource)
 {
     const int nRight = band.Width() - 1;
@@ -88,18 +92,35 @@ void PaintFromImage(const FramedBand& band, SourceIndex pSource)
 
 constexpr int kColorBytes = 4;
 
-/// One pixel of the colour: its bytes in memory order; in wider pixels one 16-bit sample for each of them.
+/// Paints one pixel. The colour's bytes are taken in memory order; in pixels of more than four bytes each of
+/// them becomes a 16-bit sample.
 void PutColor(unsigned char* pPixel, int nPixelBytes, int nColor)
 {
-    const int nStep = nPixelBytes > kColorBytes ? 2 : 1;
-    for (int i = 0; i < nPixelBytes; ++i) {
-        const bool bFromColor = i % nStep == 0 && i / nStep < kColorBytes;
-        pPixel[i] =
-            static_cast<unsigned char>(bFromColor ? static_cast<unsigned>(nColor) >> (8 * (i / nStep)) : 0);
-    }
+    const int nSampleBytes = nPixelBytes > kColorBytes ? 2 : 1;
+    std::memset(pPixel, 0, static_cast<std::size_t>(nPixelBytes));
+    for (int i = 0; i < kColorBytes && i * nSampleBytes < nPixelBytes; ++i)
+        pPixel[i * nSampleBytes] = static_cast<unsigned char>(static_cast<unsigned>(nColor) >> (8 * i));
 }
 
 } // namespace
+
+DWORD CImageObj::SetFrameColor(int nMode, int nColor)
+{
+    if (nMode < MM_FRAME_NONE || nMode > MM_FRAME_COLOR || (nMode == MM_FRAME_COLOR && nColor == -1))
+        return MM_BAD_FRAME_MODE;
+    m_ImgInfo.nFrameMode = nMode;
+    if (m_nUnitMode != 0 || m_ImgInfo.nFsize < 1 || nMode == MM_FRAME_NONE)
+        return MM_SUCCESS;
+    if (m_ImgInfo.nWidth < 1 || m_ImgInfo.nHeight < 1)
+        return MM_SUCCESS; // an image without edges
+
+    T_ImageLrg_tag band{};
+    const int nLast = m_ImgInfo.nHeight - 1;
+    if (const DWORD nResult = MapBandRange(nLast, nLast, &band, kSlot); nResult != MM_SUCCESS)
+        return nResult;
+    FillColor(band, nColor);
+    return UnmapBand(kSlot);
+}
 
 DWORD CImageObj::FillColor(T_ImageLrg_tag band, int nColor)
 {

@@ -1,8 +1,8 @@
-// Unit bands: each one a fresh buffer, filled from an external image when it is mapped and sent to another
-// when it is ended. An object holds a band exactly while m_ImgInfo.pBase is not null.
+// Unit bands: each is a fresh buffer, which is filled from an external image when it is mapped and written to
+// another one when it is ended. An object holds a band exactly while m_ImgInfo.pBase is not null.
 
 #include "MemoryManager/ResultCodes.h"
-#include "MemoryManager/bands/UnitBands.h"
+#include "MemoryManager/bands/UnitBandLines.h"
 #include "MemoryManager/image/UnitObject.h"
 #include "MemoryManager/layout/BufferLayout.h"
 #include "MemoryManager/layout/UnitImages.h"
@@ -17,7 +17,8 @@ bool Reads(const CImageObj& image)
     return image.m_nUnitType != MM_UNIT_ENLARGEMENT;
 }
 
-bool Writes(const CImageObj& image)
+/// Whether the object's role is to write, to a destination of a format and access type that can be written.
+bool HasDestination(const CImageObj& image)
 {
     const T_ImgInf& out = image.m_OutImgInf;
     const bool bHasAccess =
@@ -25,25 +26,26 @@ bool Writes(const CImageObj& image)
     return WritesBands(image) && bHasAccess && DestinationLineBytes(out) != 0;
 }
 
-/// The external image that gives the object its height and sample width.
+/// The external image whose height and sample width the object's bands have.
 const T_ImgInf& LeadingImage(const CImageObj& image)
 {
     return Reads(image) ? image.m_InImgInf : image.m_OutImgInf;
 }
 
-/// Whether every line of the images that the object uses can be reached, and the destination has room for it.
+/// Whether every line of the object's source and destination has a position, and the destination has room for
+/// the object's lines.
 bool AreImagesReachable(const CImageObj& image)
 {
     if (Reads(image) && !IsSourceReachable(image.m_InImgInf))
         return false;
-    if (!Writes(image))
+    if (!HasDestination(image))
         return true;
     const T_ImgInf& out = image.m_OutImgInf;
     return IsDestinationReachable(out) && image.m_ImgInfo.nWidth <= out.nWidth &&
            LeadingImage(image).nHeight <= out.nHeight;
 }
 
-/// Position of a line, as an unsigned number in the arguments of readers and writers.
+/// The position of a line. Readers and writers take it as an unsigned number, whatever its type says.
 int PositionOf(const T_ImgInf& inf, int nLine)
 {
     const std::int64_t nPosition = static_cast<DWORD>(inf.nOffset) + std::int64_t{nLine} * inf.nLineBytes;
@@ -59,7 +61,7 @@ StoredPlace PlaceOf(bool bAtStart, bool bAtEnd)
 
 } // namespace
 
-DWORD CImageObj::MapBandRangeForUnit(int nFirst, int nLast, T_ImageLrg_tag* pBand, int)
+DWORD CImageObj::MapBandRangeForUnit(int nFirst, int nLast, T_ImageLrg_tag* pBand)
 {
     if (nFirst > nLast)
         return MM_RANGE_REVERSED;
@@ -75,7 +77,7 @@ DWORD CImageObj::MapBandRangeForUnit(int nFirst, int nLast, T_ImageLrg_tag* pBan
     const int nFormat = nSampleBytes == 1 ? MM_FORMAT_BGRA32 : MM_FORMAT_RAW64;
     const int nLines = nLast - nFirst + 1;
     if (nLines > 1)
-        m_ImgInfo.nBandLines = nLines;
+        m_ImgInfo.nBandLines = nLines; // a band of one line gets a buffer of the height before
     const int nImageLines = m_ImgInfo.nAllocHeight;
     const DWORD nResult =
         AllcImgBufLrg(&m_ImgInfo, m_ImgInfo.nWidth, std::max(m_ImgInfo.nBandLines, 1), m_ImgInfo.nMarginX,
@@ -116,7 +118,7 @@ DWORD CImageObj::EndUnitBand()
 {
     if (m_nUnitMode != 1 || !m_ImgInfo.pBase)
         return MM_SUCCESS;
-    if (Writes(*this)) {
+    if (HasDestination(*this)) {
         const int nPosition = PositionOf(m_OutImgInf, m_ImgInfo.nBandTop);
         if (m_OutImgInf.eAcsType != ACS_FILEIO)
             WriteDataMem(nPosition);

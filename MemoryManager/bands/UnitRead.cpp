@@ -1,51 +1,52 @@
-// Reading of unit bands from their external source, and the search for where a bitmap source's pixels begin.
-// A band with the lines of its frame is one run of stored lines; each of them becomes one line of the band.
+// Reading unit bands from their external source. A band and the lines of its frame are one run of stored
+// lines, and each stored line becomes one line of the band's buffer.
 
 #include "MemoryManager/CImageObj.h"
 
 #include "MemoryManager/ResultCodes.h"
-#include "MemoryManager/bands/UnitBands.h"
+#include "MemoryManager/bands/UnitBandLines.h"
 #include "MemoryManager/base/PlatformHelpers.h"
+#include "MemoryManager/base/ScratchBlock.h"
+#include "MemoryManager/image/UnitObject.h"
 #include "MemoryManager/layout/BufferLayout.h"
 #include "MemoryManager/layout/SampleLines.h"
 #include "MemoryManager/layout/UnitImages.h"
+#include "MemoryManager/stores/ExternalBytes.h"
 #include "Platform/Platform.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <iterator>
-#include <limits>
 
 namespace {
+
+constexpr char kUnit[] = "MemoryManager/CImageObj";
 
 // Statements that report to the error log.
 constexpr int kLineSourceView = 610;
 constexpr int kLineSourceSeek = 655;
 constexpr int kLineSourceRead = 668;
-constexpr int kLineSearchSeek = 720;
-
-constexpr int kFourSamples = 4;
 
 /// How a stored line of the source becomes a line of the band.
 ///
-/// The pixels taken are the stored line's first ones, or its last ones when the source is turned; they are
-/// converted in stored order and turned within the band line. Upright lines of four samples are not looked
-/// at by pixels: they are copied as far as the band line reaches, padding included.
+/// A band narrower than the source takes the first pixels of a stored line, or the last ones when the source
+/// is turned by 180 degrees. They are converted in stored order and then turned within the band line. Upright
+/// lines whose pixels already have the band's four samples are copied byte by byte as far as the band line
+/// reaches, padding included.
 class LineReader
 {
 public:
     LineReader(const T_ImgInf& in, const T_ImageLrg_tag& band, bool bTurned)
         : m_nBandPixelBytes(static_cast<std::size_t>(band.nPixelBytes)), m_bTurned(bTurned),
-          m_bCopied(!bTurned && SamplesOf(in.nSrcFormat) == kFourSamples)
+          m_bCopied(!bTurned && SamplesOf(in.nSrcFormat) == kUnitSamples)
     {
         const int nSample = SampleBytesOf(in.nSrcFormat);
         const auto nPixel = static_cast<std::size_t>(nSample * SamplesOf(in.nSrcFormat));
         const auto nStored = static_cast<std::size_t>(in.nWidth);
         m_nPixels = std::min(nStored, static_cast<std::size_t>(band.nWidth));
         m_rule = KeepSamples(static_cast<int>(nPixel), band.nPixelBytes, nSample, false);
-        m_rule.nFixed = 0; // what the source lacks stays the zero of the fresh buffer
+        m_rule.nFixed = 0; // samples that the source lacks stay zero, as the fresh buffer has them
         m_pConvert = BestKernelFor(m_rule).pRun;
         m_nSkipped = bTurned ? (nStored - m_nPixels) * nPixel : 0;
         m_nUsed = m_nSkipped + m_nPixels * nPixel;
@@ -91,6 +92,8 @@ private:
 class StoredRun
 {
 public:
+    /// @param nPosition  position of the first stored line of the band itself
+    /// @param nClass     StoredPlace of the band
     StoredRun(const T_ImageLrg_tag& band, bool bTurned, int nLineBytes, int nPosition, int nClass)
         : m_band(band), m_bTurned(bTurned), m_nLineBytes(nLineBytes)
     {
@@ -105,10 +108,10 @@ public:
 
     int Lines() const { return m_nAbove + LinesOf(m_band) + m_nBelow; }
 
-    /// Where the i-th line is stored.
+    /// The position of the run's i-th line.
     DWORD Position(int i) const { return m_nStart + static_cast<DWORD>(std::int64_t{i} * m_nLineBytes); }
 
-    /// The band line that it becomes.
+    /// The band line that the run's i-th line becomes.
     unsigned char* BandLine(int i) const
     {
         const int nLine = m_bTurned ? LinesOf(m_band) - 1 + m_nBelow - i : i - m_nAbove;
@@ -124,7 +127,8 @@ private:
     DWORD m_nStart;
 };
 
-/// Reads the run with the file's own reads. What a read does not deliver is zero, never the line before.
+/// Reads the run line by line with file reads. Bytes behind the file's end become zero, so that no line shows
+/// what was read before it.
 DWORD ReadLines(const T_ImgInf& in, const StoredRun& run, const LineReader& reader)
 {
     const bool bDirect = reader.IsCopied();
@@ -134,70 +138,16 @@ DWORD ReadLines(const T_ImgInf& in, const StoredRun& run, const LineReader& read
         return MM_NO_MEMORY;
     for (int i = 0; i < run.Lines(); ++i) {
         if ((i == 0 || nRead != in.nLineBytes) && !SeekFile(in.hData, run.Position(i)))
-            return FailUnitFile(kLineSourceSeek);
+            return FailFileAccess(kUnit, kLineSourceSeek);
         unsigned char* pLine = bDirect ? run.BandLine(i) : scratch.Data();
         DWORD nDone = 0;
         if (!ReadFile(in.hData, pLine, static_cast<DWORD>(nRead), &nDone, nullptr))
-            return FailUnitFile(kLineSourceRead);
+            return FailFileAccess(kUnit, kLineSourceRead);
         std::memset(pLine + nDone, 0, static_cast<std::size_t>(nRead) - nDone);
         if (!bDirect)
             reader.Read(run.BandLine(i), pLine);
     }
     return MM_SUCCESS;
-}
-
-constexpr int kNotFound = -1;
-
-/// Where the signature of a bitmap begins in nBytes bytes.
-std::ptrdiff_t FindSignature(const unsigned char* pBytes, std::size_t nBytes)
-{
-    constexpr unsigned char kSignature[] = {'B', 'M'};
-    const unsigned char* pEnd = pBytes + nBytes;
-    const unsigned char* pFound = std::search(pBytes, pEnd, std::begin(kSignature), std::end(kSignature));
-    return pFound == pEnd ? kNotFound : pFound - pBytes;
-}
-
-/// Sets the offset of the pixels behind a header at nPosition; one that 32 bits do not tell is not found.
-DWORD SetPixelsBehind(std::int64_t nPosition, T_ImgInf& in)
-{
-    nPosition += MM_BITMAP_HEADER_BYTES;
-    if (nPosition > std::numeric_limits<DWORD>::max())
-        return MM_BAD_ARGUMENT;
-    in.nOffset = static_cast<int>(static_cast<DWORD>(nPosition));
-    return MM_SUCCESS;
-}
-
-/// What positions and addresses can tell.
-constexpr std::int64_t kLargestBlock =
-    std::min<std::int64_t>(std::numeric_limits<DWORD>::max(), std::numeric_limits<std::ptrdiff_t>::max());
-
-DWORD SearchBlock(T_ImgInf& in, std::int64_t nBytes)
-{
-    if (nBytes < 1 || nBytes > kLargestBlock)
-        return MM_BAD_ARGUMENT;
-    const auto nFound =
-        FindSignature(static_cast<const unsigned char*>(in.hData), static_cast<std::size_t>(nBytes));
-    return nFound == kNotFound ? DWORD{MM_BAD_ARGUMENT} : SetPixelsBehind(nFound, in);
-}
-
-/// Piece after piece of one unpadded line, until a read fails or the file is exhausted.
-DWORD SearchFile(T_ImgInf& in, std::int64_t nPieceBytes)
-{
-    if (!SeekFile(in.hData, 0))
-        return FailUnitFile(kLineSearchSeek);
-    if (nPieceBytes < 1)
-        return MM_BAD_ARGUMENT;
-    const ScratchBlock piece(nPieceBytes);
-    if (!piece.Data())
-        return MM_NO_MEMORY;
-    DWORD nDone = 0;
-    for (std::int64_t nPosition = 0;; nPosition += nDone) {
-        if (!ReadFile(in.hData, piece.Data(), static_cast<DWORD>(nPieceBytes), &nDone, nullptr) || nDone == 0)
-            return MM_BAD_ARGUMENT;
-        const auto nFound = FindSignature(piece.Data(), nDone);
-        if (nFound != kNotFound)
-            return SetPixelsBehind(nPosition + nFound, in);
-    }
 }
 
 } // namespace
@@ -212,7 +162,7 @@ void CImageObj::ReadDataMem(int nLineBytes, int nPosition, int nClass, int nExtr
             std::int64_t{run.Lines() - 1} * nLineBytes + static_cast<std::int64_t>(reader.UsedBytes());
         const ExternalBytes source(m_InImgInf, m_hInMap, run.Position(0), nBytes, false);
         if (!source.Data())
-            FailUnitFile(kLineSourceView);
+            FailFileAccess(kUnit, kLineSourceView);
         for (int i = 0; source.Data() && i < run.Lines(); ++i)
             reader.Read(run.BandLine(i), source.Data() + std::ptrdiff_t{i} * nLineBytes);
     }
@@ -230,22 +180,4 @@ DWORD CImageObj::ReadDataFile(int nLineBytes, int nPosition, int nClass, int nEx
     }
     SetFrameColorForUnit(m_ImgInfo.nFrameMode, nExtra);
     return MM_SUCCESS;
-}
-
-DWORD CImageObj::CalcOffsetLength()
-{
-    if (!m_InImgInf.hData)
-        return MM_SUCCESS;
-    const std::int64_t nLine = std::int64_t{SampleBytesOf(m_InImgInf.nSrcFormat)} *
-                               SamplesOf(m_InImgInf.nSrcFormat) * m_InImgInf.nWidth;
-    if (m_InImgInf.nFileType != MM_FILE_BITMAP || nLine < 0 || nLine > std::numeric_limits<int>::max())
-        return MM_BAD_ARGUMENT;
-    switch (m_InImgInf.eAcsType) {
-    case ACS_MEMORY:
-        return SearchBlock(m_InImgInf, nLine * m_InImgInf.nHeight);
-    case ACS_FILEIO:
-        return SearchFile(m_InImgInf, nLine);
-    default:
-        return MM_BAD_ARGUMENT;
-    }
 }

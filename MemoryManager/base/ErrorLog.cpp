@@ -2,6 +2,7 @@
 // It never fails itself: what cannot be written is dropped.
 
 #include "MemoryManager/ErrorLogFolder.h"
+#include "MemoryManager/ResultCodes.h"
 #include "MemoryManager/base/PlatformHelpers.h"
 #include "MemoryManager/base/ReportTexts.h"
 #include "Platform/Platform.h"
@@ -69,6 +70,14 @@ void ReportFileAccessError(const char* pszUnit, int nLine, DWORD nError)
         return;
     std::fprintf(pLog, "%s(%d):LastError=%d\n", pszUnit, nLine, static_cast<int>(nError));
     std::fclose(pLog);
+}
+
+DWORD FailFileAccess(const char* pszUnit, int nLine)
+{
+    const DWORD nError = GetLastError();
+    ReportFileAccessError(pszUnit, nLine, nError);
+    SetLastError(nError);
+    return MM_FILE_ACCESS;
 }
 
 void ReportFileAccessErrorCounted(const char* pszUnit, int nLine, DWORD nError, int nCounter)

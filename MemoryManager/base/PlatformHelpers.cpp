@@ -67,6 +67,13 @@ DWORD FileLength(HANDLE hFile)
     return INVALID_FILE_SIZE;
 }
 
+bool SeekFile(HANDLE hFile, DWORD nPosition)
+{
+    LONG nHigh = 0; // with it the platform takes the position as unsigned
+    return SetFilePointer(hFile, static_cast<LONG>(nPosition), &nHigh, FILE_BEGIN) !=
+           INVALID_SET_FILE_POINTER;
+}
+
 void* MapViewOfFileRetry(HANDLE hMap, DWORD nAccess, DWORD nOffsetHigh, DWORD nOffsetLow, SIZE_T nBytes)
 {
     return RetryWhileShort([&] { return MapViewOfFile(hMap, nAccess, nOffsetHigh, nOffsetLow, nBytes); });

@@ -24,6 +24,9 @@ DWORD AllocationGranularity();
 /// it.
 DWORD FileLength(HANDLE hFile);
 
+/// Sets the file pointer to an unsigned position. False: the last error tells why.
+bool SeekFile(HANDLE hFile, DWORD nPosition);
+
 /// MapViewOfFile with retries while address space is short. Null: the last try's error stands.
 void* MapViewOfFileRetry(HANDLE hMap, DWORD nAccess, DWORD nOffsetHigh, DWORD nOffsetLow, SIZE_T nBytes);
 
@@ -71,3 +74,7 @@ void ReportFileAccessError(const char* pszUnit, int nLine, DWORD nError);
 
 /// The same with ",counter=n", in a log emptied before, followed by the space left on the drives c, d and e.
 void ReportFileAccessErrorCounted(const char* pszUnit, int nLine, DWORD nError, int nCounter);
+
+/// Reports the last error as a file access failure of a statement, and keeps it as last error.
+/// @return MM_FILE_ACCESS
+DWORD FailFileAccess(const char* pszUnit, int nLine);

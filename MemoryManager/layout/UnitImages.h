@@ -2,6 +2,10 @@
 // External images as unit bands reach them: the bytes of their lines, and whether 32 bits hold their
 // positions.
 //
+// Sources and destinations have line lengths of their own: a source is read with the padding that it has, a
+// destination is written in one form. Neither is the distance from one line to the next, which is the
+// description's nLineBytes.
+//
 // Internal.
 
 #include "MemoryManager/ExternalImage.h"

@@ -1,8 +1,10 @@
 // Moving an image between an object and a flat buffer, which lies in one committed block.
-// Whoever hands over the flat record hands over its block too; the charge of the block, if any, stays the
-// host's.
+// The block goes with the flat record: an operation that is done with the record frees it. The budget's
+// charge for the block, if there is one, stays the host's to give back.
 
 #include "MemoryManager/ResultCodes.h"
+#include "MemoryManager/bands/LineRange.h"
+#include "MemoryManager/base/FirstFailure.h"
 #include "MemoryManager/base/PlatformHelpers.h"
 #include "MemoryManager/image/Budget.h"
 #include "MemoryManager/image/UnitObject.h"
@@ -19,8 +21,7 @@ static_assert(sizeof(T_Image_tag) == offsetof(T_ImageLrg_tag, nBandLines));
 
 namespace {
 
-constexpr int kSlot = 0;
-
+/// The direction of a copy.
 enum class Way
 {
     IntoFlat,
@@ -33,8 +34,8 @@ std::int64_t BytesBetweenLines(const T_Image_tag& flat)
     return (std::int64_t{flat.nAllocWidth} - flat.nWidth) * flat.nPixelBytes;
 }
 
-/// Whether whole lines can be copied between the two without leaving either buffer. Bands of a unit object
-/// have buffers of their own.
+/// Whether the object's lines can be copied between the two buffers whole, without touching a byte outside
+/// either. A unit object has no buffer to be checked: those of its bands are sound.
 bool HasSameLines(const CImageObj& object, const T_Image_tag& flat)
 {
     const T_ImageLrg_tag& info = object.m_ImgInfo;
@@ -43,8 +44,8 @@ bool HasSameLines(const CImageObj& object, const T_Image_tag& flat)
            std::int64_t{info.nMarginX} * info.nPixelBytes <= BytesBetweenLines(flat);
 }
 
-/// The lines of the band that the object holds, up to the last one's last pixel.
-void CopyBand(const T_ImageLrg_tag& band, const T_Image_tag& flat, Way eWay)
+/// Copies the lines of a mapped band, margins between them included, up to the last line's last pixel.
+void CopyWholeLines(const T_ImageLrg_tag& band, const T_Image_tag& flat, Way eWay)
 {
     const std::int64_t nLines = std::int64_t{band.nBandBottom} - band.nBandTop + 1;
     const auto nBytes = static_cast<std::size_t>(nLines * flat.nLineBytes - BytesBetweenLines(flat));
@@ -57,7 +58,7 @@ void CopyBand(const T_ImageLrg_tag& band, const T_Image_tag& flat, Way eWay)
 
 DWORD CopyBands(CImageObj& object, const T_Image_tag& flat, Way eWay)
 {
-    T_ImageLrg_tag& info = object.m_ImgInfo; // is each band's record too
+    T_ImageLrg_tag& info = object.m_ImgInfo; // serves as the band record, too
     info.nBandLines = std::max(info.nBandLines, 1);
     for (int nLine = 0; nLine < info.nHeight; nLine = info.nBandBottom + 1) {
         DWORD nResult = object.MapBand(nLine, &info, MM_BAND_DOWNWARD, kSlot);
@@ -68,7 +69,7 @@ DWORD CopyBands(CImageObj& object, const T_Image_tag& flat, Way eWay)
         // A unit object's geometry is that of its external image once a band is mapped.
         const bool bCopied = HasSameLines(object, flat) && info.nBandBottom < flat.nHeight;
         if (bCopied)
-            CopyBand(info, flat, eWay);
+            CopyWholeLines(info, flat, eWay);
         nResult = object.UnmapBand(kSlot);
         if (nResult != MM_SUCCESS || !bCopied)
             return nResult != MM_SUCCESS ? nResult : DWORD{MM_BAD_ARGUMENT};
@@ -82,7 +83,7 @@ void FreeBlock(T_Image_tag& flat)
     flat.pBase = flat.pImage = nullptr;
 }
 
-/// An image, a charge or a band, which another image would displace without releasing it.
+/// Whether the object holds an image, a charge or a band, which another image would displace unreleased.
 bool HoldsAnything(const CImageObj& object)
 {
     const CImageCtrl* pStore = object.m_pImageCtrl;
@@ -90,21 +91,21 @@ bool HoldsAnything(const CImageObj& object)
            (pStore && (pStore->IsCreated() != 0 || pStore->GetMemPtr() || HasFile(*pStore)));
 }
 
-/// Whether the frame that the object was told of fits the buffer's margins; else no band could be mapped.
+/// Whether the frame that the object has been given fits the buffer's margins; else no band could be mapped.
 bool HasRoomForFrame(const CImageObj& object, const T_Image_tag& flat)
 {
     return object.m_ImgInfo.nFsize <= std::min(flat.nMarginX, flat.nMarginY);
 }
 
-/// Charges the object with its whole buffer, if the free budget has room for it.
+/// Charges the budget for the object's whole buffer. False: the free budget has no room, nothing is charged.
 bool ChargeWhole(CImageObj& object)
 {
-    const LibraryLock lock;
-    const LONG nFree = CImageObj::AskUseMemory();
-    const bool bFits = object.m_ImgInfo.nBufSize <= nFree;
-    object.m_nAreaSize = bFits ? object.m_ImgInfo.nBufSize : 0;
-    CImageObj::UpdateUseMemory(nFree - object.m_nAreaSize);
-    return bFits;
+    const LibraryLock lock; // from the look at the budget to the charge
+    if (object.m_ImgInfo.nBufSize > CImageObj::AskFreeMemory())
+        return false;
+    object.m_nAreaSize = object.m_ImgInfo.nBufSize;
+    ChargeBudget(object.m_nAreaSize);
+    return true;
 }
 
 DWORD MoveIntoMemory(CImageObj& object, T_Image_tag& flat)
@@ -119,7 +120,9 @@ DWORD MoveIntoMemory(CImageObj& object, T_Image_tag& flat)
     return nResult;
 }
 
-/// Band mapping counts from the file's first byte, so that is where the buffer's first line goes.
+/// Writes the flat buffer to a temporary file. Band mapping takes a file to start with the buffer's first
+/// line: bytes ahead of that line are left out.
+/// @param nFirstLine  offset of the first line in the buffer
 DWORD MoveIntoFile(CImageObj& object, T_Image_tag& flat, int nFirstLine)
 {
     T_Image_tag lines = flat;
@@ -137,8 +140,8 @@ DWORD MoveIntoFile(CImageObj& object, T_Image_tag& flat, int nFirstLine)
 DWORD CImageObj::DebugConvertT_Image(CImageObj* pObject, T_Image_tag* pFlat)
 {
     const CImageCtrl* pStore = pObject->m_pImageCtrl;
-    if (!HasBlock(pFlat) ||
-        (pStore && pStore->GetImgType() != IMG_WORK)) // whose bytes are the host's, as laid out
+    const bool bExternal = pStore && pStore->GetImgType() != IMG_WORK; // lines in the host's layout
+    if (!HasBlock(pFlat) || bExternal)
         return MM_BAD_ARGUMENT;
     const bool bHasLines = pObject->m_ImgInfo.nHeight >= 1;
     if (bHasLines && !HasSameLines(*pObject, *pFlat))
@@ -167,7 +170,7 @@ DWORD CImageObj::DebugConvertCImageObj(T_Image_tag* pFlat, CImageObj* pObject)
     T_ImageLrg_tag& info = pObject->m_ImgInfo;
     std::memcpy(&info, pFlat, sizeof(*pFlat));
     info.pBase = info.pImage = nullptr;             // the block does not become the object's
-    info.nBandLines = std::max(info.nBandLines, 1); // mappable before it is planned
+    info.nBandLines = std::max(info.nBandLines, 1); // so that bands can be mapped before a step is planned
     return ChargeWhole(*pObject) ? MoveIntoMemory(*pObject, *pFlat)
                                  : MoveIntoFile(*pObject, *pFlat, static_cast<int>(*nFirstLine));
 }

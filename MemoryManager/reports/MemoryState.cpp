@@ -4,7 +4,16 @@
 
 namespace {
 
-/// Inputs or outputs: whether the list counts as mapped whole is decided by its first image.
+void CountImage(bool bInMemory, int& nMemory, int& nFile)
+{
+    if (bInMemory)
+        ++nMemory;
+    else
+        ++nFile;
+}
+
+/// Counts inputs or outputs. When the first of them is a file that is mapped whole, all count as in memory.
+/// @param nBand  out: the band height of the first image; untouched when that is in memory or mapped whole
 void CountList(CImageObj** ppImages, int nCount, int& nMemory, int& nFile, int& nBand)
 {
     if (!ppImages || nCount <= 0)
@@ -17,10 +26,10 @@ void CountList(CImageObj** ppImages, int nCount, int& nMemory, int& nFile, int& 
             nBand = info.nBandLines;
     }
     for (int i = 0; i < nCount; ++i)
-        ++(ppImages[i]->IsOnMemory() || bWholeMapped ? nMemory : nFile);
+        CountImage(ppImages[i]->IsOnMemory() || bWholeMapped, nMemory, nFile);
 }
 
-/// Temporaries: from the first one that is mapped whole on, all count as in memory.
+/// Counts temporaries. From the first one on that is a file mapped whole, all count as in memory.
 void CountTemporaries(CImageObj** ppImages, int nCount, int& nMemory, int& nFile)
 {
     if (!ppImages)
@@ -30,7 +39,7 @@ void CountTemporaries(CImageObj** ppImages, int nCount, int& nMemory, int& nFile
         const bool bOnMemory = ppImages[i]->IsOnMemory() != 0;
         const T_ImageLrg_tag info = RecordOf(*ppImages[i]);
         bWholeMapped = bWholeMapped || (!bOnMemory && info.nBandLines == info.nHeight);
-        ++(bOnMemory || bWholeMapped ? nMemory : nFile);
+        CountImage(bOnMemory || bWholeMapped, nMemory, nFile);
     }
 }
 

@@ -1,5 +1,5 @@
-// Looking up the fields of a process identifier.
-// The lowest eight bits belong to no field; a field that is 0 is in no list.
+// Looking up the names of a process identifier's three fields.
+// The lowest eight bits belong to no field, and 0 is no value of any field.
 
 #include "MemoryManager/reports/ProcessNames.h"
 
@@ -30,7 +30,7 @@ constexpr FieldName kCategories[] = {MM_CATEGORY_NAMES(MM_LIST_NAME)};
 constexpr FieldName kSteps[] = {MM_STEP_NAMES(MM_LIST_NAME)};
 #undef MM_LIST_NAME
 
-/// A field's list, in the order of its values.
+/// One field of an identifier and its names, in the order of their values.
 class FieldNames
 {
 public:
@@ -45,7 +45,7 @@ public:
                 throw "a value outside the field, or a name that is too long";
     }
 
-    /// The name of the field of an identifier; null when it is not known.
+    /// The name of an identifier's value in this field; null when it has none.
     const char* Find(unsigned nId) const
     {
         const FieldName* pFound =

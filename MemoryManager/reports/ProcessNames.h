@@ -1,11 +1,12 @@
 #pragma once
-// The names of process identifiers, which tell a processing step and the function that runs it.
+// The names of process identifiers. An identifier tells a processing step, its category, and the function
+// that runs it.
 //
-// Internal. The names are constants of code page 932.
+// Internal. The names are constant texts in code page 932. Any thread may ask for them.
 
-/// Bytes that hold every name with its terminator.
+/// Bytes of the longest name with its terminator.
 inline constexpr int kProcessNameSize = 43;
 
-/// The name of the most specific field of an identifier that is known: its step, else its category, else its
-/// function. Never null: kTextNoId when none is known.
+/// The name of an identifier's step; where that is not known of its category, else of its function. kTextNoId
+/// when none of them is known.
 const char* FindProcessName(int nIpNo);

@@ -1,5 +1,6 @@
 // The reports that a host keeps of its steps: names of processes, memory use, threads and mappings.
-// Keys and texts are code page 932 bytes. Sums are made wide and clamped into what a table's number holds.
+// Keys and texts are code page 932 bytes. Sums are computed in 64 bits and clamped to the 32 bits of a
+// table's numbers.
 
 #include "MemoryManager/CImageObj.h"
 #include "MemoryManager/CWorkTableList.h"
@@ -19,11 +20,11 @@ namespace {
 
 char g_szIpName[kProcessNameSize];
 
-/// A report text with its numbers and texts filled in.
-class Text
+/// A report text with its numbers and texts filled in, cut to what a table's name holds.
+class FilledText
 {
 public:
-    template <class... Values> explicit Text(const char* pszFormat, Values... values)
+    template <class... Values> explicit FilledText(const char* pszFormat, Values... values)
     {
         std::snprintf(m_szText, sizeof(m_szText), pszFormat, values...);
     }
@@ -33,9 +34,9 @@ private:
     char m_szText[MM_TABLE_NAME];
 };
 
-/// A text as far as a table's name has room for it beside nUsed bytes, cut at a whole character; of null
-/// none.
-Text CutText(const char* pszText, std::size_t nUsed)
+/// The start of a text for which a table's name has room beside nUsed bytes, cut between two characters. Null
+/// counts as the empty text.
+FilledText CutText(const char* pszText, std::size_t nUsed)
 {
     std::size_t nLength = 0;
     while (pszText != nullptr && pszText[nLength] != '\0') {
@@ -46,17 +47,18 @@ Text CutText(const char* pszText, std::size_t nUsed)
             break;
         nLength = nNext;
     }
-    return Text("%.*s", static_cast<int>(nLength), nLength > 0 ? pszText : "");
+    return FilledText("%.*s", static_cast<int>(nLength), nLength > 0 ? pszText : "");
 }
 
-/// A key that ends with a text of the host's, which is cut where the key would become too long.
-template <class... Values> Text KeyWithText(const char* pszFormat, const char* pszText, Values... values)
+/// A key that ends with a text of the host's, cut so that the rest of the key stays whole.
+template <class... Values>
+FilledText KeyWithText(const char* pszFormat, const char* pszText, Values... values)
 {
-    const Text without(pszFormat, values..., "");
-    return Text(pszFormat, values..., static_cast<const char*>(CutText(pszText, std::strlen(without))));
+    const FilledText without(pszFormat, values..., "");
+    return FilledText(pszFormat, values..., static_cast<const char*>(CutText(pszText, std::strlen(without))));
 }
 
-/// Keys of an image's entries; %d is its number.
+/// The keys of an image's three entries. %d in them stands for the image's number.
 struct ImageKeys
 {
     const char* pszMemory;
@@ -64,22 +66,23 @@ struct ImageKeys
     const char* pszInfo;
 };
 
-Text StateText(const CImageObj& image)
+FilledText StateText(const CImageObj& image)
 {
     const T_ImageLrg_tag& info = image.m_ImgInfo;
     if (info.nBandLines < info.nHeight)
-        return Text(kTextBanded, info.nBandLines);
+        return FilledText(kTextBanded, info.nBandLines);
     const bool bFile = image.m_pImageCtrl && HasFile(*image.m_pImageCtrl);
-    return Text("%s", bFile ? kTextWholeFileMapped : kTextOnMemory);
+    return FilledText("%s", bFile ? kTextWholeFileMapped : kTextOnMemory);
 }
 
-Text InfoText(const T_ImageLrg_tag& info)
+FilledText InfoText(const T_ImageLrg_tag& info)
 {
-    return Text("GW=%d,GH=%d,W=%d,H=%d,P=%d,F=%d,R=%d", info.nAllocWidth, info.nAllocHeight, info.nWidth,
-                info.nHeight, info.nPixelBytes, info.nFsize, info.nRatio);
+    return FilledText("GW=%d,GH=%d,W=%d,H=%d,P=%d,F=%d,R=%d", info.nAllocWidth, info.nAllocHeight,
+                      info.nWidth, info.nHeight, info.nPixelBytes, info.nFsize, info.nRatio);
 }
 
-/// Writes the entries of a step's images of one kind, and adds their memory to the total.
+/// Writes the entries of a step's inputs, outputs or temporaries, and adds their memory to the total. False:
+/// a null image, or an entry that could not be written.
 bool WriteImages(CWorkTableList& table, const char* pszStep, const ImageKeys& keys, CImageObj** ppImages,
                  int nCount, std::int64_t& nTotal)
 {
@@ -89,15 +92,15 @@ bool WriteImages(CWorkTableList& table, const char* pszStep, const ImageKeys& ke
         const CImageObj& image = *ppImages[i];
         const int nNumber = i + 1;
         nTotal += image.m_nAreaSize;
-        if (!table.KeyWriteInt(pszStep, Text(keys.pszMemory, nNumber), image.m_nAreaSize) ||
-            !table.KeyWriteString(pszStep, Text(keys.pszState, nNumber), StateText(image)) ||
-            !table.KeyWriteString(pszStep, Text(keys.pszInfo, nNumber), InfoText(image.m_ImgInfo)))
+        if (!table.KeyWriteInt(pszStep, FilledText(keys.pszMemory, nNumber), image.m_nAreaSize) ||
+            !table.KeyWriteString(pszStep, FilledText(keys.pszState, nNumber), StateText(image)) ||
+            !table.KeyWriteString(pszStep, FilledText(keys.pszInfo, nNumber), InfoText(image.m_ImgInfo)))
             return false;
     }
     return true;
 }
 
-/// Starts a list that is off, with no entries counted.
+/// Switches a list on that is off, and counts its entries from 0.
 void BeginList(CWorkTableList*& pList, LONG& nCount)
 {
     if (pList != nullptr)
@@ -107,7 +110,7 @@ void BeginList(CWorkTableList*& pList, LONG& nCount)
         nCount = 0;
 }
 
-/// Writes a list to a file, where its folder exists, and switches it off.
+/// Appends a list to a file, if the file's folder exists, and switches the list off.
 void EndList(CWorkTableList*& pList, const char* pszPath)
 {
     if (pList == nullptr)
@@ -169,8 +172,8 @@ int CImageObj::ThreadList(LONG nIpNo, LONG bLeave, const char* pszWork)
 {
     if (ms_ThreadList == nullptr)
         return 1;
-    const Text key = KeyWithText(kTextThreadKey, pszWork, static_cast<int>(ms_ThreadListCount),
-                                 static_cast<int>(GetCurrentThreadId()), FindProcessName(nIpNo));
+    const FilledText key = KeyWithText(kTextThreadKey, pszWork, static_cast<int>(ms_ThreadListCount),
+                                       static_cast<int>(GetCurrentThreadId()), FindProcessName(nIpNo));
     if (!ms_ThreadList->KeyWriteString(kTextThreadSection, key, bLeave ? "Leave" : "Enter"))
         return 0;
     ++ms_ThreadListCount;
@@ -181,7 +184,7 @@ int CImageObj::MapList(void* pAddress, const char* pszName)
 {
     if (ms_MapList == nullptr)
         return 1;
-    const Text key = KeyWithText(kTextMapKey, pszName, static_cast<int>(ms_MapListCount));
+    const FilledText key = KeyWithText(kTextMapKey, pszName, static_cast<int>(ms_MapListCount));
     const LONG nAddress = static_cast<LONG>(reinterpret_cast<std::uintptr_t>(pAddress));
     if (!ms_MapList->KeyWriteInt(kTextMapSection, key, nAddress % 16))
         return 0;

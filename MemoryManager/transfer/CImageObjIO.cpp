@@ -1,5 +1,6 @@
-// I/O image objects: set-up from the host's description, and the answers that the planner asks for.
-// Sizes are checked before anything is touched, so that a refused description leaves file and object alone.
+// I/O image objects: their set-up from the host's description, and what the planner asks of them.
+// Sizes are checked before anything changes, so that a description that is refused leaves file and object as
+// they were.
 
 #include "MemoryManager/CImageObjIO.h"
 
@@ -42,7 +43,9 @@ void SetSize(T_ImageLrg_tag& info, const T_ImgInf& inf, int nMarginX, int nMargi
     info.nAlignType = AlignTypeOf(nAlign);
 }
 
-/// Bytes that bring a line of 3-byte bitmap pixels to a multiple of 4.
+/// Bytes that pad an external line: those that bring a bitmap's line of 3-byte pixels to a multiple of 4. The
+/// line length of the description is not read; layout/UnitImages.h tells how long the lines of unit bands
+/// are.
 int LinePadOf(const T_ImgInf& inf, int nPixelBytes)
 {
     if (inf.nFileType != MM_FILE_BITMAP || nPixelBytes != 3)
@@ -50,7 +53,8 @@ int LinePadOf(const T_ImgInf& inf, int nPixelBytes)
     return static_cast<int>((4 - std::int64_t{inf.nWidth} * 3 % 4) % 4);
 }
 
-/// External lines are packed and end with the padding; the size waits for the header. False: too large.
+/// Lays the external image out: packed lines, each followed by its padding. nBufSize stays, as it includes
+/// the header, which is not known yet. False: the layout does not fit 32 bits.
 bool LayOutExternal(T_ImageLrg_tag& info, int nLinePad)
 {
     const auto layout = LayOutBuffer({info.nWidth, info.nHeight, info.nMarginX, info.nMarginY,
@@ -64,17 +68,13 @@ bool LayOutExternal(T_ImageLrg_tag& info, int nLinePad)
     return true;
 }
 
-std::int64_t ExternalBytes(const T_ImageLrg_tag& info, std::int64_t nHeader)
+/// Bytes of an external image with its header.
+std::int64_t ExternalSize(const T_ImageLrg_tag& info, std::int64_t nHeader)
 {
     return nHeader + std::int64_t{info.nAllocHeight} * info.nLineBytes;
 }
 
-DWORD Report(int nLine)
-{
-    ReportFileAccessError(kUnit, nLine, GetLastError());
-    return MM_FILE_ACCESS;
-}
-
+/// Gives the store the host's file or block.
 void Bind(CImageCtrlIO& store, const T_ImgInf& inf, tag_E_IMGTYPE eRole)
 {
     store.SetAcsType(inf.eAcsType);
@@ -85,41 +85,42 @@ void Bind(CImageCtrlIO& store, const T_ImgInf& inf, tag_E_IMGTYPE eRole)
         store.SetFileHandle(inf.hData);
 }
 
-/// Finds where a bitmap input's pixels begin, or gives a bitmap output its header.
+/// Finds where a bitmap input's pixels begin, or writes a bitmap output's header.
+/// @param nHeader  out: bytes ahead of the pixels; untouched when there is no header
 DWORD SettleHeader(CImageCtrlIO& store, const T_ImgInf& inf, const T_ImageLrg_tag& info, int nSearch,
                    std::int64_t& nHeader)
 {
-    nHeader = 0;
     if (inf.nFileType != MM_FILE_BITMAP)
         return MM_SUCCESS;
     if (store.GetImgType() == IMG_INPUT) {
         if (HasFile(store))
-            SetFilePointer(store.GetFHandle(), 0, nullptr, FILE_BEGIN);
+            SeekFile(store.GetFHandle(), 0); // a failure shows as a signature that is not found
         const int nSignature = store.SchDIBHeader(info.nWidth, info.nHeight, info.nPixelBytes, nSearch);
         if (nSignature < 0)
-            return Report(kLineNoSignature);
+            return FailFileAccess(kUnit, kLineNoSignature);
         nHeader = std::int64_t{nSignature} + inf.nOffset;
     } else if (store.GetImgType() == IMG_OUTPUT) {
         if (store.OutPutDIBHeader(info.nWidth, info.nHeight, info.nPixelBytes) == 0)
-            return Report(kLineNoHeader);
+            return FailFileAccess(kUnit, kLineNoHeader);
         nHeader = MM_BITMAP_HEADER_BYTES;
     }
-    return Fits(nHeader) && Fits(ExternalBytes(info, nHeader)) ? MM_SUCCESS : MM_BAD_ARGUMENT;
+    return Fits(nHeader) && Fits(ExternalSize(info, nHeader)) ? MM_SUCCESS : MM_BAD_ARGUMENT;
 }
 
-/// How an area is shared between the external band and the object's.
+/// How an area of memory is divided between the external band and the object's band.
 struct AreaSplit
 {
-    LONG nExternal; // bytes
-    LONG nObject;
-    int nLines; // that both hold
+    LONG nExternal; ///< bytes for the external band
+    LONG nObject;   ///< bytes for the object's band
+    int nLines;     ///< lines for which both have room
 };
 
+/// Divides an area in the proportion of the line lengths; each part holds at least one line.
 AreaSplit SplitArea(LONG nArea, const T_ImageLrg_tag& external, const T_ImageLrg_tag& object)
 {
-    const double nBoth = double(external.nLineBytes) + double(object.nLineBytes);
-    const double nShare = nBoth > 0 ? double(external.nLineBytes) / nBoth : 0;
-    AreaSplit split{static_cast<LONG>(nShare * double(nArea)), 0, external.nHeight};
+    const double fBoth = double(external.nLineBytes) + double(object.nLineBytes);
+    const double fShare = fBoth > 0 ? double(external.nLineBytes) / fBoth : 0;
+    AreaSplit split{static_cast<LONG>(fShare * double(nArea)), 0, external.nHeight};
     split.nObject = std::max<LONG>(nArea - split.nExternal, object.nLineBytes);
     split.nExternal = std::max<LONG>(split.nExternal, external.nLineBytes);
     if (external.nLineBytes > 0)
@@ -129,6 +130,7 @@ AreaSplit SplitArea(LONG nArea, const T_ImageLrg_tag& external, const T_ImageLrg
     return split;
 }
 
+/// Whether the first object of a list has a store of this role.
 bool HasRole(CImageObj** ppList, int nCount, tag_E_IMGTYPE eRole)
 {
     return ppList && nCount > 0 && ppList[0] && ppList[0]->m_pImageCtrl &&
@@ -176,7 +178,7 @@ DWORD CImageObjIO::InitForUnify(T_ImgInf* pInf, tag_E_IMGTYPE eRole, int nMargin
     SetFormat(object, nObjectFormat, SamplesOf(nObjectFormat));
     const bool bWritesHeader = eRole == IMG_OUTPUT && pInf->nFileType == MM_FILE_BITMAP;
     if (!LayOutExternal(external, nLinePad) ||
-        !Fits(ExternalBytes(external, bWritesHeader ? MM_BITMAP_HEADER_BYTES : 0)) ||
+        !Fits(ExternalSize(external, bWritesHeader ? MM_BITMAP_HEADER_BYTES : 0)) ||
         CalcAlign(&object) != MM_SUCCESS)
         return MM_BAD_ARGUMENT;
 
@@ -193,11 +195,10 @@ DWORD CImageObjIO::InitForUnify(T_ImgInf* pInf, tag_E_IMGTYPE eRole, int nMargin
     m_nTmpBufMode = nTmpBufMode;
     Bind(*pStore, *pInf, eRole);
 
-    std::int64_t nHeader;
-    const DWORD nResult = SettleHeader(*pStore, *pInf, external, nSearch, nHeader);
-    if (nResult != MM_SUCCESS)
+    std::int64_t nHeader = 0;
+    if (const DWORD nResult = SettleHeader(*pStore, *pInf, external, nSearch, nHeader); nResult != MM_SUCCESS)
         return nResult;
-    m_ImgInfoIO.nBufSize = static_cast<int>(ExternalBytes(external, nHeader));
+    m_ImgInfoIO.nBufSize = static_cast<int>(ExternalSize(external, nHeader));
     pStore->SetHdrSize(static_cast<int>(nHeader));
     pStore->SetFileSize(m_ImgInfoIO.nBufSize);
     return MM_SUCCESS;
@@ -220,7 +221,7 @@ DWORD CImageObjIO::InitForCMS(T_ImgInf* pInf, tag_E_IMGTYPE, int nMarginX, int n
     T_ImageLrg_tag info = m_ImgInfo;
     SetSize(info, *pInf, nMarginX, nMarginY, nAlign);
     SetFormat(info, pInf->nSrcFormat, SamplesOf(pInf->nSrcFormat));
-    // An alignment that no layout can be made for is the caller's to find out; a layout too large is refused.
+    // A layout that is too large is refused. An unsupported alignment is not: the caller meets it later.
     if (CalcAlign(&info) != MM_SUCCESS && IsAlignmentSupported(info.nAlignType, info.nSampleBytes))
         return MM_BAD_ARGUMENT;
     info.pImage = static_cast<unsigned char*>(pInf->hData);
@@ -253,7 +254,8 @@ void CImageObjIO::GetImageInfo(T_ImageLrg_tag* pInfo)
 
 int CImageObjIO::SetBandInfo(int nBand, int nCount)
 {
-    return m_nAreaSize = SizeBand(m_ImgInfoIO, GetAreaSize(), nBand, ms_MinBand, nCount);
+    m_nAreaSize = SizeBand(m_ImgInfoIO, GetAreaSize(), nBand, ms_MinBand, nCount);
+    return m_nAreaSize;
 }
 
 int CImageObjIO::GetAreaSize()
@@ -306,5 +308,5 @@ void CImageObjIO::SetAlpha(int nAlpha)
 
 CImageCtrlIO* CImageObjIO::Store() const
 {
-    return dynamic_cast<CImageCtrlIO*>(m_pImageCtrl); // null also for a plain store, which SetImageInfo makes
+    return dynamic_cast<CImageCtrlIO*>(m_pImageCtrl);
 }

@@ -1,8 +1,9 @@
-// Bands converted between an external layout and the object's: which rule a pixel follows, and the walk over
-// the lines. The work on a line is SampleLines'.
+// Converting bands between an external layout and the object's: the rule that a pixel follows, and the walk
+// over the lines. layout/SampleLines converts each line.
 
 #include "MemoryManager/CImageObjIO.h"
 #include "MemoryManager/ExternalImage.h"
+#include "MemoryManager/bands/LineRange.h"
 #include "MemoryManager/layout/SampleLines.h"
 
 #include <cstddef>
@@ -14,7 +15,8 @@ namespace {
 constexpr int kBitmapSample = 1; // bytes
 constexpr int kRawSample = 2;
 
-/// What becomes of an external pixel of a file type, in an object pixel; none: not supported.
+/// How an external pixel becomes an object pixel. None: the combination is not supported.
+/// @param nExternal, nObject  bytes of a pixel
 std::optional<PixelRule> InputRule(int nFileType, int nExternal, int nObject)
 {
     if (nFileType == MM_FILE_BITMAP) {
@@ -30,8 +32,9 @@ std::optional<PixelRule> InputRule(int nFileType, int nExternal, int nObject)
     return std::nullopt;
 }
 
-/// What becomes of an object pixel in an external pixel. A four-sample output needs to know what its fourth
-/// sample receives.
+/// How an object pixel becomes an external pixel. None: the combination is not supported, or the external
+/// pixel has four samples and nAlpha does not tell what the fourth receives.
+/// @param nExternal, nObject  bytes of a pixel
 std::optional<PixelRule> OutputRule(int nFileType, int nExternal, int nObject, int nAlpha)
 {
     const bool bBitmap = nFileType == MM_FILE_BITMAP;
@@ -45,8 +48,8 @@ std::optional<PixelRule> OutputRule(int nFileType, int nExternal, int nObject, i
     return std::nullopt;
 }
 
-/// The lines of a band on both sides: the first ones, and the bytes from one to the next. A step is negative
-/// where lines are walked backwards.
+/// A band's first line on both sides, and the bytes from each line to the next: negative where the lines are
+/// walked from the last to the first.
 struct LineWalk
 {
     const unsigned char* pSrc;
@@ -55,7 +58,7 @@ struct LineWalk
     std::ptrdiff_t nDstStep;
 };
 
-/// nPad zero bytes follow the pixels of each destination line.
+/// Converts nLines lines of nWidth pixels and puts nPad zero bytes behind the pixels of each.
 void ConvertLines(const PixelRule& rule, const LineWalk& walk, std::ptrdiff_t nLines, int nWidth, int nPad)
 {
     if (nWidth < 1)
@@ -80,17 +83,12 @@ LineWalk WalkBand(const unsigned char* pSrc, const T_ImageLrg_tag& src, unsigned
     return {pSrc, src.nLineBytes, pDst, nStep};
 }
 
-std::ptrdiff_t LinesOf(int nFirst, int nLast)
-{
-    return nFirst <= nLast ? static_cast<std::ptrdiff_t>(nLast) - nFirst + 1 : 0;
-}
-
 } // namespace
 
 void CImageObjIO::ConvertInData(int nFirst, int nLast, unsigned char* pSrc, unsigned char* pDst,
                                 T_ImageLrg_tag* pSrcInfo, T_ImageLrg_tag* pDstInfo)
 {
-    const std::ptrdiff_t nLines = LinesOf(nFirst, nLast);
+    const auto nLines = static_cast<std::ptrdiff_t>(LineRange{nFirst, nLast}.Count());
     const auto rule = InputRule(m_nFileType, m_ImgInfoIO.nPixelBytes, m_ImgInfo.nPixelBytes);
     if (nLines < 1 || !rule)
         return;
@@ -101,7 +99,7 @@ void CImageObjIO::ConvertInData(int nFirst, int nLast, unsigned char* pSrc, unsi
 void CImageObjIO::ConvertOutData(int nFirst, int nLast, unsigned char* pSrc, unsigned char* pDst,
                                  T_ImageLrg_tag* pSrcInfo, T_ImageLrg_tag* pDstInfo)
 {
-    const std::ptrdiff_t nLines = LinesOf(nFirst, nLast);
+    const auto nLines = static_cast<std::ptrdiff_t>(LineRange{nFirst, nLast}.Count());
     const auto rule = OutputRule(m_nFileType, m_ImgInfoIO.nPixelBytes, m_ImgInfo.nPixelBytes, m_nAlpha);
     if (nLines < 1 || !rule)
         return;

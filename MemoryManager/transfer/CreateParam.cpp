@@ -1,10 +1,10 @@
-// The host's records of a pair of images turned into descriptions.
-// Record fields lie on 2-byte boundaries, so they are copied by value and never referred to.
+// Turning the host's records of a pair of images into descriptions.
+// Fields of the records lie on 2-byte boundaries: they are copied by value, as references need alignment.
 
 #include "MemoryManager/ImgObjUty.h"
+#include "MemoryManager/layout/BufferLayout.h"
 
 #include <cstdint>
-#include <limits>
 
 namespace {
 
@@ -12,32 +12,32 @@ struct DataType
 {
     MM_FORMAT eFormat;
     MM_FILE_TYPE eFileType;
-    int nPixelBits;
-    int nLineUnitBits; // a line fills whole units of this
 };
 
 constexpr DataType kDataTypes[] = {
-    {MM_FORMAT_BGR24, MM_FILE_BITMAP, 24, 32},  // MM_DATA_BITMAP24
-    {MM_FORMAT_BGRA32, MM_FILE_BITMAP, 32, 32}, // MM_DATA_BITMAP32
-    {MM_FORMAT_RAW48, MM_FILE_RAW, 48, 48},     // MM_DATA_RAW48
-    {MM_FORMAT_RAW64, MM_FILE_RAW, 64, 64},     // MM_DATA_RAW64
+    {MM_FORMAT_BGR24, MM_FILE_BITMAP},  // MM_DATA_BITMAP24
+    {MM_FORMAT_BGRA32, MM_FILE_BITMAP}, // MM_DATA_BITMAP32
+    {MM_FORMAT_RAW48, MM_FILE_RAW},     // MM_DATA_RAW48
+    {MM_FORMAT_RAW64, MM_FILE_RAW},     // MM_DATA_RAW64
 };
 
+/// Null: there is no such type.
 const DataType* FindDataType(int nType)
 {
     return nType >= MM_DATA_BITMAP24 && nType <= MM_DATA_RAW64 ? &kDataTypes[nType] : nullptr;
 }
 
-/// 0 for a line that does not fit 32 bits: such an image is refused by whatever is to read or write it.
+/// The line length that a description of this type has. 0: a length that 32 bits do not hold; whatever reads
+/// or writes such an image refuses it.
 int LineBytes(const DataType& type, int nWidth)
 {
-    const std::int64_t nUnits =
-        (std::int64_t{nWidth} * type.nPixelBits + type.nLineUnitBits - 1) / type.nLineUnitBits;
-    const std::int64_t nBytes = nUnits * (type.nLineUnitBits / 8);
-    return nBytes <= std::numeric_limits<int>::max() ? static_cast<int>(nBytes) : 0;
+    const std::int64_t nPixels = std::int64_t{nWidth} * SampleBytesOf(type.eFormat) * SamplesOf(type.eFormat);
+    const std::int64_t nBytes = type.eFileType == MM_FILE_BITMAP ? PaddedLine(nPixels) : nPixels;
+    return Fits(nBytes) ? static_cast<int>(nBytes) : 0;
 }
 
-/// One half of a pair. The data type's code goes to nExternalFormat, if there is such a type.
+/// Describes one half of a pair.
+/// @param nExternalFormat  out: the data type's format; untouched when there is no such type
 void Describe(T_ImgInf& inf, tag_E_ACSTYPE eAcsType, void* hData, int nOffset, int nWidth, int nHeight,
               int nType, int& nExternalFormat)
 {

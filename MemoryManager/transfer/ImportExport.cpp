@@ -1,12 +1,15 @@
-// Whole images in and out of image objects, band by band through an I/O object that lives for one call.
-// Object bands run from top to bottom on import, external ones on export; bottom-up order pairs them
-// crosswise.
+// Moving whole images into and out of image objects, band by band through an I/O object that lives for one
+// call. An import goes through the object's lines from top to bottom, an export through the external ones.
+// When the external lines are stored bottom-up, the other side's bands go from bottom to top.
 
 #include "MemoryManager/ImgObjUty.h"
 
 #include "MemoryManager/CImageObjIO.h"
 #include "MemoryManager/ResultCodes.h"
+#include "MemoryManager/bands/LineRange.h"
+#include "MemoryManager/base/FirstFailure.h"
 #include "MemoryManager/base/ReportTexts.h"
+#include "MemoryManager/image/RecordOf.h"
 #include "MemoryManager/image/UnitObject.h"
 #include "Platform/Platform.h"
 
@@ -14,7 +17,7 @@
 
 namespace {
 
-// Kinds of log entries. The process kinds are the identifiers of the processing steps too.
+// Kinds of log entries. Those of a process are also the identifiers of the processing steps.
 constexpr int kLogEnd = 0;
 constexpr int kLogConversionStart = 50;
 constexpr int kLogConversionEnd = 66;
@@ -24,9 +27,7 @@ constexpr int kProcessWrite = 0x8100;
 constexpr char kVersionText[] = "[VMOX/A/_C_XXXX] 2003.08.14.0";
 constexpr char kNoText[] = "";
 
-constexpr int kSlot = 0;
-
-/// The host's log stack, if it has one.
+/// Pushes the entries of one transfer onto the host's log stack, if there is one.
 class TransferLog
 {
 public:
@@ -50,6 +51,7 @@ private:
         Push(m_nProcess, pszProcess, m_nWidth, m_nHeight);
     }
 
+    /// Fills the next free entry, and marks the one behind it as the end of the stack.
     void Push(int nCode, const char* pszText, int nData1, int nData2)
     {
         T_LOG_STACK_tag* pEntry = (*m_ppNext)++;
@@ -66,19 +68,8 @@ private:
     int m_nProcess;
 };
 
-struct LineRange
-{
-    int nFirst;
-    int nLast;
-};
-
-LineRange BandFrom(int nFirst, int nLines, int nHeight)
-{
-    return {nFirst, nFirst + std::min(nLines, nHeight - nFirst) - 1};
-}
-
-/// The lines that hold the same picture lines when the other side is stored last line first.
-LineRange Mirrored(LineRange lines, int nHeight)
+/// The same lines of the picture, counted from the other end of the image.
+LineRange FromOtherEnd(LineRange lines, int nHeight)
 {
     return {nHeight - 1 - lines.nLast, nHeight - 1 - lines.nFirst};
 }
@@ -92,13 +83,7 @@ DWORD Plan(int nProcess, CImageObj* pIn, CImageObj* pOut)
     return CImageObjIO::MemoryAlloc(&request, &pIn, &pOut);
 }
 
-/// The first of two results that is not success.
-DWORD FirstFailure(DWORD nFirst, DWORD nSecond)
-{
-    return nFirst != MM_SUCCESS ? nFirst : nSecond;
-}
-
-/// External lines into the object's lines; the object's band is released whatever happens.
+/// Converts external lines into the object's lines. The object's band is released whatever happens.
 DWORD ImportBand(CImageObj& image, LineRange lines, CImageObjIO& io, LineRange ioLines)
 {
     T_ImageLrg_tag band{};
@@ -112,8 +97,8 @@ DWORD ImportBand(CImageObj& image, LineRange lines, CImageObjIO& io, LineRange i
     return FirstFailure(nResult, image.UnmapBand(kSlot));
 }
 
-/// The object's lines into the external band that starts at nIoLine; the object's band is released whatever
-/// happens. An external band without an address is not written.
+/// Converts the object's lines into the external band that starts at nIoLine, and writes it. The object's
+/// band is released whatever happens. An external band without an address is not written.
 DWORD ExportBand(CImageObj& image, LineRange lines, CImageObjIO& io, int nIoLine)
 {
     T_ImageLrg_tag band{};
@@ -134,21 +119,19 @@ DWORD ImportBands(CImageObj& image, CImageObjIO& io, bool bBottomUp)
     const int nHeight = image.m_ImgInfo.nHeight;
     const int nBand = std::max(std::min(io.GetBandHeight(), image.GetBandHeight()), 1);
     for (LineRange lines{0, -1}; lines.nLast < nHeight - 1;) {
-        lines = BandFrom(lines.nLast + 1, nBand, nHeight);
-        const LineRange ioLines = bBottomUp ? Mirrored(lines, nHeight) : lines;
+        lines = BandDownFrom(lines.nLast + 1, nBand, nHeight);
+        const LineRange ioLines = bBottomUp ? FromOtherEnd(lines, nHeight) : lines;
         if (const DWORD nResult = ImportBand(image, lines, io, ioLines); nResult != MM_SUCCESS)
             return nResult;
     }
     return MM_SUCCESS;
 }
 
-/// Lowers both sides to the smaller band height, or their lines would not match. 0 would never come to an
-/// end.
+/// Gives both sides the smaller one's band height, so that their bands match. At least one line, or the
+/// export would never come to its end.
 int LowerBands(CImageObj& image, CImageObjIO& io)
 {
-    T_ImageLrg_tag info{};
-    image.GetImageInfo(&info);
-    const int nBand = std::max(std::min(info.nBandLines, io.GetBandHeight()), 1);
+    const int nBand = std::max(std::min(RecordOf(image).nBandLines, io.GetBandHeight()), 1);
     image.SetBandHeight(nBand);
     io.m_ImgInfo.nBandLines = nBand;
     io.m_ImgInfoIO.nBandLines = nBand;
@@ -160,8 +143,8 @@ DWORD ExportBands(CImageObj& image, CImageObjIO& io, bool bBottomUp)
     const int nHeight = io.m_ImgInfoIO.nHeight;
     const int nBand = LowerBands(image, io);
     for (LineRange ioLines{0, -1}; ioLines.nLast < nHeight - 1;) {
-        ioLines = BandFrom(ioLines.nLast + 1, nBand, nHeight);
-        const LineRange lines = bBottomUp ? Mirrored(ioLines, nHeight) : ioLines;
+        ioLines = BandDownFrom(ioLines.nLast + 1, nBand, nHeight);
+        const LineRange lines = bBottomUp ? FromOtherEnd(ioLines, nHeight) : ioLines;
         if (const DWORD nResult = ExportBand(image, lines, io, ioLines.nFirst); nResult != MM_SUCCESS)
             return nResult;
     }
@@ -178,7 +161,7 @@ DWORD ImportImg(CImageObj* pObj, T_ImgInf* pInf, int nBottomUp, T_LOG_STACK_tag*
     DropUnitBand(*pObj);
     CloseUnitMappings(*pObj);
     pObj->m_nUnitType = 0;
-    pObj->m_nUnitMode = 0; // the image is the object's own
+    pObj->m_nUnitMode = 0; // from here on the object has a store of its own
 
     CImageObjIO io;
     DWORD nResult = io.InitForUnify(pInf, IMG_INPUT, 0, 0, pInf->nDstFormat, MM_ALIGN_LINES, nBottomUp, 0);
@@ -203,7 +186,7 @@ DWORD ExportImg(CImageObj* pObj, T_ImgInf* pInf, int nBottomUp, T_LOG_STACK_tag*
     if (pInf->nWidth > pObj->m_ImgInfo.nWidth || pInf->nHeight > pObj->m_ImgInfo.nHeight)
         return MM_BAD_ARGUMENT;
     T_ImgInf inf = *pInf;
-    inf.nSrcFormat = pObj->m_ImgInfo.nFormat; // the object's, whatever its description says
+    inf.nSrcFormat = pObj->m_ImgInfo.nFormat; // whatever the host's description says of the object
     CImageObjIO io;
     DWORD nResult = io.InitForUnify(&inf, IMG_OUTPUT, 0, 0, inf.nSrcFormat, MM_ALIGN_LINES, nBottomUp, 0);
     if (nResult != MM_SUCCESS)

@@ -1,10 +1,11 @@
-// Band heights of unit objects.
-// Everything is computed in 64 bits. Heights below 0 count as 0; a line without bytes counts as one byte.
+// Sizing the bands of unit objects: as many lines as the memory that they may use has room for.
+// All numbers are computed in 64 bits. Heights below 0 count as 0, and lines without bytes as one byte.
 
 #include "MemoryManager/transfer/UnitBandHeights.h"
 
 #include "MemoryManager/ResultCodes.h"
 #include "MemoryManager/image/Budget.h"
+#include "MemoryManager/image/UnitObject.h"
 #include "MemoryManager/layout/BufferLayout.h"
 
 #include <algorithm>
@@ -12,27 +13,28 @@
 
 namespace {
 
-constexpr int kFourSamples = 0x400; // of a format code: what bands have, whatever the image has
+constexpr int kUnitSamplesCode = kUnitSamples << 8; // as a format code tells the samples of a pixel
 
-/// Bytes that a unit band may use; below 0 when the budget is overdrawn.
+/// Bytes that a unit band may use; negative when the budget is overdrawn.
 std::int64_t UnitBudget()
 {
     const LibraryLock lock;
-    const LONG nFree = CImageObj::AskUseMemory();
-    CImageObj::UpdateUseMemory(nFree);
-    return std::min(nFree, CImageObj::ms_nUseMaxMemoryUnit);
+    return std::min(CImageObj::AskFreeMemory(), CImageObj::ms_nUseMaxMemoryUnit);
 }
 
-/// Line length of a band with the samples of an external format.
+/// The line length of a band whose samples are as wide as those of an external format.
+/// @return 0; 18 no buffer has such lines
 DWORD BandLineBytes(CImageObj& object, int nWidth, int nMarginX, int nMarginY, int nFormat, int nAlign,
                     int& nLineBytes)
 {
     int nBufferSize = 0, nBufferWidth = 0, nBufferHeight = 0;
     return object.CalcImgBufLrg(nBufferSize, nLineBytes, nBufferWidth, nBufferHeight, nWidth, 1, nMarginX,
-                                nMarginY, SampleBytesOf(nFormat) | kFourSamples, nAlign);
+                                nMarginY, SampleBytesOf(nFormat) | kUnitSamplesCode, nAlign);
 }
 
-std::int64_t StoredLineBytes(const T_ImgInf& out)
+/// Bytes that one destination line is counted with. An estimate, which the heights of bands depend on: unlike
+/// DestinationLineBytes it also counts formats that are never written, and pads the lines of bitmaps only.
+std::int64_t EstimatedLineBytes(const T_ImgInf& out)
 {
     const int nSamples = SamplesOf(out.nDstFormat);
     if (out.nFileType == MM_FILE_BITMAP && nSamples == 3)
@@ -55,7 +57,7 @@ DWORD CalcUnitBandHeight(CImageObj& object, const T_ImgInf& in, const T_ImgInf* 
                                             in.nSrcFormat, nAlign, nBandLine);
         nResult != MM_SUCCESS)
         return nResult;
-    const std::int64_t nStored = pOut && in.eAcsType != ACS_MEMORY ? StoredLineBytes(*pOut) : 0;
+    const std::int64_t nStored = pOut && in.eAcsType != ACS_MEMORY ? EstimatedLineBytes(*pOut) : 0;
     const std::int64_t nOneLine = std::max<std::int64_t>(2 * std::int64_t{nBandLine} + nStored, 1);
     const std::int64_t nMargins = 2 * (2 * std::int64_t{nMarginY} * nBandLine + kSpareBytes);
     const std::int64_t nFit = (UnitBudget() - nMargins) / nOneLine;
@@ -75,17 +77,17 @@ DWORD CalcEnlargeBandHeights(CImageObj& inObject, const T_ImgInf& in, CImageObj&
         return nResult;
 
     const std::int64_t nBudget = UnitBudget();
-    // Lines that exceed the budget are all alike, and cutting them keeps the products within 64 bits.
+    // No line longer than the budget fits, however long it is: cutting it keeps the products within 64 bits.
     const std::int64_t nTooMuch = std::max<std::int64_t>(nBudget, 0) + 1;
     const std::int64_t nInBytes = std::min<std::int64_t>(nInLine, nTooMuch);
-    const std::int64_t nOutBytes = std::min(nOutLine + StoredLineBytes(out), nTooMuch);
+    const std::int64_t nOutBytes = std::min(nOutLine + EstimatedLineBytes(out), nTooMuch);
     const std::int64_t nInHeight = std::max(in.nHeight, 0), nOutHeight = std::max(out.nHeight, 0);
     if (nBudget > nInHeight * nInBytes + nOutHeight * nOutBytes) {
         SetUnitBandHeight(inObject, nInHeight);
         SetUnitBandHeight(outObject, nOutHeight);
         return MM_SUCCESS;
     }
-    // One step: the fewest whole lines in the proportion of the heights.
+    // The bands grow in steps: the fewest whole lines of both in the proportion of the heights.
     constexpr std::int64_t nOne = 1;
     const std::int64_t nInStep = std::max(nInHeight / std::max(nOutHeight, nOne), nOne);
     const std::int64_t nOutStep = std::max(nOutHeight / std::max(nInHeight, nOne), nOne);

@@ -1,5 +1,5 @@
-// Setting unit objects up over external images, and sending images through them band by band.
-// Nothing is written before both sides are known to lie within 32-bit positions.
+// Setting unit objects up over the external images that they read and write.
+// Nothing is written before all lines of both images are known to have 32-bit positions.
 
 #include "MemoryManager/ImgObjUty.h"
 
@@ -14,11 +14,8 @@
 #include "Platform/Platform.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <limits>
-#include <utility>
 
 namespace {
 
@@ -28,26 +25,25 @@ constexpr char kUnit[] = "MemoryManager/ImgObjUty";
 constexpr int kLineNoHeader = 537;
 constexpr int kLineNoEnlargedHeader = 852;
 
-constexpr int kSlot = 0;
-
-/// Undoes an earlier set-up. Without the next one's geometry the object has no band.
+/// Undoes an earlier set-up. Until the next one gives the object a geometry, no band can be mapped.
 void StartAnew(CImageObj& object, int nRole)
 {
     DropUnitBand(object);
-    object.m_ImgInfo.pBase = object.m_ImgInfo.pImage = nullptr; // those of an earlier geometry are no band
+    object.m_ImgInfo.pBase = object.m_ImgInfo.pImage =
+        nullptr; // addresses of a store's image are no unit band
     CloseUnitMappings(object);
     object.m_nUnitBandHeight = object.m_ImgInfo.nBandLines = 0;
     object.m_nUnitType = nRole;
 }
 
-/// One object changes neither size nor sample width.
+/// Whether one object can read the one image and write the other: it changes neither size nor sample width.
 bool SuitOneObject(const T_ImgInf& in, const T_ImgInf& out)
 {
     return in.nWidth == out.nWidth && in.nHeight == out.nHeight &&
            SampleBytesOf(in.nSrcFormat) == SampleBytesOf(out.nDstFormat);
 }
 
-/// A fourth sample that the source lacks is all ones.
+/// The host's nAlpha, but for a fourth sample that the source lacks: it becomes all ones.
 int AlphaFor(const T_ImgInf& in, const T_ImgInf& out, int nAlpha)
 {
     return SamplesOf(in.nSrcFormat) == 3 && SamplesOf(out.nDstFormat) == 4 ? 1 : nAlpha;
@@ -63,19 +59,20 @@ void TakeGeometry(CImageObj& object, T_ImgInf* pInf, tag_E_IMGTYPE eRole, int nM
     object.m_nUnitMode = 1;
     if (object.SetImageInfo(&info) == MM_SUCCESS)
         return;
-    info.nBandLines = object.m_ImgInfo.nBandLines; // band mapping refuses this geometry, not an earlier one
+    // Band mapping refuses this geometry. The earlier one, which it might accept, must not stay.
+    info.nBandLines = object.m_ImgInfo.nBandLines;
     object.m_ImgInfo = info;
 }
 
-/// Finds where the source's pixels begin. False: they cannot be reached; an image that cannot be reached from
-/// position 0 is not searched.
+/// Finds where the source's pixels begin. False: lines of the source have no 32-bit position. A source that
+/// would have none even if its pixels began at position 0 is not searched.
 bool FindPixels(CImageObj& reader)
 {
     T_ImgInf atStart = reader.m_InImgInf;
     atStart.nOffset = 0;
     if (!IsSourceReachable(atStart))
         return false;
-    reader.CalcOffsetLength();
+    reader.CalcOffsetLength(); // where nothing is found, the host's offset stays
     return IsSourceReachable(reader.m_InImgInf);
 }
 
@@ -97,15 +94,16 @@ DWORD MapDestination(CImageObj& writer)
         static_cast<DWORD>(out.nOffset) + std::int64_t{out.nLineBytes} * std::int64_t{out.nHeight};
     if (nBytes < 0 || nBytes > std::numeric_limits<DWORD>::max())
         return MM_BAD_ARGUMENT;
-    // A file that is there already may be longer; views reach to the end of their granule in it.
+    // A file that has content already may be longer than its image, and views reach to the end of a granule.
     const DWORD nLength = FileLength(out.hData);
     const DWORD nMapped = std::max(static_cast<DWORD>(nBytes), nLength == INVALID_FILE_SIZE ? 0 : nLength);
     writer.m_hOutMap = CreateFileMappingA(out.hData, nullptr, PAGE_READWRITE, 0, nMapped, nullptr);
     return writer.m_hOutMap ? MM_SUCCESS : MM_NO_MEMORY;
 }
 
-/// The last step: connects both objects (or the one that is both) with their images and writes a bitmap's
-/// header.
+/// The last step of a set-up: finds the source's pixels, makes the file mappings and writes a bitmap's
+/// header. One object may be both reader and writer.
+/// @param nHeaderLine  the line of the error log for a header that could not be written
 DWORD Connect(CImageObj& reader, CImageObj& writer, int nHeaderLine)
 {
     T_ImgInf& out = writer.m_OutImgInf;
@@ -121,66 +119,7 @@ DWORD Connect(CImageObj& reader, CImageObj& writer, int nHeaderLine)
         return nResult;
     nResult = WriteBmpHeader(out.hData, out.nWidth, out.nHeight, SamplesOf(out.nDstFormat), out.eAcsType,
                              writer.m_hOutMap);
-    if (nResult != MM_SUCCESS)
-        ReportFileAccessError(kUnit, nHeaderLine, GetLastError());
-    return nResult;
-}
-
-/// Maps the band from nLine on. One that could not be read is dropped: it must not reach a destination.
-DWORD MapWholeBand(CImageObj& object, int nLine, T_ImageLrg_tag& band)
-{
-    const DWORD nResult = object.MapBand(nLine, &band, MM_BAND_DOWNWARD, kSlot);
-    if (nResult != MM_SUCCESS)
-        DropUnitBand(object);
-    return nResult;
-}
-
-/// Lines and pixels that both bands have.
-void CopyBand(const T_ImageLrg_tag& to, const T_ImageLrg_tag& from)
-{
-    const auto bytesOf = [](const T_ImageLrg_tag& band) {
-        return static_cast<std::size_t>(band.nWidth) * static_cast<std::size_t>(band.nPixelBytes);
-    };
-    const std::size_t nBytes = std::min(bytesOf(to), bytesOf(from));
-    for (std::ptrdiff_t k = 0; k < std::min(to.nBandLines, from.nBandLines); ++k)
-        std::memcpy(to.pImage + k * to.nLineBytes, from.pImage + k * from.nLineBytes, nBytes);
-}
-
-DWORD DuplicateBand(CImageObj& outObject, CImageObj& inObject, int nLine, T_ImageLrg_tag& inBand)
-{
-    DWORD nResult = MapWholeBand(inObject, nLine, inBand);
-    if (nResult != MM_SUCCESS)
-        return nResult;
-    T_ImageLrg_tag outBand{};
-    nResult = MapWholeBand(outObject, nLine, outBand);
-    if (nResult != MM_SUCCESS) {
-        inObject.UnmapBand(kSlot);
-        return nResult;
-    }
-    if (inBand.nBufSize == outBand.nBufSize)
-        CopyBand(outBand, inBand);
-    else
-        nResult = MM_BAD_ARGUMENT;
-    for (CImageObj* pObject : {&inObject, &outObject}) {
-        const DWORD nUnmapped = pObject->UnmapBand(kSlot);
-        nResult = nResult != MM_SUCCESS ? nResult : nUnmapped;
-    }
-    return nResult;
-}
-
-/// The record at the start of a duplication: the band height is the one set up, whatever was mapped since.
-T_ImageLrg_tag StartRecord(CImageObj& object)
-{
-    T_ImageLrg_tag info{};
-    info.nRatio = 100;
-    object.GetImageInfo(&info);
-    return info;
-}
-
-/// The line behind a band; a step of one line at least.
-int LineBehind(const T_ImageLrg_tag& band, int nLine)
-{
-    return std::max(band.nBandBottom, nLine) + 1;
+    return nResult == MM_SUCCESS ? nResult : FailFileAccess(kUnit, nHeaderLine);
 }
 
 } // namespace
@@ -229,34 +168,4 @@ DWORD ImportImgForUnitEnLarge(CImageObj* pOutObj, T_ImgInf* pOut, CImageObj* pIn
     TakeGeometry(*pInObj, pIn, IMG_INPUT, 0, 0, MM_ALIGN_PACKED, nBottomUp);
     TakeGeometry(*pOutObj, pOut, IMG_OUTPUT, 0, 0, MM_ALIGN_PACKED, 0);
     return Connect(*pInObj, *pOutObj, kLineNoEnlargedHeader);
-}
-
-DWORD DuplicateImageForUnit(CImageObj* pObj)
-{
-    if (const DWORD nResult = pObj->UnmapBand(kSlot); nResult != MM_SUCCESS)
-        return nResult;
-    T_ImageLrg_tag band = StartRecord(*pObj);
-    const int nHeight = band.nHeight;
-    for (int nLine = 0; nLine < nHeight; nLine = LineBehind(band, nLine)) {
-        DWORD nResult = MapWholeBand(*pObj, nLine, band);
-        if (nResult == MM_SUCCESS)
-            nResult = pObj->UnmapBand(kSlot);
-        if (nResult != MM_SUCCESS)
-            return nResult;
-    }
-    return MM_SUCCESS;
-}
-
-DWORD DuplicateImageForUnit(CImageObj* pOutObj, CImageObj* pInObj)
-{
-    for (CImageObj* pObject : {pInObj, pOutObj})
-        if (const DWORD nResult = pObject->UnmapBand(kSlot); nResult != MM_SUCCESS)
-            return nResult;
-    T_ImageLrg_tag band = StartRecord(*pInObj);
-    StartRecord(*pOutObj);
-    const int nHeight = band.nHeight;
-    for (int nLine = 0; nLine < nHeight; nLine = LineBehind(band, nLine))
-        if (const DWORD nResult = DuplicateBand(*pOutObj, *pInObj, nLine, band); nResult != MM_SUCCESS)
-            return nResult;
-    return MM_SUCCESS;
 }

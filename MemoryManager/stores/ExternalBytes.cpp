@@ -1,28 +1,9 @@
-// How unit bands reach their external images: bytes in place, file positions, reports of what failed.
+// Addressing bytes of the host's block or file for one operation on them.
 
-#include "MemoryManager/bands/UnitBands.h"
+#include "MemoryManager/stores/ExternalBytes.h"
 
-#include "MemoryManager/ResultCodes.h"
+#include "MemoryManager/base/PlatformHelpers.h"
 #include "Platform/Platform.h"
-
-namespace {
-
-constexpr char kUnit[] = "MemoryManager/CImageObj";
-
-} // namespace
-
-bool SeekFile(HANDLE hFile, DWORD nPosition)
-{
-    LONG nHigh = 0;
-    return SetFilePointer(hFile, static_cast<LONG>(nPosition), &nHigh, FILE_BEGIN) !=
-           INVALID_SET_FILE_POINTER;
-}
-
-DWORD FailUnitFile(int nLine)
-{
-    ReportFileAccessError(kUnit, nLine, GetLastError());
-    return MM_FILE_ACCESS;
-}
 
 ExternalBytes::ExternalBytes(const T_ImgInf& inf, HANDLE hMap, DWORD nPosition, std::int64_t nBytes,
                              bool bWrite)
@@ -34,7 +15,7 @@ ExternalBytes::ExternalBytes(const T_ImgInf& inf, HANDLE hMap, DWORD nPosition, 
             SetLastError(ERROR_INVALID_ADDRESS);
         return;
     }
-    if (nPosition + nBytes > FileLength(inf.hData)) { // a view would be cut there
+    if (nPosition + nBytes > FileLength(inf.hData)) { // MapFileRange would cut the view there
         SetLastError(kErrorEndOfFile);
         return;
     }
