@@ -1,9 +1,10 @@
 #pragma once
-// The host's parameter records for a pair of images, one input and one output.
+// The host's records for a pair of images, one input and one output, from which CreateParam makes
+// descriptions.
 
 #include "Platform/PlatformTypes.h"
 
-/// Data types of nInType and nOutType.
+/// Values of nInType and nOutType.
 enum MM_DATA_TYPE : int
 {
     MM_DATA_BITMAP24 = 0, ///< 24-bit bitmap
@@ -14,33 +15,34 @@ enum MM_DATA_TYPE : int
 
 #pragma pack(push, 2)
 
-/// A pair of image files. Fields lie on 2-byte boundaries: 38 bytes with 32-bit handles.
+/// A pair of image files. Fields lie on 2-byte boundaries; with 32-bit handles the record has 38 bytes.
 struct ZBT_IMAGE_IN_FILE
 {
-    HANDLE hInImage;   ///< input file
-    int nInOffset;     ///< whole bitmap: bytes from "BM" to the first pixel; raw unit image: its position
+    HANDLE hInImage;   ///< input file, open for reading
+    int nInOffset;     ///< nOffset of the input's description (see T_ImgInf)
     short nInType;     ///< MM_DATA_TYPE
     int nInWidth;      ///< pixels
     int nInHeight;     ///< lines
     short nInReserved; ///< not read
-    HANDLE hOutImage;  ///< output file
-    int nOutOffset;    ///< copied to the description's nOffset: where a raw unit image's lines start
+    HANDLE hOutImage;  ///< output file, open for reading and writing
+    int nOutOffset;    ///< nOffset of the output's description
     short nOutType;    ///< MM_DATA_TYPE
     int nOutWidth;     ///< pixels
     int nOutHeight;    ///< lines
 };
 
-/// A pair of images in memory: the same bytes, with block addresses for handles.
+/// A pair of images in memory: the same bytes, with the addresses of blocks in place of the handles.
 struct ZBT_IMAGE_ON_MEMORY
 {
     void* hInImage;    ///< input block
-    int nInOffset;     ///< whole bitmap: bytes from "BM" to the first pixel; raw unit image: its position
+    int nInOffset;     ///< nOffset of the input's description (see T_ImgInf)
     short nInType;     ///< MM_DATA_TYPE
     int nInWidth;      ///< pixels
     int nInHeight;     ///< lines
     short nInReserved; ///< not read
     void* hOutImage;   ///< output block
-    int nOutOffset;    ///< CreateParam writes where the output's pixels will start: 54 bitmap, 0 raw
+    int nOutOffset;    ///< nOffset of the output's description; then CreateParam puts 54 (bitmap) or 0 (raw)
+                       ///< here
     short nOutType;    ///< MM_DATA_TYPE
     int nOutWidth;     ///< pixels
     int nOutHeight;    ///< lines

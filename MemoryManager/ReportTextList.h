@@ -1,13 +1,15 @@
 #pragma once
-// Every Japanese text of the library, readable here, with what it says in English.
+// Every Japanese text of the library with its English meaning.
 //
-// The library keeps them as code page 932 bytes (ReportTexts.h); a program that shows a report can translate
-// it with these lists alone, without linking anything. Each list takes a macro X(name or value, text,
-// English). %d and %s stand for what a report fills in.
+// The library holds these texts as bytes of code page 932. A program that shows a report can translate it with
+// the lists alone and needs to link nothing for it: it passes the name of a macro X(key, text, English), whose
+// key is a constant's name in the first list and a field's value in the others. The texts are UTF-8 literals, in
+// which %d and %s stand for numbers and texts that a report fills in.
 
 // clang-format off
 
-/// Report keys and values, labels of the error log, and log-stack entries, by the name of their constant.
+/// Keys and values of reports, labels of the error log, and texts of log-stack entries, by the names of their
+/// constants.
 #define MM_REPORT_TEXTS(X) \
     X(kTextDiskForCaller,   u8"呼び出し側が利用できるバイト数=",         "bytes available to the caller=") \
     X(kTextDiskTotal,       u8"ディスク全体のバイト数=",                 "bytes of the whole disk=") \
