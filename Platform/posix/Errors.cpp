@@ -1,5 +1,5 @@
-// The calling thread's last error, and what the system's own error numbers become.
-// Where one number means two things, the call that knows sets the code itself.
+// The calling thread's last error, and the code that stands for each error number of the system.
+// Where a number has another meaning in one call, that call sets the code itself.
 
 #include "Platform/posix/PosixLayer.h"
 

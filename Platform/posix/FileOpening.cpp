@@ -1,13 +1,14 @@
-// Opening, closing and deleting files; who may hold a file at the same time, and files that go with their
-// handle.
+// Opening, closing and deleting files: who may have a file open at the same time, and files that are deleted
+// with their handle.
 //
-// Sharing is a lock on the open file: exclusive for a file opened without sharing, shared for the others, and
-// a deletion takes it exclusively. A lock belongs to the file that was opened, while a deletion goes by name:
-// after every lock, path and descriptor are compared, and when they part, the work starts again.
+// Sharing is a lock on the open file. Opening without sharing takes it exclusively, opening with sharing
+// takes it shared, and a deletion takes it exclusively. The lock belongs to the file, but a deletion removes
+// a name: by the time a lock is taken, the path may lead to another file. So path and descriptor are compared
+// after every lock, and if they differ, the work starts again.
 //
-// A file that is deleted on close has two sides: its data, which has no name, and an empty place holder of
-// its name, locked for as long as the handle is open. Whatever ends the process, the data goes with it; the
-// name alone may stay, and whoever meets it without a lock may delete it.
+// A file that is deleted on close consists of two files: the data, which has no name, and an empty place
+// holder with the name, which is locked for as long as the handle is open. However the process ends, its data
+// is gone with it. The empty file may stay behind; since nobody locks it, the next clean-up deletes it.
 
 #include "Platform/posix/PosixLayer.h"
 
@@ -21,20 +22,22 @@ using namespace platform::posix;
 
 namespace {
 
-/// What is created here is image data and reports about it: the owner's alone.
+/// Files that are created here hold image data and reports about it: only their owner may read them.
 constexpr mode_t kOwnerOnly = 0600;
 
-/// A deletion holds the lock for its moment only, so an opening that meets a lock tries again for a while
-/// before it believes that the file is held.
+/// An opening that meets a lock tries again for a while before it takes the file to be held: the lock may be
+/// that of a deletion, which is short.
 constexpr int kOpenTries = 25;
 constexpr DWORD kOpenPauseMs = 4;
-constexpr int kLostNames = 1000; // in a row, each within microseconds: a clean-up that never pauses
+
+/// An opening gives up when this many of its files in a row lost their names to clean-ups.
+constexpr int kLostNames = 1000;
 
 /// The name of a file that is deleted on close.
 struct PlaceHolder
 {
-    int nDescriptor;   ///< holds the lock
-    std::string sPath; ///< from the root, so that it is found again from any current folder
+    int nDescriptor;    ///< the one that holds the lock
+    std::string szPath; ///< from the root, so that a change of the current folder does not matter
 };
 
 Registry<int, PlaceHolder>& PlaceHolders()
@@ -43,13 +46,14 @@ Registry<int, PlaceHolder>& PlaceHolders()
     return placeHolders.value;
 }
 
-/// False: held by somebody else in a way that excludes this one. A file system without locks excludes nobody.
+/// Locks an open file. False: somebody else holds a lock that excludes this one. On a file system without
+/// locks nobody is excluded.
 bool Lock(const Descriptor& file, int nLock)
 {
     return flock(file.Get(), nLock | LOCK_NB) == 0 || errno != EWOULDBLOCK;
 }
 
-/// Whether the path still leads to the file that was opened.
+/// Whether the path still leads to the file that has been opened.
 bool IsNamed(const char* pszPath, const struct stat& opened)
 {
     struct stat named = {};
@@ -62,7 +66,8 @@ bool IsNamed(const char* pszPath, int nDescriptor)
     return fstat(nDescriptor, &opened) == 0 && IsNamed(pszPath, opened);
 }
 
-/// Opens and locks the file of that name, whatever clean-ups do meanwhile. Empty: the last error tells why.
+/// Opens and locks the file of a name, even while clean-ups delete it. Empty: the last error tells why.
+/// @param pOpened  out: the file's status
 Descriptor OpenLocked(const char* pszPath, int nFlags, int nLock, struct stat* pOpened)
 {
     for (int nHeld = 0, nLost = 0; nHeld < kOpenTries && nLost < kLostNames;) {
@@ -79,16 +84,16 @@ Descriptor OpenLocked(const char* pszPath, int nFlags, int nLock, struct stat* p
         if (IsNamed(pszPath, *pOpened))
             return file;
         ++nLost;
-        nHeld = 0; // that was a clean-up, not somebody who keeps the file
+        nHeld = 0; // the lock was that of a clean-up, and nobody holds the file
     }
     Fail(ERROR_SHARING_VIOLATION);
     return Descriptor();
 }
 
-std::string FolderOf(const std::string& sPath)
+std::string FolderOf(const std::string& szPath)
 {
-    const std::size_t nSlash = sPath.rfind('/');
-    return nSlash == std::string::npos ? "." : sPath.substr(0, nSlash + 1);
+    const std::size_t nSlash = szPath.rfind('/');
+    return nSlash == std::string::npos ? "." : szPath.substr(0, nSlash + 1);
 }
 
 std::string FromRoot(const char* pszPath)
@@ -99,24 +104,24 @@ std::string FromRoot(const char* pszPath)
     return std::string(szCurrent) + "/" + pszPath;
 }
 
-/// The data of a file that is deleted on close. Empty: errno tells why.
-Descriptor OpenNameless(const std::string& sPath)
+/// Makes the nameless data of a file that is deleted on close. Empty: errno tells why.
+Descriptor OpenNameless(const std::string& szPath)
 {
-    Descriptor data = OpenDescriptor(FolderOf(sPath).c_str(), O_TMPFILE | O_RDWR);
-    // EISDIR comes from systems that do not know the flag.
-    return !data && (errno == EOPNOTSUPP || errno == EISDIR) ? OpenUnlinked(sPath.c_str()) : std::move(data);
+    Descriptor data = OpenDescriptor(FolderOf(szPath).c_str(), O_TMPFILE | O_RDWR);
+    // Systems that do not know the flag answer with EISDIR.
+    return !data && (errno == EOPNOTSUPP || errno == EISDIR) ? OpenUnlinked(szPath.c_str()) : std::move(data);
 }
 
-/// The handle of a file that is deleted on close, over its locked and empty place holder.
+/// Makes the data for a locked and empty place holder, and returns the handle of the two.
 HANDLE OpenDeletedOnClose(const char* pszPath, Descriptor placeHolder)
 try {
-    std::string sPath = FromRoot(pszPath);
-    Descriptor data = OpenNameless(sPath);
+    std::string szPath = FromRoot(pszPath);
+    Descriptor data = OpenNameless(szPath);
     if (!data) {
         FailErrno();
         return INVALID_HANDLE_VALUE;
     }
-    if (!PlaceHolders().Add(data.Get(), {placeHolder.Get(), std::move(sPath)})) {
+    if (!PlaceHolders().Add(data.Get(), {placeHolder.Get(), std::move(szPath)})) {
         Fail(ERROR_NOT_ENOUGH_MEMORY);
         return INVALID_HANDLE_VALUE;
     }
@@ -127,7 +132,7 @@ try {
     return INVALID_HANDLE_VALUE;
 }
 
-/// The flags of open(2) for what the caller wants, or -1 where this layer does not offer it.
+/// The flags of open(2) for what the caller asks for; -1: this layer does not offer it.
 int OpenFlags(DWORD nAccess, DWORD nShare, DWORD nCreation, DWORD nFlags)
 {
     const bool bRead = nAccess & GENERIC_READ;
@@ -144,8 +149,8 @@ int OpenFlags(DWORD nAccess, DWORD nShare, DWORD nCreation, DWORD nFlags)
     if ((!bCreates && nCreation != OPEN_EXISTING) || (bCreates && !bWrite))
         return -1;
     if (bDeleted && (!bNew || !bRead || nShare != 0))
-        return -1; // without a name there is nothing to open again or to share
-    // A link somebody laid where a new file is wanted is not followed.
+        return -1; // data without a name can be neither opened again nor shared
+    // A link at the path of a new file is not followed: somebody else may have put it there.
     const int nCreate = O_CREAT | O_NOFOLLOW | (nCreation == CREATE_NEW ? O_EXCL : 0);
     return (bRead && bWrite ? O_RDWR : bWrite ? O_WRONLY : O_RDONLY) | (bCreates ? nCreate : 0);
 }
@@ -177,7 +182,9 @@ Descriptor OpenUnlinked(const char* pszPath)
         errno = ENAMETOOLONG;
         return Descriptor();
     }
-    unlink(szPath); // of a process killed between the next two calls: the place holder's lock says so
+    // A file of this name is left from a process that was killed between the next two calls: this process
+    // holds the place holder's lock, so that no other one is between them.
+    unlink(szPath);
     Descriptor data = OpenDescriptor(szPath, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW);
     if (data)
         unlink(szPath);
@@ -216,8 +223,8 @@ HANDLE CreateFileA(LPCSTR pszPath, DWORD nAccess, DWORD nShare, void* pSecurity,
         Fail(ERROR_ACCESS_DENIED);
         return INVALID_HANDLE_VALUE;
     }
-    // Emptied under the lock, not by the opening. A file that is empty already is left alone: having been
-    // truncated, ext4 would write all its data to the disk when it is closed.
+    // The file is emptied here and not by open(2), which does not wait for the lock. An empty file is not
+    // truncated once more: ext4 writes all data of a truncated file to the disk when the file is closed.
     if (nCreation == CREATE_ALWAYS && opened.st_size != 0 &&
         Uninterrupted([&] { return ftruncate(file.Get(), 0); }) != 0) {
         FailErrno();
@@ -234,10 +241,10 @@ BOOL CloseHandle(HANDLE hObject)
     Mappings().Take(nDescriptor);
     if (const auto placeHolder = PlaceHolders().Take(nDescriptor)) {
         const Descriptor lock(placeHolder->nDescriptor);
-        if (IsNamed(placeHolder->sPath.c_str(), lock.Get()))
-            unlink(placeHolder->sPath.c_str());
+        if (IsNamed(placeHolder->szPath.c_str(), lock.Get()))
+            unlink(placeHolder->szPath.c_str());
     }
-    // Not repeated: an interrupted close has closed.
+    // Not repeated: a close that is interrupted has closed the descriptor.
     return close(nDescriptor) == 0 || errno == EINTR || FailErrno();
 }
 

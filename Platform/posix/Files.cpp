@@ -1,4 +1,4 @@
-// Reading, positions and sizes of open files; streams, folders and the space on a disk.
+// Reading, positions and sizes of open files; streams; making folders, and the space on a disk.
 
 #include "Platform/posix/PosixLayer.h"
 
@@ -13,10 +13,12 @@ using namespace platform::posix;
 
 namespace {
 
-/// What a text file must be able to grow by under the process's file-size limit before it is opened.
+/// Bytes by which a text file may grow while it is open. It is opened only when the process's file-size limit
+/// leaves room for them.
 constexpr std::uint64_t kTextRoom = 65536;
 
-/// A stream, "a" or "w", of a file that can become nBytes long. Null: the last error tells why.
+/// Opens a stream of a file that will have at most nBytes bytes. Null: the last error tells why.
+/// @param pszMode  starts with 'a' or 'w'
 std::FILE* OpenStream(const NativePath& path, const char* pszMode, std::uint64_t nBytes)
 {
     if (!FitsFileSizeLimit(nBytes))
@@ -26,7 +28,7 @@ std::FILE* OpenStream(const NativePath& path, const char* pszMode, std::uint64_t
     std::FILE* pFile = file ? fdopen(file.Get(), pszMode) : nullptr;
     if (!pFile)
         return FailNull(ErrorOf(errno));
-    file.Release(); // the stream's
+    file.Release(); // the stream closes the descriptor
     return pFile;
 }
 
@@ -103,7 +105,7 @@ BOOL CreateDirectoryA(LPCSTR pszPath, void* pSecurity)
     case EEXIST:
         return Fail(ERROR_ALREADY_EXISTS);
     case ENOENT:
-        return Fail(ERROR_PATH_NOT_FOUND); // one of the folders above
+        return Fail(ERROR_PATH_NOT_FOUND); // a folder that leads to it is missing
     default:
         return FailErrno();
     }

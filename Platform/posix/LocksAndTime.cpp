@@ -1,5 +1,5 @@
 // The recursive lock, the interlocked exchange, thread numbers, clocks and pauses.
-// All times come from the monotonic clock, which nobody sets.
+// All times are those of the monotonic clock, which setting the system's time does not change.
 
 #include "Platform/posix/PosixLayer.h"
 
@@ -44,7 +44,7 @@ void DeleteCriticalSection(CRITICAL_SECTION* pSection)
 LONG InterlockedCompareExchange(volatile LONG* pnTarget, LONG nExchange, LONG nComparand)
 {
     __atomic_compare_exchange_n(pnTarget, &nComparand, nExchange, false, __ATOMIC_SEQ_CST, __ATOMIC_SEQ_CST);
-    return nComparand; // holds the value found, also when it was the one expected
+    return nComparand; // now the value that *pnTarget had, whether it was exchanged or not
 }
 
 DWORD GetCurrentThreadId()
@@ -61,7 +61,8 @@ DWORD GetTickCount()
 
 void Sleep(DWORD nMilliseconds)
 {
-    // A deadline: a pause that starts anew after every signal would end late, one that does not, early.
+    // The pause has a fixed end: one that started anew after every signal would last too long, and one that
+    // ended with the first signal would be too short.
     timespec until = Now();
     until.tv_sec += static_cast<time_t>(nMilliseconds / 1000);
     until.tv_nsec += static_cast<int>(nMilliseconds % 1000) * 1000000;

@@ -1,8 +1,9 @@
 // Files mapped into memory, and how a file grows.
 //
-// A mapping handle is a duplicate of the file's descriptor; its size and protection are remembered with it,
-// so that a view costs no look at the file. Blocks are reserved before anybody writes through a view: a full
-// disk is an error of the call that makes the mapping, never the end of the process at some later pixel.
+// A mapping handle is a duplicate of the file's descriptor. Its size and protection are remembered, so that
+// making a view needs no call that asks for them. The disk blocks of the file are reserved when the mapping
+// is made: a full disk is then an error of that call, and not a signal that ends the process when a pixel is
+// written later.
 
 #include "Platform/posix/PosixLayer.h"
 
@@ -19,16 +20,17 @@ namespace {
 constexpr std::uint64_t kGranularity = 65536;
 
 /// Views are widened to multiples of this in the file. The system then places them at multiples of it in
-/// memory, too, and fills them ten times as fast as at other cuts. Not so in a 32-bit process, whose
-/// addresses are few.
+/// memory, and fills them several times as fast as other views. In a 32-bit process they are not: it has few
+/// addresses.
 constexpr std::uint64_t kWideCut = sizeof(void*) == 4 ? kGranularity : std::uint64_t{2} << 20;
 
-/// A reservation goes in pieces, so that an interrupted one does not start from the beginning; under a timer
-/// that is faster than a piece, the pieces become smaller.
+/// Blocks are reserved in pieces, since a reservation that a signal interrupts has to start again. The pieces
+/// become smaller while signals come faster than a piece is reserved.
 constexpr std::uint64_t kLargestPiece = std::uint64_t{64} << 20;
 constexpr std::uint64_t kSmallestPiece = std::uint64_t{1} << 20;
 
-/// A view as its caller sees it starts at the key in the registry; the mapped memory starts before it.
+/// A view that was handed out. Its caller knows the address that is its key in the registry; the memory that
+/// was mapped for it may start before that.
 struct View
 {
     BYTE* pMapped;
@@ -42,14 +44,15 @@ Registry<std::uintptr_t, View>& Views()
     return views.value;
 }
 
-/// posix_fallocate inside a file. Where the file system does not know how, holes stay: the C library would
-/// then write into every block, against whoever writes there at the same time.
+/// Reserves blocks like posix_fallocate, within a file's length. On a file system that cannot do it holes
+/// stay: the C library's way out, writing into every block, would undo what somebody else writes at the same
+/// time.
 int AllocateInside(int nFile, off_t nOffset, off_t nBytes)
 {
     return fallocate(nFile, 0, nOffset, nBytes) == 0 || errno == EOPNOTSUPP ? 0 : errno;
 }
 
-/// Gives the bytes nFrom .. nTo - 1 of a file real blocks. 0 or an errno value, with part of it done.
+/// Reserves disk blocks for the bytes nFrom .. nTo - 1 of a file. 0, or an errno value: some may be reserved.
 int ReserveBlocks(int nFile, std::uint64_t nFrom, std::uint64_t nTo, int (*pAllocate)(int, off_t, off_t))
 {
     std::uint64_t nLargest = kLargestPiece;
@@ -68,13 +71,14 @@ int ReserveBlocks(int nFile, std::uint64_t nFrom, std::uint64_t nTo, int (*pAllo
 
 bool FailReservation(int nErrno)
 {
-    return nErrno == ENOMEM ? Fail(ERROR_DISK_FULL) : FailErrno(nErrno); // files in memory: that disk is full
+    // ENOMEM comes from file systems that lie in memory: their disk is full.
+    return nErrno == ENOMEM ? Fail(ERROR_DISK_FULL) : FailErrno(nErrno);
 }
 
-/// Gives the first nBytes of a file real blocks where it has holes. An input that is mapped for reading and
-/// writing takes its full size on the disk from then on; leaving its holes would mean a signal when the disk
-/// is full. Blocks are counted, which costs files without holes nothing. A failure changes no length and no
-/// byte; holes filled before it stay filled.
+/// Reserves disk blocks for the holes in the first nBytes of a file, since writing into a hole through a view
+/// is a signal when the disk is full. An input that is mapped for reading and writing takes its full size on
+/// the disk from then on. The file's count of blocks tells whether it has holes at all. False: length and
+/// content are as they were, and some holes may be filled.
 bool FillHoles(int nFile, const struct stat& file, std::uint64_t nBytes)
 {
     constexpr std::uint64_t kStatBlock = 512;
@@ -84,8 +88,8 @@ bool FillHoles(int nFile, const struct stat& file, std::uint64_t nBytes)
     return nErrno == 0 || FailReservation(nErrno);
 }
 
-/// Makes a file longer, all or nothing: a reservation that fails half-way would leave a length at which the
-/// next append would land in the wrong place. False: 112 no room, 223 above a limit.
+/// Makes a file longer, or leaves its length as it was: after a reservation that failed half-way, the next
+/// append would go to the wrong place. False: 112 no room, 223 above a limit.
 bool Grow(int nFile, std::uint64_t nFrom, std::uint64_t nTo)
 {
     if (!FitsFileSizeLimit(nTo))
@@ -97,8 +101,9 @@ bool Grow(int nFile, std::uint64_t nFrom, std::uint64_t nTo)
     return FailReservation(nErrno);
 }
 
-/// Whether a mapping of this kind may be made of an open file; *pFile tells its size. A file open for
-/// appending only is none to map for writing: a write at a position would go to its end.
+/// Whether an open file may be mapped in this way. A file that is open for appending cannot be mapped for
+/// writing: what CopyToFile writes at a position would go to the file's end.
+/// @param pFile  out: the file's status
 bool CheckMappable(int nFile, bool bWritable, struct stat* pFile)
 {
     const int nFlags = fcntl(nFile, F_GETFL);
@@ -111,7 +116,7 @@ bool CheckMappable(int nFile, bool bWritable, struct stat* pFile)
     return bAllowed || Fail(ERROR_ACCESS_DENIED);
 }
 
-/// Protection of a view's memory, or -1 for an access that is not offered.
+/// The protection of a view's memory; -1: an access that this layer does not offer.
 int ProtectionOf(DWORD nAccess)
 {
     switch (nAccess) {
@@ -125,7 +130,8 @@ int ProtectionOf(DWORD nAccess)
     }
 }
 
-/// The mapping behind a handle, when it holds nBytes from nOffset on and grants the protection.
+/// The mapping of a handle. None, with the reason as last error: there is no such mapping, it does not
+/// contain nBytes from nOffset on, or it does not allow the protection.
 std::optional<Mapping> FindMapping(HANDLE hMap, int nProtection, std::uint64_t nOffset, std::uint64_t nBytes)
 {
     const auto mapping = Mappings().Find(DescriptorOf(hMap));
@@ -252,7 +258,7 @@ bool platform::CopyToFile(HANDLE hFile, HANDLE hMap, DWORD nOffset, const void* 
     if (!FindMapping(hMap, PROT_WRITE, nOffset, nBytes) ||
         !FitsFileSizeLimit(std::uint64_t{nOffset} + nBytes))
         return false;
-    // Writing at a position, not through a view: in a file that grows step by step it is eight times as fast.
+    // A write at a position, not through a view: in a file that grows step by step it is eight times as fast.
     const int nFile = DescriptorOf(hFile);
     for (DWORD nDone = 0; nDone < nBytes;) {
         const ssize_t nPart = Uninterrupted([&] {
@@ -265,6 +271,6 @@ bool platform::CopyToFile(HANDLE hFile, HANDLE hMap, DWORD nOffset, const void* 
     }
     if (bFlush)
         sync_file_range(nFile, static_cast<off_t>(nOffset), static_cast<off_t>(nBytes),
-                        SYNC_FILE_RANGE_WRITE); // where it is not possible, the system writes when it likes
+                        SYNC_FILE_RANGE_WRITE); // a hint, whose failure does no harm
     return true;
 }

@@ -1,5 +1,5 @@
-// Blocks of memory, found again by their addresses.
-// Large blocks start at a huge page: their first touch runs several times as fast.
+// Blocks of memory, whose sizes are remembered so that their addresses are enough to release them.
+// Large blocks start at a huge page, as touching them for the first time is then several times as fast.
 
 #include "Platform/posix/PosixLayer.h"
 
@@ -29,8 +29,9 @@ BYTE* MapMemory(SIZE_T nBytes)
     return pBlock == MAP_FAILED ? nullptr : static_cast<BYTE*>(pBlock);
 }
 
-/// A block at a huge-page boundary, cut out of a mapping that is one huge page less one page longer. Null
-/// also when only the shorter block finds room.
+/// Maps a block that starts at a huge-page boundary. It is cut out of a mapping with spare bytes: one page
+/// less than a huge page. Null: there is no room for the longer mapping, and there may still be room for the
+/// block.
 BYTE* MapHugeMemory(SIZE_T nBytes)
 {
     const SIZE_T nSpare = kHugePage - PageSize();
@@ -49,7 +50,7 @@ BYTE* MapHugeMemory(SIZE_T nBytes)
 
 LPVOID VirtualAlloc(LPVOID pAddress, SIZE_T nBytes, DWORD nType, DWORD nProtect)
 {
-    // The system places blocks from the top down in any case.
+    // MEM_TOP_DOWN changes nothing: the system places blocks from the top down anyway.
     const bool bKnown = (nType & ~MEM_TOP_DOWN) == (MEM_COMMIT | MEM_RESERVE) && nProtect == PAGE_READWRITE;
     if (pAddress || nBytes == 0 || !bKnown)
         return FailNull(ERROR_INVALID_PARAMETER);
@@ -64,7 +65,7 @@ LPVOID VirtualAlloc(LPVOID pAddress, SIZE_T nBytes, DWORD nType, DWORD nProtect)
     if (!pBlock)
         return FailNull(ErrorOf(errno));
     if (nBytes >= kHugePage)
-        madvise(pBlock, nBytes, MADV_HUGEPAGE); // a wish: without huge pages the block is only slower
+        madvise(pBlock, nBytes, MADV_HUGEPAGE); // a hint: without huge pages the block is only slower
     if (!Blocks().Add(reinterpret_cast<std::uintptr_t>(pBlock), nBytes)) {
         munmap(pBlock, nBytes);
         return FailNull(ERROR_NOT_ENOUGH_MEMORY);

@@ -1,5 +1,5 @@
-// How full the memory is: of the machine, and of the control group where that has less.
-// Pages of files that the system could drop at once count as available in both.
+// How full the memory is: that of the machine, or of the process's control group where that is fuller.
+// Pages of files that the system can drop at once count as available.
 
 #include "Platform/posix/PosixLayer.h"
 
@@ -14,7 +14,7 @@ using namespace platform::posix;
 
 namespace {
 
-/// A small text file of the system as a whole; empty when it cannot be read.
+/// The content of a small text file of the system; empty when the file cannot be read.
 class SystemText
 {
 public:
@@ -34,7 +34,8 @@ public:
         }
     }
 
-    /// The number behind pszKey at the start of a line; an empty key is the file's first number.
+    /// The number that follows pszKey at the start of a line. An empty key finds the first line that starts
+    /// with a number.
     std::optional<std::uint64_t> Number(const char* pszKey) const
     {
         const std::size_t nKey = std::strlen(pszKey);
@@ -61,12 +62,13 @@ private:
     char m_szText[16384];
 };
 
+/// Where a version of control groups keeps its numbers.
 struct GroupVersion
 {
     const char* pszMount;
-    const char* pszLimit;
-    const char* pszUsage;
-    const char* pszDroppable;
+    const char* pszLimit;     ///< file of a group, with bytes
+    const char* pszUsage;     ///< file of a group, with bytes
+    const char* pszDroppable; ///< key in a group's memory.stat: bytes of files that can be dropped at once
 };
 
 constexpr GroupVersion kFirstVersion = {"/sys/fs/cgroup/memory", "/memory.limit_in_bytes",
@@ -74,17 +76,18 @@ constexpr GroupVersion kFirstVersion = {"/sys/fs/cgroup/memory", "/memory.limit_
 constexpr GroupVersion kSecondVersion = {"/sys/fs/cgroup", "/memory.max", "/memory.current",
                                          "inactive_file "};
 
+/// Percent in use.
 unsigned LoadOf(std::uint64_t nTotal, std::uint64_t nAvailable)
 {
     return nTotal == 0 ? 0 : static_cast<unsigned>(100 - nAvailable * 100 / nTotal);
 }
 
-/// Takes over the use of one control group when it is fuller than what was found so far.
+/// Takes one control group into account, if its limit is lower than what was found so far.
 void ConsiderGroup(const char* pszRoot, const GroupVersion& version, const char* pszFolder, MemoryUse* pUse)
 {
     const auto nLimit = SystemText(pszRoot, pszFolder, version.pszLimit).Number("");
     if (!nLimit || *nLimit == 0 || *nLimit >= pUse->nTotal)
-        return; // no limit of its own
+        return; // this group has no limit, or a higher one
     const auto nUsage = SystemText(pszRoot, pszFolder, version.pszUsage).Number("");
     const auto nDroppable = SystemText(pszRoot, pszFolder, "/memory.stat").Number(version.pszDroppable);
     if (!nUsage)
@@ -96,7 +99,8 @@ void ConsiderGroup(const char* pszRoot, const GroupVersion& version, const char*
     pUse->nLoad = std::max(pUse->nLoad, LoadOf(*nLimit, nAvailable));
 }
 
-/// The process's control group and all above it: each may have a limit.
+/// Takes the process's control group and all groups above it into account, as each may have a limit.
+/// @param pszGroup  the group's path, which ends at a line end
 void ConsiderGroups(const char* pszRoot, const GroupVersion& version, const char* pszGroup, MemoryUse* pUse)
 {
     char szFolder[PATH_MAX];
@@ -115,7 +119,8 @@ void ConsiderGroups(const char* pszRoot, const GroupVersion& version, const char
     }
 }
 
-/// Lines of /proc/self/cgroup are number:controllers:path; the second version names no controllers.
+/// Takes the groups in /proc/self/cgroup into account. Its lines are number:controllers:path; those of the
+/// second version name no controllers.
 void ReadGroups(const char* pszRoot, MemoryUse* pUse)
 {
     const SystemText text(pszRoot, "/proc/self/cgroup", "");
@@ -154,7 +159,7 @@ MemoryUse ReadMemoryUse(const char* pszRoot)
 void GlobalMemoryStatus(MEMORYSTATUS* pStatus)
 {
     const MemoryUse use = ReadMemoryUse("");
-    const std::uint64_t nLargest = SIZE_MAX; // of what a 32-bit program can be told
+    const std::uint64_t nLargest = SIZE_MAX; // that the fields hold, which in a 32-bit process is less
     pStatus->dwLength = sizeof *pStatus;
     pStatus->dwMemoryLoad = use.nLoad;
     pStatus->dwTotalPhys = static_cast<SIZE_T>(std::min(use.nTotal, nLargest));

@@ -1,5 +1,5 @@
-// Backslashes in the callers' paths become slashes here and nowhere else.
-// A backslash byte can also be the second half of a double-byte character, which must stay whole.
+// Turning the callers' paths into those of the system: here and nowhere else backslashes become slashes.
+// A byte that looks like a backslash may be the second of a double-byte character, and then it stays.
 
 #include "Platform/posix/PosixLayer.h"
 
@@ -7,7 +7,8 @@
 
 namespace {
 
-/// Length of the UTF-8 character that starts at p, 0 when there is none; stops at the terminator by itself.
+/// Bytes of the UTF-8 character that starts at p; 0: there is none. Reads nothing behind a terminating zero,
+/// which is a character of one byte.
 int Utf8Length(const unsigned char* p)
 {
     if (p[0] < 0x80)
@@ -18,7 +19,7 @@ int Utf8Length(const unsigned char* p)
     for (int i = 1; i < nLength; ++i)
         if ((p[i] & 0xC0) != 0x80)
             return 0;
-    // Longer forms of short characters, halves of surrogate pairs, and numbers above the last character.
+    // Overlong forms, halves of surrogate pairs, and numbers above the last character.
     const bool bForbidden = (p[0] == 0xE0 && p[1] < 0xA0) || (p[0] == 0xED && p[1] > 0x9F) ||
                             (p[0] == 0xF0 && p[1] < 0x90) || (p[0] == 0xF4 && p[1] > 0x8F);
     return bForbidden ? 0 : nLength;
@@ -35,7 +36,7 @@ bool IsUtf8(const unsigned char* p)
     return true;
 }
 
-/// First byte of a character of code page 932 that has two.
+/// Whether a byte is the first of a double-byte character of code page 932.
 bool IsLeadByte(unsigned char c)
 {
     return (c >= 0x81 && c <= 0x9F) || (c >= 0xE0 && c <= 0xFC);

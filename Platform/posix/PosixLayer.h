@@ -1,7 +1,8 @@
 #pragma once
-// What the files of this layer share: errors, paths, descriptors and the registries of what it handed out.
+// What the sources of this layer share: errors, paths, descriptors, and the registries of the handles and
+// addresses that the layer has handed out.
 //
-// Internal: only Platform/posix/ and the tests of this layer include it.
+// Internal: included by Platform/posix and the tests of this layer only.
 
 #include "Platform/Platform.h"
 
@@ -21,13 +22,16 @@ namespace platform::posix {
 /// The last-error code that stands for an errno value.
 DWORD ErrorOf(int nErrno);
 
-/// Sets the last error and returns false, so that a refusal is one statement.
+/// Sets the last error and returns false.
 bool Fail(DWORD nError);
+
+/// Sets the last error that stands for an errno value, and returns false.
 bool FailErrno(int nErrno = errno);
-/// The same for calls that return an address or a handle of which null is none.
+
+/// Sets the last error and returns null, for calls that return an address or a handle.
 std::nullptr_t FailNull(DWORD nError);
 
-/// Repeats a system call for as long as signals interrupt it.
+/// Makes a system call, and makes it again for as long as signals interrupt it.
 template <class Call> auto Uninterrupted(Call call)
 {
     auto nResult = call();
@@ -38,8 +42,8 @@ template <class Call> auto Uninterrupted(Call call)
 
 // Paths ----------------------------------------------------------------------------------------------------
 
-/// Tells a text's characters apart: UTF-8 where all of it is valid, else code page 932, in which the second
-/// byte of a character may look like a letter or a backslash.
+/// How the bytes of a text form characters: as UTF-8 if all of it is valid UTF-8, else as code page 932, in
+/// which the second byte of a character may look like a letter or a backslash.
 class CharacterSet
 {
 public:
@@ -54,8 +58,8 @@ private:
 /// Turns every character that is a backslash into a slash; no other byte changes.
 void BackslashesToSlashes(char* pszPath);
 
-/// A caller's path with slashes between its folders. Not valid: null, or longer than the system's limit; the
-/// last error tells.
+/// A caller's path with slashes between its folders. Not valid, with the reason as last error: a null path,
+/// or one that is longer than the system allows.
 class NativePath
 {
 public:
@@ -72,11 +76,11 @@ private:
 
 // Descriptors ----------------------------------------------------------------------------------------------
 
-/// Lowest descriptor that the layer hands out: 0 would be a null handle, and what a library or host prints to
-/// a closed standard stream must not end up in an image.
+/// The lowest descriptor that the layer hands out. 0 would be a null handle; 1 and 2 may be free because a
+/// host has closed its standard streams, and what is printed to them must not go into an image.
 inline constexpr int kFirstDescriptor = 3;
 
-/// An open file descriptor of its own, or -1.
+/// Owns an open file descriptor, or none (-1), and closes it. Closing leaves errno as it was.
 class Descriptor
 {
 public:
@@ -98,31 +102,35 @@ private:
     int m_nDescriptor;
 };
 
-/// open(2), close-on-exec, never interrupted, never below kFirstDescriptor. Empty: errno tells why.
+/// Opens a file as open(2) does. The descriptor is closed by exec and not below kFirstDescriptor; signals do
+/// not interrupt the call. Empty: errno tells why.
 Descriptor OpenDescriptor(const char* pszPath, int nFlags);
 
-/// A file for reading and writing without a name, in the folder of pszPath: created as pszPath + "~" and
-/// unlinked at once, for file systems that know no nameless files. Empty: errno tells why.
+/// Makes a file without a name on a file system that has no such files: it is created as pszPath + "~" and
+/// unlinked at once. It is open for reading and writing. Empty: errno tells why.
 Descriptor OpenUnlinked(const char* pszPath);
 
-/// -1 for the null handle and for values that no descriptor has.
+/// The descriptor of a handle; -1 for the null handle and for values that no descriptor has.
 int DescriptorOf(HANDLE hFile);
+
+/// The handle of a descriptor.
 HANDLE HandleOf(int nDescriptor);
 
-/// Whether the process may have a file of nBytes. False: error 223. The system sends a signal where a write
-/// passes this limit, so every growth and every write asks first.
+/// Whether the process may write a file of nBytes bytes. False: error 223. The system would send a signal
+/// when a write passes the limit, so this is asked before a file grows or is written.
 bool FitsFileSizeLimit(std::uint64_t nBytes);
 
 // Registries -----------------------------------------------------------------------------------------------
 
-/// What the layer remembers of a descriptor or an address, for any thread.
+/// What the layer remembers of descriptors or addresses. Any thread may use it; the keys are the descriptors
+/// or addresses.
 ///
-/// A key is present exactly while its descriptor or address range belongs to the layer: it is taken out
-/// before the system may give the same number to somebody else, and added after the system gave it.
+/// A key is present only while the layer owns its descriptor or memory: it is added after the system has
+/// given that, and taken out before it is given back, when the system may hand it to another thread.
 template <class Key, class Value> class Registry
 {
 public:
-    /// False: no memory, nothing added.
+    /// Adds an entry, or replaces the one of this key. False: no memory, nothing is added.
     bool Add(Key key, Value value) noexcept
     try {
         const std::scoped_lock lock(m_mutex);
@@ -132,6 +140,7 @@ public:
         return false;
     }
 
+    /// A copy of an entry; none: there is no such key.
     std::optional<Value> Find(Key key)
     {
         const std::scoped_lock lock(m_mutex);
@@ -139,6 +148,7 @@ public:
         return found == m_entries.end() ? std::nullopt : std::optional<Value>(found->second);
     }
 
+    /// Removes an entry and returns it; none: there is no such key.
     std::optional<Value> Take(Key key)
     {
         const std::scoped_lock lock(m_mutex);
@@ -146,7 +156,7 @@ public:
         return node ? std::optional<Value>(std::move(node.mapped())) : std::nullopt;
     }
 
-    /// The entry with the greatest key that is not above the given one.
+    /// A copy of the entry with the greatest key that is not above the given one.
     std::optional<std::pair<Key, Value>> FindAtOrBelow(Key key)
     {
         const std::scoped_lock lock(m_mutex);
@@ -161,7 +171,8 @@ private:
     std::map<Key, Value> m_entries;
 };
 
-/// Holds a value that is never destroyed, so that a host's last destructors can still close their handles.
+/// Holds a value that is never destroyed, so that handles can still be closed in destructors that run while
+/// the process ends.
 template <class T> union Immortal {
     T value;
     Immortal() : value() {}
@@ -170,23 +181,24 @@ template <class T> union Immortal {
 
 struct Mapping
 {
-    std::uint64_t nBytes; ///< the file had at least this length when the mapping was made
+    std::uint64_t nBytes; ///< the file was at least this long when the mapping was made
     bool bWritable;
 };
 
-/// The mapping handles by their descriptors, which are duplicates of their files'.
+/// The open mappings by their descriptors, which are duplicates of those of their files.
 Registry<int, Mapping>& Mappings();
 
 // Memory load ----------------------------------------------------------------------------------------------
 
 struct MemoryUse
 {
-    std::uint64_t nTotal;
-    std::uint64_t nAvailable;
-    unsigned nLoad; ///< percent in use; 0 where the system does not tell
+    std::uint64_t nTotal;     ///< bytes; 0: the system does not tell
+    std::uint64_t nAvailable; ///< bytes
+    unsigned nLoad;           ///< percent in use; 0: the system does not tell
 };
 
-/// The machine's memory, or the control group's where that is fuller. pszRoot goes before /proc and /sys.
+/// How full the machine's memory is, or that of the process's control group where it is fuller.
+/// @param pszRoot  a path ahead of /proc and /sys: empty, or a test's copy of them
 MemoryUse ReadMemoryUse(const char* pszRoot);
 
 } // namespace platform::posix

@@ -2,7 +2,8 @@
 // Types and export attributes outside Windows.
 //
 // A file HANDLE is a file descriptor cast to a pointer: a host opens its file with open(2) and passes
-// (HANDLE)(intptr_t)fd. Descriptor 0 is never handed out by this layer, since a null handle means none.
+// (HANDLE)(intptr_t)fd. This layer never hands out descriptor 0, since a null handle means that there is
+// none.
 
 #include <cstddef>
 #include <cstdint>
@@ -22,8 +23,8 @@ using LPCSTR = const char*;
 using LPSTR = char*;
 using HANDLE = void*;
 
-/// A recursive lock. A host takes the library's own one, CImageObj::GetCS(), with pthread_mutex_lock on its
-/// mutex, which is recursive, and gives it back with pthread_mutex_unlock on the same thread.
+/// A recursive lock. A host that takes the library's lock, CImageObj::GetCS(), calls pthread_mutex_lock for
+/// its mutex, and pthread_mutex_unlock on the same thread.
 struct CRITICAL_SECTION
 {
     pthread_mutex_t mutex;

@@ -1,4 +1,4 @@
-// Heap blocks and the comparison of texts without regard to case.
+// Heap blocks, and comparing texts without regard to case.
 
 #include "Platform/posix/PosixLayer.h"
 
@@ -8,8 +8,8 @@ using namespace platform::posix;
 
 namespace {
 
-/// The bytes of a text one after the other, capital letters as small ones. A byte that only looks like a
-/// letter, for it is the second of a character, stays.
+/// Gives the bytes of a text one after the other, capital letters as small ones. A byte that looks like a
+/// letter but is not the first of its character stays.
 class FoldedBytes
 {
 public:
@@ -30,7 +30,7 @@ public:
 private:
     CharacterSet m_set;
     const char* m_pNext;
-    int m_nFollowing; ///< bytes left of the character that has begun
+    int m_nFollowing; ///< bytes that are left of the character at m_pNext
 };
 
 } // namespace

@@ -1,4 +1,4 @@
-// The temporary folder, names in it that nobody else has, and searches in a folder.
+// The temporary folder, unused names in it, and searching a folder by a pattern.
 
 #include "Platform/posix/PosixLayer.h"
 
@@ -16,7 +16,8 @@ namespace {
 
 constexpr int kNameTries = 1000;
 
-/// A number that other threads and processes hardly have, so that the first name is nearly always free.
+/// A number that other threads and processes are unlikely to get, so that the first name made of it is nearly
+/// always free.
 DWORD NextNumber()
 {
     static std::atomic<std::uint64_t> nCounter{0};
@@ -25,8 +26,8 @@ DWORD NextNumber()
     std::uint64_t n =
         static_cast<std::uint64_t>(now.tv_sec) * 1000000000u + static_cast<std::uint64_t>(now.tv_nsec);
     n += (static_cast<std::uint64_t>(getpid()) << 40) + (++nCounter << 20);
-    n = (n ^ n >> 31) * 0x9E3779B97F4A7C15u; // spreads what differs over all bits
-    return static_cast<DWORD>(n >> 32) | 1;  // never 0, which means failure
+    n = (n ^ n >> 31) * 0x9E3779B97F4A7C15u; // spreads every difference over all bits
+    return static_cast<DWORD>(n >> 32) | 1;  // never 0, which would mean failure
 }
 
 char Folded(char c)
@@ -34,20 +35,21 @@ char Folded(char c)
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-/// Whether two characters of these lengths are the same but for the case of a to z. The second byte of a
-/// character is no letter.
+/// Whether two characters of nA and nB bytes are the same, without regard to the case of a to z. The second
+/// byte of a character is no letter.
 bool IsSame(const char* pA, int nA, const char* pB, int nB)
 {
     return nA == nB &&
            (nA == 1 ? Folded(*pA) == Folded(*pB) : std::memcmp(pA, pB, static_cast<std::size_t>(nA)) == 0);
 }
 
-/// * stands for any characters, ? for one; case of the letters a to z does not matter.
+/// Whether a name matches a pattern, in which * stands for any number of characters and ? for one. The case
+/// of the letters a to z does not matter.
 bool Matches(const char* pszPattern, const char* pszName)
 {
     const CharacterSet pattern(pszPattern), name(pszName);
-    const char* pszStar = nullptr; // last star met, and the first character that it does not stand for
-    const char* pszAfter = nullptr;
+    const char* pszStar = nullptr;  // the last star met
+    const char* pszAfter = nullptr; // the first character of the name that this star does not stand for
     while (*pszName) {
         const int nPattern = pattern.Length(pszPattern), nName = name.Length(pszName);
         if (*pszPattern == '*') {
@@ -58,7 +60,8 @@ bool Matches(const char* pszPattern, const char* pszName)
             pszName += nName;
         } else if (pszStar) {
             pszPattern = pszStar + 1;
-            pszName = pszAfter += name.Length(pszAfter);
+            pszAfter += name.Length(pszAfter);
+            pszName = pszAfter;
         } else {
             return false;
         }
@@ -68,13 +71,14 @@ bool Matches(const char* pszPattern, const char* pszName)
     return *pszPattern == 0;
 }
 
+/// An open search of FindFirstFileA; its address is the handle.
 struct Search
 {
     DIR* pFolder;
-    char szGiven[PATH_MAX];  ///< the folder as the caller writes it, up to its last separator; may be empty
+    char szGiven[PATH_MAX];  ///< the folder as the caller wrote it, with its last separator; may be empty
     char szFolder[PATH_MAX]; ///< the same with slashes
     char szPattern[MAX_PATH];
-    char szUndotted[MAX_PATH]; ///< the pattern without ".*" at its end, which also stands for no ending
+    char szUndotted[MAX_PATH]; ///< the pattern without a ".*" at its end, which names without a dot match too
 
     Search(DIR* pOpened, const char* pszGiven, const char* pszFolder, const char* pszPattern)
         : pFolder(pOpened), szGiven{}, szFolder{}, szPattern{}, szUndotted{}
@@ -91,8 +95,8 @@ struct Search
     Search& operator=(const Search&) = delete;
     ~Search() { closedir(pFolder); }
 
-    /// Whether the caller's folder with this name behind it still leads to this name in this folder. Names
-    /// may hold backslashes here: as separators they would lead a deletion out of the folder.
+    /// Whether the caller's folder followed by this name is a path to the name in this folder. A name may
+    /// contain backslashes, which a path takes for separators: a deletion would then go to another folder.
     bool IsExpressible(const char* pszName) const
     {
         char szPath[PATH_MAX];
@@ -104,7 +108,8 @@ struct Search
         return std::memcmp(szPath, szFolder, nFolder) == 0 && std::strcmp(szPath + nFolder, pszName) == 0;
     }
 
-    /// The next name that matches; false: 18 there is none, or why the folder cannot be read.
+    /// Finds the next name that matches. False: 18 there is none, or the reason why the folder cannot be
+    /// read.
     bool Next(WIN32_FIND_DATAA* pData)
     {
         for (;;) {
@@ -184,7 +189,7 @@ HANDLE FindFirstFileA(LPCSTR pszPattern, WIN32_FIND_DATAA* pData)
     }
     char szLast[MAX_PATH];
     std::strcpy(szLast, pszLast);
-    path.Text()[pszLast - path.Text()] = 0; // what is left is the folder
+    path.Text()[pszLast - path.Text()] = 0; // leaves the folder
     DIR* pFolder = opendir(pszSlash ? path.Text() : ".");
     if (!pFolder) {
         Fail(errno == ENOENT ? ERROR_PATH_NOT_FOUND : ErrorOf(errno));

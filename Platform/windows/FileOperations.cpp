@@ -1,4 +1,4 @@
-// The operations that the Win32 API does not have in one piece.
+// The operations for which the Win32 API needs several calls.
 
 #include "Platform/Platform.h"
 

@@ -1,10 +1,10 @@
-// What the C++ run-time library in the DLL keeps for exceptions thrown while memory is short: without this it
-// stays behind, 73 KB each time the DLL is unloaded.
+// Releases the memory that the C++ run-time library in the DLL keeps for exceptions that are thrown while
+// memory is short. Without this, 73 KB are lost each time the DLL is unloaded.
 
-#if !defined(MM_STATIC) // a program keeps its own to its end
+#if !defined(MM_STATIC) // in a program the run-time library lives until the end
 
 namespace __gnu_cxx {
-void __freeres(); // of libstdc++, for memory checkers; no header declares it
+void __freeres(); // libstdc++ has it for memory checkers; no header declares it
 }
 
 namespace {
@@ -14,7 +14,7 @@ struct RuntimeMemory
     ~RuntimeMemory() { __gnu_cxx::__freeres(); }
 };
 
-// Made first, so that it goes last.
+// Constructed first, so that it is destroyed last.
 [[gnu::init_priority(101)]] RuntimeMemory g_runtimeMemory;
 
 } // namespace

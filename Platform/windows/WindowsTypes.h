@@ -1,5 +1,5 @@
 #pragma once
-// Types and export attributes on Windows: the system's own.
+// Types and export attributes on Windows: those of the system's own headers.
 
 #ifndef WIN32_LEAN_AND_MEAN
 #define WIN32_LEAN_AND_MEAN
@@ -9,6 +9,6 @@
 #endif
 #include <windows.h>
 
-// Platform/windows/exports-*.def alone tell the linker what the DLL exports.
+// Nothing is marked for export: Platform/windows/exports-*.def tell the linker what the DLL exports.
 #define MM_EXPORT
 #define MM_IMPORT __declspec(dllimport)

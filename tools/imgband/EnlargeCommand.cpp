@@ -1,7 +1,6 @@
 // imgband enlarge: a picture becomes a whole number of times as wide and as high.
 
 #include "Commands.h"
-#include "pixels/EnlargeWork.h"
 #include "schemes/Job.h"
 
 #include <fmt/format.h>
@@ -10,10 +9,10 @@ namespace {
 
 ImageSize Enlarged(const Options& options, ImageSize size)
 {
-    const std::int64_t nWidth = std::int64_t{size.nWidth} * options.enlarge.nFactor;
-    const std::int64_t nHeight = std::int64_t{size.nHeight} * options.enlarge.nFactor;
+    const std::int64_t nWidth = std::int64_t{size.nWidth} * options.nFactor;
+    const std::int64_t nHeight = std::int64_t{size.nHeight} * options.nFactor;
     if (nWidth > INT32_MAX || nHeight > INT32_MAX)
-        throw Failure(ExitStatus::WrongCommandLine, options.output.szPath,
+        throw Failure(ExitStatus::WrongCommandLine, options.szOutput,
                       fmt::format("{} x {} pixels are too many", nWidth, nHeight), "a smaller --factor");
     return {static_cast<int>(nWidth), static_cast<int>(nHeight)};
 }
@@ -22,11 +21,11 @@ ImageSize Enlarged(const Options& options, ImageSize size)
 
 void RunEnlarge(const Options& options, Report& report)
 {
-    InputFile input(options.input, options.run);
+    InputFile input(options);
     const ImageSize size = input.Facts().size;
-    Job job = KeepFormat("enlarge", kIpEnlarge, input.Facts(), options.output.szPath);
+    Job job = KeepFormat(options, input.Facts(), kIpEnlarge);
     job.size = Enlarged(options, size);
-    job.pWork =
-        std::make_unique<EnlargeWork>(options.enlarge, size, MustReverseLines(options.run.eScheme, job));
-    RunJob(options.run, input, job, report);
+    job.pWork = std::make_unique<EnlargeWork>(options.eEnlargeOp, options.nFactor, size.nWidth, size.nHeight,
+                                              MustReverseLines(options, job));
+    RunJob(options, input, job, report);
 }

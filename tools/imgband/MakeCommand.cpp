@@ -14,6 +14,15 @@
 
 namespace {
 
+Format ChooseFormat(const Options& options)
+{
+    const std::optional<Format> eFormat = options.eTo ? options.eTo : FormatFromEnding(options.szOutput, 3);
+    if (!eFormat)
+        throw Failure(ExitStatus::WrongCommandLine, options.szOutput, "the name's ending tells no format",
+                      "--to FORMAT");
+    return *eFormat;
+}
+
 DWORD PaintBand(CImageObj& object, int nTop, Scene& scene, std::vector<std::uint16_t>& line, Report& report)
 {
     T_ImageLrg_tag band = {};
@@ -31,7 +40,7 @@ DWORD PaintBand(CImageObj& object, int nTop, Scene& scene, std::vector<std::uint
     return object.UnmapBand(0);
 }
 
-void PaintStep(const Run& run, PlannedImage& object, const SceneSettings& scene)
+void PaintStep(const Run& run, PlannedImage& object, ImageSize size)
 {
     run.report.BeginStep("paint", kIpOther);
     tag_MemAlloc request; // one image, which is filled instead of read
@@ -42,11 +51,11 @@ void PaintStep(const Run& run, PlannedImage& object, const SceneSettings& scene)
     run.report.PlanStep({"paint", kIpOther, {plan}, run.lib.Taken()});
     run.report.History().NoteCharges({object.m_nAreaSize});
     run.report.History().Count({.nSpilled = plan.nTemporary});
-    const Bands bands{scene.size.nHeight, object.GetBandHeight()};
+    const Bands bands{size.nHeight, object.GetBandHeight()};
     run.report.ExpectBands(bands.Count(), object.m_ImgInfo.nBufSize);
 
-    const auto pScene = MakeScene(scene);
-    std::vector<std::uint16_t> line(static_cast<std::size_t>(scene.size.nWidth) * Scene::kSamples);
+    const auto pScene = MakeScene(run.options.ePattern, size, run.options.nSeed);
+    std::vector<std::uint16_t> line(static_cast<std::size_t>(size.nWidth) * Scene::kSamples);
     for (int i = 0; i < bands.Count(); ++i) {
         nCode = PaintBand(object, bands.At(i).nFirst, *pScene, line, run.report);
         run.lib.CheckStep(nCode, "painting", object.m_ImgInfo.nBufSize);
@@ -59,26 +68,26 @@ void PaintStep(const Run& run, PlannedImage& object, const SceneSettings& scene)
 
 void RunMake(const Options& options, Report& report)
 {
-    const Format eTo = ChooseFormat(options.output, 3);
-    const ImageSize size = options.scene.size;
+    const Format eTo = ChooseFormat(options);
+    const ImageSize size = *options.size;
     const int nObjectFormat = ObjectFormat(SampleBytes(eTo));
     if (!FitsWholeScheme(eTo, size, IsBitmap(eTo) ? kBitmapHeaderBytes : 0, 0))
-        FailTooLarge(Scheme::Whole, ExitStatus::WrongCommandLine, options.output.szPath, size);
+        FailTooLarge(Scheme::Whole, ExitStatus::WrongCommandLine, options.szOutput, size);
 
-    const Library library(options.run.library, options.report.bJson);
-    DescribeLibrary(options.run, library, report);
-    OutputFile output(options.output.szPath);
+    const Library library(options);
+    DescribeLibrary(options, library, report);
+    OutputFile output(options.szOutput);
     output.CheckRoom(FileBytes(eTo, size));
-    ExternalPair pair(options.run.eAccess, nullptr, &output, eTo, size, {nObjectFormat, nObjectFormat});
-    const Workers workers(options.run.nThreads);
-    const Run run{options.run, library, report, pair, workers, &output};
+    ExternalPair pair(options.eAccess, nullptr, &output, eTo, size, {nObjectFormat, nObjectFormat});
+    const Workers workers(options.nThreads);
+    const Run run{options, library, report, pair, workers, &output};
 
     PlannedImage object(false);
     library.CheckStep(object.SetGeometry(size.nWidth, size.nHeight, nObjectFormat), "set-up", 0);
-    PaintStep(run, object, options.scene);
+    PaintStep(run, object, size);
     ExportStep(run, object, eTo, IsStoredBottomUp(eTo), true);
     pair.DeliverOutput();
     output.Publish();
 
-    DescribePicture(options.output.szPath, eTo, size, report);
+    DescribePicture(options.szOutput, eTo, size, report);
 }

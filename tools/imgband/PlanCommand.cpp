@@ -3,7 +3,6 @@
 #include "Commands.h"
 #include "library/Library.h"
 #include "library/PlannedImage.h"
-#include "pictures/Formats.h"
 #include "system/Files.h"
 #include "values/ProcessIds.h"
 
@@ -76,10 +75,10 @@ void CheckPlan(DWORD nCode)
 
 void RunPlanned(const Options& options, Report& report)
 {
-    SizeBudget(options.run.library);
+    SizeBudget(options);
     const LONG nBudget = CImageObj::AskFreeMemory();
     report.TellSettings(nBudget, CImageObj::ms_MaxOneMappingSize, CImageObj::GetUseMaxBandMemory(),
-                        os::TemporaryFolder(), options.run.nThreads);
+                        os::TemporaryFolder(), options.nThreads);
     const StepRequest& step = options.step;
     StepImages inputs("input", ImageRole::Input, step.inputs);
     StepImages outputs("output", ImageRole::Output, step.outputs);

@@ -53,14 +53,9 @@ ExitStatus RunCommand(const Options& options, Report& report)
     }
 }
 
-Report MakeReport(const Options& options)
-{
-    return Report(options.report, CommandName(options.eCommand), options.run.bPlan);
-}
-
 ExitStatus RunReported(const Options& options)
 {
-    Report report = MakeReport(options);
+    Report report(options);
     const ExitStatus eStatus = RunCommand(options, report);
     report.WriteFiles();
     return eStatus;
@@ -76,16 +71,16 @@ ExitStatus RunProgram(const std::vector<std::string>& arguments)
     Options options;
     try {
         ParseCommandLine(arguments, options);
-        CheckReportFiles(options.report.reports, {options.input.szPath, options.output.szPath});
+        CheckReportFiles(options);
     } catch (const Failure& failure) {
-        MakeReport(options).PrintFailure(failure);
+        Report(options).PrintFailure(failure);
         return failure.eStatus;
     }
     if (options.eCommand == Command::None)
         return ExitStatus::Done;
     const LeakCheck leaks;
     const ExitStatus eStatus = RunReported(options);
-    if (options.report.bVerbose && UsesLibrary(options.eCommand))
+    if (options.bVerbose && UsesLibrary(options.eCommand))
         leaks.Print();
     return eStatus;
 }

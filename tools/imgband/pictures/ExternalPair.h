@@ -3,7 +3,6 @@
 
 #include "pictures/InputFile.h"
 #include "pictures/OutputFile.h"
-#include "values/RunSettings.h"
 
 #include <cstdlib>
 #include <memory>

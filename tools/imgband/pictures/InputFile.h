@@ -1,16 +1,15 @@
 #pragma once
 // The picture file that a command reads.
 
+#include "Options.h"
 #include "pictures/BitmapFile.h"
 #include "system/Files.h"
-#include "values/PictureRequest.h"
-#include "values/RunSettings.h"
 
 /// An open input whose header was read and found true. Throws Failure (BadInput, WrongCommandLine).
 class InputFile
 {
 public:
-    InputFile(const InputRequest& request, const RunSettings& settings);
+    explicit InputFile(const Options& options);
 
     const PictureFacts& Facts() const { return m_facts; }
     const std::string& Path() const { return m_szPath; }
@@ -30,7 +29,7 @@ public:
     void Close() { m_file.Close(); }
 
 private:
-    PictureFacts Identify(const InputRequest& request) const;
+    PictureFacts Identify(const Options& options) const;
 
     std::string m_szPath;
     os::File m_file;

@@ -9,22 +9,21 @@
 
 namespace {
 
-void CheckSizes(Scheme eScheme, const InputFile& input, const Job& job)
+void CheckSizes(const Options& options, const PictureFacts& facts, const Job& job)
 {
-    const PictureFacts& facts = input.Facts();
-    const auto fnFits = eScheme == Scheme::Unit ? FitsUnitScheme : FitsWholeScheme;
+    const auto fnFits = options.eScheme == Scheme::Unit ? FitsUnitScheme : FitsWholeScheme;
     if (!fnFits(facts.eFormat, facts.size, facts.nOffset, job.nFrame))
-        FailTooLarge(eScheme, ExitStatus::BadInput, input.Path(), facts.size);
+        FailTooLarge(options.eScheme, ExitStatus::BadInput, options.szInput, facts.size);
     if (!fnFits(job.eTo, job.size, IsBitmap(job.eTo) ? kBitmapHeaderBytes : 0, job.nFrame))
-        FailTooLarge(eScheme, ExitStatus::WrongCommandLine, job.szOutput, job.size);
+        FailTooLarge(options.eScheme, ExitStatus::WrongCommandLine, options.szOutput, job.size);
 }
 
 /// Lets the bands of a filter be several times as tall as their frame, as far as the budget reaches: the
 /// lines of the frame are read anew for every band.
-void WidenBandCap(const LibrarySettings& settings, const Job& job)
+void WidenBandCap(const Options& options, const Job& job)
 {
     constexpr std::int64_t kFrames = 8;
-    if (settings.nBandCap != 0 || job.nFrame == 0)
+    if (options.nBandCap != 0 || job.nFrame == 0)
         return;
     const std::int64_t nLines = kFrames * job.nFrame;
     const std::int64_t nBandLine =
@@ -37,7 +36,7 @@ void WidenBandCap(const LibrarySettings& settings, const Job& job)
 
 void RunScheme(const Run& run, const InputFile& input, const Job& job)
 {
-    if (run.settings.eScheme == Scheme::Unit)
+    if (run.options.eScheme == Scheme::Unit)
         RunUnitScheme(run, input, job);
     else
         RunWholeScheme(run, input, job);
@@ -50,22 +49,21 @@ bool IsStoredBottomUp(Format eFormat)
     return IsBitmap(eFormat);
 }
 
-bool MustReverseLines(Scheme eScheme, const Job& job)
+bool MustReverseLines(const Options& options, const Job& job)
 {
-    return eScheme == Scheme::Unit && job.bReversedLines;
+    return options.eScheme == Scheme::Unit && job.bReversedLines;
 }
 
-Job KeepFormat(const std::string& szName, int nIpNo, const PictureFacts& facts, const std::string& szOutput)
+Job KeepFormat(const Options& options, const PictureFacts& facts, int nIpNo)
 {
-    const auto eMeant = FormatFromEnding(szOutput, SampleCount(facts.eFormat));
+    const auto eMeant = FormatFromEnding(options.szOutput, SampleCount(facts.eFormat));
     if (eMeant && *eMeant != facts.eFormat)
-        throw Failure(ExitStatus::WrongCommandLine, szOutput,
+        throw Failure(ExitStatus::WrongCommandLine, options.szOutput,
                       std::string("the name means another format than ") + FormatName(facts.eFormat) +
                           ", which is kept",
                       "imgband convert first");
-    return {.szName = szName,
+    return {.szName = CommandName(options.eCommand),
             .nIpNo = nIpNo,
-            .szOutput = szOutput,
             .eTo = facts.eFormat,
             .size = facts.size,
             .bReversedLines = facts.bBottomUp != IsStoredBottomUp(facts.eFormat),
@@ -73,27 +71,27 @@ Job KeepFormat(const std::string& szName, int nIpNo, const PictureFacts& facts, 
             .bOwnAlpha = true};
 }
 
-void RunJob(const RunSettings& settings, InputFile& input, const Job& job, Report& report)
+void RunJob(const Options& options, InputFile& input, const Job& job, Report& report)
 {
-    CheckSizes(settings.eScheme, input, job);
-    const Library library(settings.library, report.Settings().bJson);
-    WidenBandCap(settings.library, job);
-    DescribeLibrary(settings, library, report);
-    report.TellScheme(settings.eScheme == Scheme::Unit ? "unit" : "whole");
+    CheckSizes(options, input.Facts(), job);
+    const Library library(options);
+    WidenBandCap(options, job);
+    DescribeLibrary(options, library, report);
+    report.TellScheme(options.eScheme == Scheme::Unit ? "unit" : "whole");
     const ObjectFormats objects{ObjectFormat(SampleBytes(input.Facts().eFormat)),
                                 ObjectFormat(SampleBytes(job.eTo))};
-    const Workers workers(settings.nThreads);
-    if (settings.bPlan) {
-        ExternalPair pair(settings.eAccess, &input, nullptr, job.eTo, job.size, objects);
-        RunScheme({settings, library, report, pair, workers, nullptr}, input, job);
+    const Workers workers(options.nThreads);
+    if (options.bPlan) {
+        ExternalPair pair(options.eAccess, &input, nullptr, job.eTo, job.size, objects);
+        RunScheme({options, library, report, pair, workers, nullptr}, input, job);
         return;
     }
-    OutputFile output(job.szOutput);
+    OutputFile output(options.szOutput);
     output.CheckRoom(FileBytes(job.eTo, job.size));
-    ExternalPair pair(settings.eAccess, &input, &output, job.eTo, job.size, objects);
-    RunScheme({settings, library, report, pair, workers, &output}, input, job);
+    ExternalPair pair(options.eAccess, &input, &output, job.eTo, job.size, objects);
+    RunScheme({options, library, report, pair, workers, &output}, input, job);
     pair.DeliverOutput();
     input.Close(); // it may be what the output replaces
     output.Publish();
-    DescribePicture(job.szOutput, job.eTo, job.size, report);
+    DescribePicture(options.szOutput, job.eTo, job.size, report);
 }
