@@ -1,6 +1,6 @@
 #pragma once
-// Turns readable UTF-8 literals into code page 932 bytes while compiling, whatever compiler and locale.
-// Knows ASCII, kana, wide capitals and the characters listed here; any other one is a compile error.
+// Turns UTF-8 literals into code page 932 bytes at compile time, independent of compiler and locale. It knows
+// ASCII, kana, wide capitals and the characters listed here; any other character is a compile error.
 
 #include <array>
 #include <cstddef>
@@ -15,7 +15,7 @@ struct CodePair
 };
 
 // clang-format off
-/// The characters used, in the order of Unicode.
+/// The other characters that the texts use, in the order of Unicode.
 inline constexpr CodePair kCharacters[] = {
     {U'№', 0x8782}, {U'・', 0x8145}, {U'ー', 0x815B}, {U'了', 0x97B9}, {U'他', 0x91BC},
     {U'位', 0x88CA}, {U'体', 0x91CC}, {U'余', 0x975D}, {U'作', 0x8DEC}, {U'使', 0x8E67},
@@ -44,7 +44,7 @@ inline constexpr CodePair kCharacters[] = {
 };
 // clang-format on
 
-/// Whether a byte is the first of a character of two.
+/// Whether a byte is the first of a double-byte character.
 constexpr bool IsLeadByte(unsigned char c)
 {
     return (c >= 0x81 && c <= 0x9F) || (c >= 0xE0 && c <= 0xFC);
@@ -59,7 +59,7 @@ constexpr unsigned Encode(char32_t nChar)
         return 0x829F + (nChar - U'ぁ');
     if (nChar >= U'ァ' && nChar <= U'ヶ') {
         const unsigned nCode = 0x8340 + (nChar - U'ァ');
-        return nCode < 0x837F ? nCode : nCode + 1; // 0x7F is no trail byte
+        return nCode < 0x837F ? nCode : nCode + 1; // 0x7F is never a trail byte
     }
     if (nChar >= U'Ａ' && nChar <= U'Ｚ')
         return 0x8260 + (nChar - U'Ａ');
@@ -69,7 +69,7 @@ constexpr unsigned Encode(char32_t nChar)
     throw "character not in the table";
 }
 
-/// Reads the UTF-8 character at nPos, of one or three bytes, and moves nPos behind it.
+/// Reads the UTF-8 character at nPos, which has one or three bytes, and moves nPos past it.
 constexpr char32_t Decode(const char8_t* pszText, std::size_t& nPos)
 {
     const char32_t nLead = pszText[nPos++];
@@ -82,7 +82,7 @@ constexpr char32_t Decode(const char8_t* pszText, std::size_t& nPos)
     return (nLead & 0xF) << 12 | nMiddle << 6 | nLast;
 }
 
-/// The literal in code page 932, ended by at least one zero byte.
+/// The literal in code page 932, followed by at least one zero byte.
 template <std::size_t N> consteval std::array<char, N> Text(const char8_t (&szText)[N])
 {
     std::array<char, N> bytes{};

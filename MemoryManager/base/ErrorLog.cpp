@@ -1,5 +1,5 @@
-// The file-access error log: the folder that the host gives and the lines that failures leave in it.
-// It never fails itself: what cannot be written is dropped.
+// The file-access error log: the folder that the host gives and the lines that failures leave in it. The log
+// itself never fails: an entry that cannot be written is dropped.
 
 #include "MemoryManager/ErrorLogFolder.h"
 #include "MemoryManager/ResultCodes.h"
@@ -20,7 +20,7 @@ constexpr const char* kDrives[] = {"c:\\", "d:\\", "e:\\"};
 
 char g_szFolder[260] = "..\\logdata\\";
 
-// Opens the log in its folder, which is created first; null when that is not possible.
+// Creates the folder if need be and opens the log in it; null when that is not possible.
 std::FILE* OpenLog(const char* pszMode)
 {
     char szPath[sizeof(g_szFolder) + sizeof(kFileName)];
@@ -34,7 +34,7 @@ void WriteByteCount(std::FILE* pLog, const char* pszLabel, const ULARGE_INTEGER&
     std::fprintf(pLog, "%s%" PRId64 "\n", pszLabel, static_cast<std::int64_t>(nBytes.QuadPart));
 }
 
-// Four lines for a drive; none when it cannot be read.
+// Writes four lines about a drive, or none when its space cannot be determined.
 void WriteDiskSpace(std::FILE* pLog, const char* pszDrive)
 {
     ULARGE_INTEGER nCaller{}, nTotal{}, nFree{};
@@ -54,7 +54,7 @@ void SetErrLogPath(const char* pszFolder)
         return;
     const char* pszEnd = std::find(pszFolder, pszFolder + sizeof(g_szFolder) - 1, '\0');
     const auto nLength = static_cast<std::size_t>(pszEnd - pszFolder);
-    std::memmove(g_szFolder, pszFolder, nLength); // it may be what GetErrLogPath returned
+    std::memmove(g_szFolder, pszFolder, nLength); // the caller may pass what GetErrLogPath returned
     std::memset(g_szFolder + nLength, 0, sizeof(g_szFolder) - nLength);
 }
 

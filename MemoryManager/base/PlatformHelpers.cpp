@@ -1,5 +1,5 @@
-// The library's own way to memory, views and files over the platform layer.
-// Adds retries while the system is short, whole-granule views of byte ranges, and appends in chunks.
+// Memory, views and files as the library uses them, on top of the platform layer. This adds retries while
+// memory or address space is short, views of whole granules around byte ranges, and appends in chunks.
 
 #include "MemoryManager/base/PlatformHelpers.h"
 
@@ -9,10 +9,10 @@
 
 namespace {
 
-constexpr DWORD kChunkBytes = 16 * 1024 * 1024; // before rounding up to whole granules
+constexpr DWORD kChunkBytes = 16 * 1024 * 1024; // rounded up to whole granules
 constexpr ULONGLONG kLargestFile = 0xFFFFFFFF;
 
-// Repeats a call that gives an address or null for as long as null means a passing shortage.
+// Repeats a call until it returns an address, fails for another reason than a shortage, or the time is up.
 template <class Call> void* RetryWhileShort(Call call)
 {
     const DWORD nStart = GetTickCount();
@@ -33,7 +33,7 @@ DWORD WriteChunkBytes()
     return (nGranule + kChunkBytes - 1) / nGranule * nGranule;
 }
 
-// Copies chunk after chunk into a mapping that is long enough; 0, or the error of the chunk that failed.
+// Copies the bytes chunk by chunk into the file. Returns 0, or the system error of the chunk that failed.
 DWORD CopyInChunks(HANDLE hFile, HANDLE hMap, DWORD nOffset, const BYTE* pSrc, DWORD nBytes, DWORD* pnWritten,
                    DWORD nLoadLimit)
 {
@@ -129,8 +129,11 @@ int WriteFileByView(HANDLE hFile, const void* pSrc, DWORD nBytes, DWORD* pnWritt
                     DWORD nLoadLimit)
 {
     *pnWritten = 0;
-    if (nOffset == kAppend && (nOffset = FileLength(hFile)) == INVALID_FILE_SIZE)
-        return 0;
+    if (nOffset == kAppend) {
+        nOffset = FileLength(hFile);
+        if (nOffset == INVALID_FILE_SIZE)
+            return 0;
+    }
     const ULONGLONG nEnd = ULONGLONG{nOffset} + nBytes;
     if (nEnd > kLargestFile) {
         SetLastError(ERROR_FILE_TOO_LARGE);
@@ -146,8 +149,16 @@ int WriteFileByView(HANDLE hFile, const void* pSrc, DWORD nBytes, DWORD* pnWritt
     CloseHandle(hMap);
     if (*pnWritten == nBytes)
         return 1;
-    SetLastError(nError); // the reason is the chunk, whatever closing did
+    SetLastError(nError); // closing the mapping may have changed it
     return 0;
+}
+
+bool AppendByViews(HANDLE hFile, const void* pSrc, DWORD nBytes)
+{
+    if (nBytes == 0) // the mapping of an empty file would fail
+        return true;
+    DWORD nWritten = 0;
+    return WriteFileByView(hFile, pSrc, nBytes, &nWritten, kAppend, kFlushLoadPercent) != 0;
 }
 
 int IsMemoryLoadHigh(DWORD nLimit)

@@ -1,5 +1,5 @@
-// The report texts as bytes: readable UTF-8 in ReportTextList.h, code page 932 in memory.
-// A text with a character that Cp932.h does not know yet does not compile; add the character there.
+// The bytes of the report texts: UTF-8 in ReportTextList.h, code page 932 in memory. A text with a character
+// that Cp932.h does not know does not compile: add the character there.
 
 #include "MemoryManager/base/ReportTexts.h"
 

@@ -1,4 +1,4 @@
-// The version that this library was built with.
+// The version of this library.
 
 #include "MemoryManager/Version.h"
 

@@ -1,6 +1,6 @@
-// The process-wide memory budget, its limits, and the one lock that guards it.
-// While an AskUseMemory waits for its UpdateUseMemory the free budget stands at 0; both happen under one
-// holding of the lock, so nobody who takes the lock sees that.
+// The process-wide memory budget, its limits, and the one lock that guards it. Between an AskUseMemory and
+// the UpdateUseMemory that follows it the free budget is 0. The caller holds the lock from one to the other,
+// so no other thread that takes the lock sees this.
 
 #include "MemoryManager/image/Budget.h"
 #include "MemoryManager/ResultCodes.h"
@@ -11,13 +11,14 @@
 namespace {
 
 constexpr LONG kMiB = 1048576;
-constexpr LONG kLargestBandMiB = 2047; // 2048 MiB do not fit the 32-bit counter
+constexpr LONG kLargestBandMiB = 2047; // 2048 MiB do not fit a signed 32-bit number
 
-// The one-mapping size is capped while the flag is set.
+// The one-mapping size is capped while the flag is set. Nothing changes these two.
 const int ms_bLimitOneMapping = 1;
 const LONG ms_nOneMappingCap = 32 * kMiB;
 
-// The lock exists before any other object with a constructor in the library or its host, and after them.
+// Makes the lock before all other objects with constructors in the library or its host, and deletes it after
+// them.
 struct LibraryLoad
 {
     LibraryLoad() { InitializeCriticalSection(CImageObj::GetCS()); }
@@ -43,7 +44,7 @@ DWORD CImageObj::InitBaseMemory(LONG nReserve, LONG nOneMapping)
     const LibraryLock lock;
     ms_ReserveMemory = std::max(nReserve, ms_nOnMemory);
     ms_FreeMemory = ms_ReserveMemory;
-    const LONG nMapping = ms_bLimitOneMapping ? std::min(nOneMapping, ms_nOneMappingCap) : nOneMapping;
+    const LONG nMapping = ms_bLimitOneMapping != 0 ? std::min(nOneMapping, ms_nOneMappingCap) : nOneMapping;
     ms_MaxOneMappingSize = std::min(std::max(nMapping, ms_nOnMemory), ms_ReserveMemory);
     return MM_SUCCESS;
 }

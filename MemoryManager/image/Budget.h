@@ -1,5 +1,7 @@
 #pragma once
-// Changes of the process-wide memory budget under the library's lock, and its arithmetic.
+// Changes of the process-wide memory budget, each under the library's lock, and its arithmetic.
+//
+// Internal. Any thread.
 
 #include "MemoryManager/CImageObj.h"
 #include "MemoryManager/base/LibraryLock.h"
@@ -8,7 +10,7 @@
 #include <cstdint>
 #include <limits>
 
-/// Charges the budget with nBytes; it may go negative.
+/// Takes nBytes from the free budget, which may become negative.
 inline void ChargeBudget(LONG nBytes)
 {
     const LibraryLock lock;
@@ -22,7 +24,7 @@ inline void ReturnToBudget(LONG nBytes)
     CImageObj::UpdateUseMemory(nBytes);
 }
 
-/// Sums of charges are made wide; this is what a 32-bit counter holds of one.
+/// A sum of charges, computed in 64 bits, limited to what a LONG can hold.
 inline LONG HeldWithinLong(std::int64_t nSum)
 {
     return static_cast<LONG>(

@@ -1,5 +1,5 @@
-// The life cycle of an image object: construction, geometry, settings, store, exchange and release.
-// The charge in m_nAreaSize is the object's debt to the budget; whoever clears it gives it back.
+// The life of an image object: construction, geometry, settings, store, exchange and release. The charge in
+// m_nAreaSize is taken from the budget: an operation that clears it gives it back.
 
 #include "MemoryManager/ResultCodes.h"
 #include "MemoryManager/image/Budget.h"
@@ -14,14 +14,14 @@
 
 namespace {
 
-/// A geometry for which there is no layout: the planner refuses it, and no band of it has a byte.
+/// Marks a geometry that has no layout: the planner refuses it, and its bands are empty.
 void ClearLayout(T_ImageLrg_tag& info)
 {
     info.nBufSize = -1;
     info.nLineBytes = info.nAllocWidth = info.nAllocHeight = info.nLineSamples = 0;
 }
 
-/// The layout of an image's lines when the whole of it is too large for one buffer.
+/// Lays out the lines of an image that is too large for one buffer. False: a line is too large as well.
 bool LayOutLines(T_ImageLrg_tag& info)
 {
     const auto line = LayOutBuffer({info.nWidth, 1, info.nMarginX, 0, info.nPixelBytes, info.nSamples,
@@ -92,7 +92,7 @@ CImageObj& CImageObj::operator=(const CImageObj& other) = default;
 CImageObj::~CImageObj()
 {
     if (m_nReserveTaken == 1) {
-        const LibraryLock lock; // the reserve itself may be sized anew meanwhile
+        const LibraryLock lock; // another thread may size the reserve anew
         ReturnToBudget(ms_ReserveMemory);
     }
     if (m_pImageCtrl)
@@ -118,13 +118,14 @@ DWORD CImageObj::SetImageInfo(T_ImageLrg_tag* pInfo)
         info.nSamples = SamplesOf(info.nFormat);
     } else {
         if (m_ImgInfo.pBase)
-            return MM_BAD_ARGUMENT; // the band's buffer has the geometry that it was made with
+            return MM_BAD_ARGUMENT; // the buffer of the held band has the old geometry
         info.nSamples = kUnitSamples;
         info.nBandLines = m_ImgInfo.nBandLines;
     }
     info.nSampleBytes = SampleBytesOf(info.nFormat);
     info.nPixelBytes = info.nSamples * info.nSampleBytes;
-    // An alignment that no layout can be made for is the caller's to find out; a layout too large is refused.
+    // A layout that is too large is refused. An alignment that is not supported is not: the record then keeps
+    // the layout that the caller filled in.
     if (CalcAlign(&info) != MM_SUCCESS && IsAlignmentSupported(info.nAlignType, info.nSampleBytes) &&
         (m_nUnitMode == 0 || !LayOutLines(info)))
         return MM_BAD_ARGUMENT;
@@ -134,7 +135,7 @@ DWORD CImageObj::SetImageInfo(T_ImageLrg_tag* pInfo)
         return MM_NO_MEMORY;
     *pInfo = info;
     m_ImgInfo = info;
-    ForgetBuffer(*this); // one that the record names is the caller's
+    ForgetBuffer(*this); // a buffer that the caller's record names is not a band of this object
     return MM_SUCCESS;
 }
 
@@ -147,7 +148,8 @@ void CImageObj::GetImageInfo(T_ImageLrg_tag* pInfo)
 
 int CImageObj::SetBandInfo(int nBand, int nCount)
 {
-    return m_nAreaSize = SizeBand(m_ImgInfo, m_ImgInfo.nBufSize, nBand, ms_MinBand, nCount);
+    m_nAreaSize = SizeBand(m_ImgInfo, m_ImgInfo.nBufSize, nBand, ms_MinBand, nCount);
+    return m_nAreaSize;
 }
 
 int CImageObj::GetAreaSize()
@@ -258,5 +260,5 @@ void CImageObj::ExchangeImg(CImageObj* pTarget, CImageObj* pSource)
     pSource->m_nReserveTaken = 0;
     pSource->m_hInMap = nullptr;
     pSource->m_hOutMap = nullptr;
-    ForgetBuffer(*pSource); // the band is the target's
+    ForgetBuffer(*pSource); // a held band now belongs to the target
 }

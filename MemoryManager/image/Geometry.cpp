@@ -1,5 +1,5 @@
-// Buffer layouts, and standalone buffers that are charged to the budget.
-// Operations on bare records: none of them uses a member of an object.
+// Layouts of buffers, and standalone buffers that are charged to the budget. These operations work on
+// records: none of them uses a member of an object.
 
 #include "MemoryManager/ResultCodes.h"
 #include "MemoryManager/base/PlatformHelpers.h"
@@ -73,7 +73,8 @@ DWORD CImageObj::AllcImgBufLrg(T_ImageLrg_tag* pInfo, int nWidth, int nHeight, i
         ReturnToBudget(layout->nBufSize);
         return MM_NO_MEMORY;
     }
-    // MM_ALIGN_CLEAR asks for nothing more: fresh memory is zero, and clearing it would only touch it early.
+    // Nothing is left to do for MM_ALIGN_CLEAR: fresh memory is zero, and clearing it would only make it
+    // resident.
 
     pInfo->pBase = pBlock;
     pInfo->nBufSize = layout->nBufSize;

@@ -1,5 +1,5 @@
-// The memory planner: divides the free budget among one step's images and makes their stores.
-// Sizing happens under the lock and touches only object fields; stores are made after it is released.
+// The memory planner: divides the free budget among the images of one step and makes their stores. Sizing
+// happens under the lock and changes fields of objects only; stores are made after the lock is released.
 
 #include "MemoryManager/CImageObj.h"
 #include "MemoryManager/ResultCodes.h"
@@ -18,11 +18,11 @@ namespace {
 
 constexpr int kSmallestBand = 16; // lines; a request may ask for more
 
-/// x without its fraction, held within int.
-int Truncate(double x)
+/// A number without its fraction, limited to what an int can hold.
+int Truncate(double fNumber)
 {
-    constexpr double nMost = std::numeric_limits<int>::max();
-    return static_cast<int>(std::clamp(x, -nMost, nMost));
+    constexpr double fMost = std::numeric_limits<int>::max();
+    return static_cast<int>(std::clamp(fNumber, -fMost, fMost));
 }
 
 bool IsUncharged(const CImageObj& image)
@@ -30,13 +30,14 @@ bool IsUncharged(const CImageObj& image)
     return image.m_nAreaSize <= 0;
 }
 
-/// Whether slot 0 holds the image: a block or a view. The band buffer of a host's file is neither.
+/// Whether slot 0 holds a block or a view of the image. The band buffer of a host's file is neither.
 bool HoldsImage(const CImageCtrl& store)
 {
     return store.GetMemPtr() && (store.GetAcsType() != ACS_FILEIO || store.GetAllMapFlg());
 }
 
-/// One sizing pass: takes the whole free budget, charges it image by image, and gives the rest back.
+/// One sizing pass. It takes the whole free budget, charges it image by image, and gives the rest back at its
+/// end.
 class SizingPass
 {
 public:
@@ -46,7 +47,7 @@ public:
           m_nFirstBanded(request.nInCnt)
     {
         m_nInRatio = m_nCount > 0 ? RecordOf(*m_ppList[0]).nRatio : 100;
-        m_nOutRatio = m_pOut ? std::max(1.0, double(RecordOf(*m_pOut).nRatio)) : 100.0;
+        m_fOutRatio = m_pOut ? std::max(1.0, double(RecordOf(*m_pOut).nRatio)) : 100.0;
     }
 
     ~SizingPass() { CImageObj::UpdateUseMemory(HeldWithinLong(m_nFree)); }
@@ -69,9 +70,11 @@ private:
 
     void ChargeBand(CImageObj& image, int nLines, int nCount)
     {
-        m_nFree -= image.SetBandInfo(std::max(nLines, 1), nCount); // 0 would mean whole
+        m_nFree -= image.SetBandInfo(std::max(nLines, 1), nCount); // 0 would mean the whole image
     }
 
+    /// Charges an image that is held whole whatever the budget has left: a small one, or one that the host
+    /// wants so.
     void ChargeSmallImage(CImageObj& image, int nCount)
     {
         if (image.GetAreaSize() <= CImageObj::ms_nOnMemory)
@@ -80,6 +83,8 @@ private:
             ChargeWhole(image, nCount);
     }
 
+    /// Charges a listed image whole if it fits, or notes that it must be banded. Images with m_nOnMemory are
+    /// charged already; one whose store holds a block or view is charged whole, whatever is left.
     void PlaceWhole(int nIndex)
     {
         CImageObj& image = *m_ppList[nIndex];
@@ -97,7 +102,8 @@ private:
             m_nWholeHeight = RecordOf(image).nAllocHeight;
     }
 
-    /// All listed images are whole: the output gets what is left, at most the band cap.
+    /// All listed images are whole: the output's band gets what is left of the budget, but no more than its
+    /// cap.
     DWORD SizeOutputAlone()
     {
         if (!m_pOut || !IsUncharged(*m_pOut))
@@ -108,18 +114,18 @@ private:
         }
         const T_ImageLrg_tag info = RecordOf(*m_pOut);
         const std::int64_t nCap = std::min<std::int64_t>(CImageObj::ms_nUseMaxBandMemory, m_nFree);
-        int nLines = ClampToBuffer(info.nLineBytes == 0 ? 0 : double(nCap / info.nLineBytes), info);
+        int nLines = ClampToBuffer(info.nLineBytes == 0 ? 0.0 : double(nCap / info.nLineBytes), info);
         if (m_nWholeHeight != 0) {
             if (m_nInRatio == 0)
                 return MM_RATIO_ZERO;
-            const int nScaled = Truncate(m_nOutRatio / m_nInRatio * m_nWholeHeight);
+            const int nScaled = Truncate(m_fOutRatio / m_nInRatio * m_nWholeHeight);
             nLines = std::min(nLines, std::min(nScaled, info.nAllocHeight));
         }
         ChargeBand(*m_pOut, nLines, 1);
         return MM_SUCCESS;
     }
 
-    /// Some listed images are banded: output and inputs share what is left by their weights.
+    /// Some listed images are banded: they and the output share what is left of the budget by their weights.
     DWORD SizeBands()
     {
         std::int64_t nWeights = 0;
@@ -129,7 +135,7 @@ private:
             const T_ImageLrg_tag info = RecordOf(*m_ppList[i]);
             if (info.nRatio == 0)
                 return MM_RATIO_ZERO;
-            nWeights += std::int64_t{Truncate(info.nRatio / m_nOutRatio * info.nLineBytes)} * m_nMapCnt;
+            nWeights += std::int64_t{Truncate(info.nRatio / m_fOutRatio * info.nLineBytes)} * m_nMapCnt;
         }
 
         int nOutLines = 0;
@@ -143,37 +149,40 @@ private:
         }
         for (int i = m_nFirstBanded; i < m_nCount; ++i) {
             if (IsUncharged(*m_ppList[i]))
-                SizeBand(*m_ppList[i], nWeights, nOutBytes);
+                ChargeListedBand(*m_ppList[i], nWeights, nOutBytes);
         }
         if (bBandOutput)
             ChargeBand(*m_pOut, nOutLines, 1);
         return MM_SUCCESS;
     }
 
-    void SizeBand(CImageObj& image, std::int64_t nWeights, std::int64_t nOutBytes)
+    void ChargeListedBand(CImageObj& image, std::int64_t nWeights, std::int64_t nOutBytes)
     {
         const T_ImageLrg_tag info = RecordOf(image);
-        const double nWeight = double(nWeights) / (info.nRatio / m_nOutRatio);
-        const double nShare = nWeight == 0 ? 0 : double(m_nFree - nOutBytes) / nWeight;
-        std::int64_t nLines = ClampToBuffer(nShare, info);
+        const double fWeight = double(nWeights) / (info.nRatio / m_fOutRatio);
+        const double fShare = fWeight == 0 ? 0 : double(m_nFree - nOutBytes) / fWeight;
+        std::int64_t nLines = ClampToBuffer(fShare, info);
         nLines = std::min<std::int64_t>(nLines + 2 * std::int64_t{info.nFsize}, info.nAllocHeight);
         ChargeBand(image, std::min(static_cast<int>(nLines), MappableLines(info)), m_nMapCnt);
     }
 
-    /// Lines of the output's band: its part of the free budget among all weights, in the stated order.
+    /// Lines of the output's band by its part of all weights. The order of operations decides the rounding:
+    /// it stays.
     double OutputShare(int nLineBytes, std::int64_t nWeights) const
     {
         if (nLineBytes == 0)
             return 0;
-        const double nLine = nLineBytes;
-        return nLine / (nLine + double(nWeights)) * double(m_nFree) / nLine;
+        const double fLine = nLineBytes;
+        return fLine / (fLine + double(nWeights)) * double(m_nFree) / fLine;
     }
 
-    static int ClampToBuffer(double nLines, const T_ImageLrg_tag& info)
+    /// At least the step's smallest band, at most the whole buffer.
+    static int ClampToBuffer(double fLines, const T_ImageLrg_tag& info)
     {
-        return std::min(std::max(Truncate(nLines), CImageObj::ms_MinBand), info.nAllocHeight);
+        return std::min(std::max(Truncate(fLines), CImageObj::ms_MinBand), info.nAllocHeight);
     }
 
+    /// Lines of a buffer that may be mapped as one piece.
     static int MappableLines(const T_ImageLrg_tag& info)
     {
         return info.nLineBytes == 0 ? info.nAllocHeight
@@ -185,10 +194,10 @@ private:
     int m_nMapCnt;
     CImageObj* m_pOut;
     std::int64_t m_nFree;
-    int m_nFirstBanded;     // index of the first listed image that does not fit whole; m_nCount: none
+    int m_nFirstBanded;     // index of the first listed image that does not fit whole; m_nCount when all do
     int m_nWholeHeight = 0; // buffer lines of the first whole image
     int m_nInRatio;
-    double m_nOutRatio;
+    double m_fOutRatio;
 };
 
 int SmallestBand(const tag_MemAlloc& request)
@@ -196,8 +205,8 @@ int SmallestBand(const tag_MemAlloc& request)
     return std::max(request.nMinBand, kSmallestBand);
 }
 
-/// Whether the charge of the image's smallest bands fits 32 bits, as does that of every larger band: those
-/// are at most ms_MaxOneMappingSize each.
+/// Whether the object has a store and a sound geometry, and the charge of its smallest bands fits 32 bits.
+/// The charge of larger bands does, since each takes at most ms_MaxOneMappingSize.
 bool IsPlannable(CImageObj* pImage, int nSmallestBand, int nMapCnt)
 {
     if (!pImage || !pImage->m_pImageCtrl || pImage->GetAreaSize() <= 0 || !IsSoundBuffer(pImage->m_ImgInfo) ||
@@ -223,13 +232,14 @@ bool IsPlannable(const tag_MemAlloc& request, CImageObj** ppIn, CImageObj** ppOu
            isPlannable(ppTmp, request.nTmpCnt, request.nMapCnt);
 }
 
-/// Whether a step has made the image's store. One over the host's own block shows the block before that too.
+/// Whether a step has made the image's store. The address of a host's block alone does not tell: it is set
+/// earlier.
 bool IsStoreMade(const CImageCtrl& store)
 {
     return (store.GetMemPtr() && store.GetAllMapFlg()) || HasFile(store);
 }
 
-/// Inputs whose store was never made: what a failed attempt charged for them is planned again.
+/// Gives back what a failed attempt charged for inputs whose store it did not make: they are planned again.
 void ReturnUnmadeInputs(CImageObj** ppIn, int nCount)
 {
     for (int i = 0; i < nCount; ++i) {
@@ -246,18 +256,19 @@ void WithholdReserve(CImageObj& firstInput)
     if (firstInput.m_nReserveTaken == 1)
         return;
     firstInput.m_nReserveTaken = 1;
-    const LibraryLock lock; // the reserve itself may be sized anew meanwhile
+    const LibraryLock lock; // another thread may size the reserve anew
     ChargeBudget(CImageObj::ms_ReserveMemory);
 }
 
-/// An image in the host's own block costs the budget nothing and is addressable whole.
+/// Gives back the charge of an output in the host's own block, which costs the budget nothing and is
+/// addressable whole.
 void ReleaseChargeOfHostBlock(CImageObj& output)
 {
     const CImageCtrl* pStore = output.m_pImageCtrl;
     if (!pStore || pStore->GetImgType() == IMG_WORK || pStore->GetAcsType() != ACS_MEMORY)
         return;
     ReturnToBudget(output.m_nAreaSize);
-    output.SetBandInfo(0, 1); // band lines of every record the object keeps
+    output.SetBandInfo(0, 1); // an I/O object keeps the band height in another record too
     output.m_nAreaSize = 0;
     output.m_ImgInfo.nBandLines = output.m_ImgInfo.nHeight;
 }
@@ -267,8 +278,8 @@ DWORD CreateStore(CImageObj& image, int nSlots)
     return image.Create(image.GetAreaSize(), image.m_nAreaSize, nSlots);
 }
 
-/// Makes the output's store, then each listed one's. A charge whose store could not be made is dropped
-/// without going back to the budget: the second attempt must find less.
+/// Makes the store of the output, then those of the listed images. The charge of a store that could not be
+/// made is dropped and does not go back to the budget, so that the second attempt has less to divide.
 DWORD CreateStores(const tag_MemAlloc& request, CImageObj** ppList, int nCount, CImageObj** ppOut)
 {
     if (request.nOutCnt != 0) {
@@ -310,17 +321,18 @@ DWORD CImageObj::_MemoryAlloc(tag_MemAlloc* pRequest, CImageObj** ppIn, CImageOb
         new (std::nothrow) CImageObj*[std::size_t(pRequest->nInCnt) + std::size_t(pRequest->nTmpCnt)]);
     if (!list)
         return MM_NO_MEMORY;
-    CImageObj** ppEnd = list.get();
-    const auto append = [&](auto isWanted) {
+    const auto append = [&](CImageObj** ppEnd, bool (*isWanted)(const CImageObj*)) {
         ppEnd = std::copy_if(ppIn, ppIn + pRequest->nInCnt, ppEnd, isWanted);
-        ppEnd = std::copy_if(ppTmp, ppTmp + pRequest->nTmpCnt, ppEnd, isWanted);
-        return static_cast<int>(ppEnd - list.get());
+        return std::copy_if(ppTmp, ppTmp + pRequest->nTmpCnt, ppEnd, isWanted);
     };
-    tag_MemAlloc listed = *pRequest;
-    listed.nInCnt = append([](const CImageObj* pImage) { return pImage->m_nAreaSize == 0; });
-    const int nToMake = append([](const CImageObj* pImage) { // also those that a failed step charged only
+    CImageObj** ppToPlan = list.get();
+    CImageObj** ppChargedOnly =
+        append(ppToPlan, [](const CImageObj* pImage) { return pImage->m_nAreaSize == 0; });
+    CImageObj** ppEnd = append(ppChargedOnly, [](const CImageObj* pImage) { // by a step that failed
         return pImage->m_nAreaSize != 0 && !IsStoreMade(*pImage->m_pImageCtrl);
     });
+    tag_MemAlloc listed = *pRequest;
+    listed.nInCnt = static_cast<int>(ppChargedOnly - ppToPlan);
     if (listed.nOutCnt > 1)
         return MM_TOO_MANY_OUTPUTS;
 
@@ -328,10 +340,10 @@ DWORD CImageObj::_MemoryAlloc(tag_MemAlloc* pRequest, CImageObj** ppIn, CImageOb
     {
         const LibraryLock lock;
         ms_MinBand = SmallestBand(listed);
-        nResult = MemoryCalculation(&listed, list.get(), ppOut);
+        nResult = MemoryCalculation(&listed, ppToPlan, ppOut);
     }
     if (nResult == MM_SUCCESS)
-        nResult = CreateStores(listed, list.get(), nToMake, ppOut);
+        nResult = CreateStores(listed, ppToPlan, static_cast<int>(ppEnd - ppToPlan), ppOut);
     if (nResult == MM_SUCCESS && ppOut && ppOut[0])
         ReleaseChargeOfHostBlock(*ppOut[0]);
     return nResult;

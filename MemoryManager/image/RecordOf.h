@@ -1,10 +1,12 @@
 #pragma once
-// An object's geometry as its class tells it: that of the external image when the object stands for one.
+// Reading an object's geometry as its class tells it.
 //
 // Internal.
 
 #include "MemoryManager/CImageObj.h"
 
+/// What the virtual GetImageInfo tells: of an I/O object the record of the external image. On a unit object
+/// the call also restores the band height of its set-up.
 inline T_ImageLrg_tag RecordOf(CImageObj& image)
 {
     T_ImageLrg_tag info{};

@@ -1,5 +1,6 @@
 #pragma once
-// What the operations on unit objects share: their roles, and giving up a band and the images behind it.
+// What the operations on unit objects share: their roles, and how they give up a held band and the mappings
+// of their external images.
 //
 // Internal.
 
@@ -8,7 +9,7 @@
 
 #include <utility>
 
-/// Bands of external images always have four samples a pixel.
+/// Samples per pixel of a unit object's bands, whatever its external images have.
 inline constexpr int kUnitSamples = 4;
 
 /// Values of m_nUnitType.
@@ -26,14 +27,14 @@ inline bool WritesBands(const CImageObj& object)
     return object.m_nUnitType != MM_UNIT_ENLARGED && object.m_nUnitType != MM_UNIT_JUDGED;
 }
 
-/// Lets a unit object hold no band, whatever buffer its record names.
+/// Makes a unit object hold no band. A buffer that its record names is not freed.
 inline void ForgetBuffer(CImageObj& object)
 {
     if (object.m_nUnitMode == 1)
         object.m_ImgInfo.pBase = object.m_ImgInfo.pImage = nullptr;
 }
 
-/// Frees the band that a unit object still holds, without writing it.
+/// Frees the band that a unit object holds, if any, without writing it.
 inline void DropUnitBand(CImageObj& object)
 {
     if (object.m_nUnitMode != 1)
@@ -42,7 +43,7 @@ inline void DropUnitBand(CImageObj& object)
     ForgetBuffer(object);
 }
 
-/// Closes the mappings of a unit object's source and destination files, if it has any.
+/// Closes the mappings of a unit object's source and destination files, if there are any.
 inline void CloseUnitMappings(CImageObj& object)
 {
     for (HANDLE* pMapping : {&object.m_hInMap, &object.m_hOutMap})

@@ -1,5 +1,4 @@
-// A step's work memory: the work buffers of a table, allocated and released with the codes of an image
-// operation.
+// The work memory of a processing step, which lies in the work buffers of a table.
 
 #include "MemoryManager/CImageObj.h"
 #include "MemoryManager/CWorkTableList.h"

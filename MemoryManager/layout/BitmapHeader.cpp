@@ -1,5 +1,4 @@
-// The header that lies ahead of a bitmap's pixels.
-// Fields are little-endian, whatever the machine's order.
+// The header that lies ahead of a bitmap's pixels. Its fields are little-endian.
 
 #include "MemoryManager/layout/BitmapHeader.h"
 
@@ -24,34 +23,19 @@ constexpr DWORD kFileHeaderBytes = 14;
 constexpr DWORD kInfoHeaderBytes = 40;
 static_assert(kFileHeaderBytes + kInfoHeaderBytes == MM_BITMAP_HEADER_BYTES);
 
-/// The reason is the last error afterwards too.
-DWORD Fail(int nLine)
-{
-    const DWORD nError = GetLastError();
-    ReportFileAccessError(kUnit, nLine, nError);
-    SetLastError(nError);
-    return MM_FILE_ACCESS;
-}
-
-bool Append(HANDLE hFile, const BYTE* pBytes, DWORD nBytes)
-{
-    DWORD nWritten = 0;
-    return WriteFileByView(hFile, pBytes, nBytes, &nWritten, kAppend, kFlushLoadPercent) != 0;
-}
-
 DWORD AppendHeader(HANDLE hFile, const BitmapHeader& header)
 {
-    if (!Append(hFile, header.data(), kFileHeaderBytes))
-        return Fail(kLineNoFileHeader);
-    if (!Append(hFile, header.data() + kFileHeaderBytes, kInfoHeaderBytes))
-        return Fail(kLineNoInfoHeader);
+    if (!AppendByViews(hFile, header.data(), kFileHeaderBytes))
+        return FailFileAccess(kUnit, kLineNoFileHeader);
+    if (!AppendByViews(hFile, header.data() + kFileHeaderBytes, kInfoHeaderBytes))
+        return FailFileAccess(kUnit, kLineNoInfoHeader);
     return MM_SUCCESS;
 }
 
 DWORD StoreHeader(void* pAt, const BitmapHeader& header)
 {
     if (pAt == nullptr)
-        return Fail(kLineNoAddress);
+        return FailFileAccess(kUnit, kLineNoAddress);
     std::memcpy(pAt, header.data(), header.size());
     return MM_SUCCESS;
 }

@@ -1,8 +1,7 @@
 #pragma once
-// The header that lies ahead of a bitmap's pixels: its bytes, and writing it into a unit object's
-// destination.
+// The header that lies ahead of a bitmap's pixels: its bytes, and how they get into an external image.
 //
-// Internal. No call takes a lock or keeps a handle.
+// Internal. Any thread; no call takes a lock or keeps a handle.
 
 #include "MemoryManager/ExternalImage.h"
 
@@ -10,14 +9,16 @@
 
 using BitmapHeader = std::array<BYTE, MM_BITMAP_HEADER_BYTES>;
 
-/// Both headers of a bitmap with 3 or 4 bytes a pixel and lines from bottom to top. Sizes are unsigned 32-bit
-/// numbers; a picture that exceeds them is the caller's to refuse.
+/// The file header and the info header of a bitmap with 3 or 4 bytes a pixel whose lines are stored from
+/// bottom to top. Its size fields are unsigned 32-bit numbers: the caller refuses a picture that exceeds
+/// them.
 BitmapHeader MakeBitmapHeader(int nWidth, int nHeight, int nPixelBytes);
 
-/// Stores a field of nBytes bytes at a position of a header.
+/// Stores the low nBytes bytes of a value at position nAt of a header.
 void PutHeaderField(BitmapHeader& header, std::size_t nAt, int nBytes, DWORD nValue);
 
-/// Writes the header of a destination of 24 bits a pixel (three samples), else 32: to the start of the block
-/// hData or, through the mapping hMap, of the file hData, or to the end of the file hData. ACS_NONE: nothing.
-/// @return 0; 49 (logged): the last error is the reason
+/// Writes the header of a bitmap with 24 bits a pixel for three samples, and 32 for any other number.
+/// @param eAccess  where it goes: ACS_MEMORY the start of the block hData; ACS_MMF the start of the file
+///                 hData, through its mapping hMap; ACS_FILEIO the end of the file hData; ACS_NONE nowhere
+/// @return 0; 49 (logged), with the reason as last error
 DWORD WriteBmpHeader(HANDLE hData, int nWidth, int nHeight, int nSamples, tag_E_ACSTYPE eAccess, HANDLE hMap);

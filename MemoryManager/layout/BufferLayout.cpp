@@ -1,5 +1,6 @@
-// The rules that turn size, margins, pixel size and alignment type into a buffer's layout.
-// All arithmetic is done in 64 bits; each product is checked before it becomes a factor of the next.
+// The rules that turn size, margins, pixel size and alignment type into a buffer's layout, and band heights
+// into charges. All arithmetic is done in 64 bits; each product is checked before it becomes a factor of the
+// next.
 
 #include "MemoryManager/layout/BufferLayout.h"
 
@@ -8,7 +9,7 @@
 
 namespace {
 
-constexpr std::int64_t kLineAlignBytes = 16; // a sample plane line fills whole units of this
+constexpr std::int64_t kLineAlignBytes = 16; // a line of one sample plane is a multiple of this
 
 std::int64_t AlignedWidth(std::int64_t nWidth, const LayoutRequest& request)
 {

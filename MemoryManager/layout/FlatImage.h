@@ -1,5 +1,5 @@
 #pragma once
-// A flat buffer's record as the debug operations take it: checked before anything is read or written.
+// Checks of a flat buffer's record, made before anything of the buffer is read or written.
 //
 // Internal.
 
@@ -9,14 +9,14 @@
 #include <cstdint>
 #include <optional>
 
-/// Whether the record has a block that its lines and margins fit.
+/// Whether the record names a block and its lines and margins fit the block's size.
 inline bool HasBlock(const T_Image_tag* pFlat)
 {
     return pFlat && pFlat->pBase && IsSoundBuffer(*pFlat);
 }
 
-/// Bytes from pBase to the buffer's first line: what the rounding of pImage to an aligned address added.
-/// None: pImage does not lead to lines that lie whole in the block.
+/// Bytes from pBase to the buffer's first line: the rounding of pImage to an aligned address. None: with this
+/// pImage some line would not lie wholly in the block.
 inline std::optional<std::int64_t> FirstLineOffset(const T_Image_tag& flat)
 {
     const auto nImage = static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(flat.pImage) -

@@ -1,5 +1,5 @@
-// Rules for copying pixels between sample layouts, and the kernels that follow them over a line.
-// Every rule has a portable kernel; those that matter for speed have one for the processor's vectors too.
+// Rules for copying pixels between sample layouts, and the kernels that apply them to a line. Every rule has
+// a portable kernel; common rules have one for the processor's vectors too.
 
 #include "MemoryManager/layout/SampleLines.h"
 
@@ -20,7 +20,7 @@ constexpr std::uint64_t LowBytes(int nBytes)
     return nBytes >= kWordBytes ? ~std::uint64_t{0} : (std::uint64_t{1} << (8 * nBytes)) - 1;
 }
 
-/// Four bytes to four 16-bit samples.
+/// Spreads four bytes to four 16-bit samples.
 constexpr std::uint64_t Spread(std::uint64_t nPixel)
 {
     nPixel &= LowBytes(4);
@@ -33,7 +33,7 @@ template <bool kWiden> std::uint64_t ConvertPixel(const PixelRule& rule, std::ui
     return ((kWiden ? Spread(nPixel) : nPixel) & rule.nTaken) | rule.nFixed;
 }
 
-/// One by one, in the pixels' own bytes only.
+/// Converts pixels one by one and touches no byte beyond them.
 void ConvertPixels(const PixelRule& rule, unsigned char* pDst, const unsigned char* pSrc, std::size_t nPixels)
 {
     const auto nRead = static_cast<std::size_t>(std::min(rule.nSrcBytes, kWordBytes));
@@ -46,8 +46,8 @@ void ConvertPixels(const PixelRule& rule, unsigned char* pDst, const unsigned ch
     }
 }
 
-/// By whole words. What a store spills into the next pixel, that pixel's own store covers; the line's last
-/// pixels, which have no room for it, are done one by one.
+/// Converts pixels by loads and stores of whole words. The bytes that a store spills into the next pixel are
+/// overwritten by that pixel's store; the last pixels, behind which there is no room to spill, go one by one.
 template <bool kWiden>
 void ConvertWords(const PixelRule& rule, unsigned char* pDst, const unsigned char* pSrc, std::size_t nPixels)
 {
@@ -97,7 +97,8 @@ bool IsPlainCopy(const PixelRule& rule)
            rule.nTaken == LowBytes(rule.nWritten) && rule.nFixed == 0;
 }
 
-/// Whether whole words may be stored: each pixel is written whole, and its word reaches its neighbour.
+/// Whether pixels may be converted by whole words: they have no more than a word's bytes, and each
+/// destination pixel is written wholly, so that nothing that was spilled remains.
 bool IsDense(const PixelRule& rule)
 {
     return rule.nSrcBytes >= 1 && rule.nSrcBytes <= kWordBytes && rule.nDstBytes >= 1 &&

@@ -1,6 +1,6 @@
 #pragma once
-// Lines of pixels copied from one sample layout into another. Addresses and counts only: nothing here knows
-// what an image is.
+// Copies lines of pixels from one sample layout to another. Everything is addresses and counts: nothing here
+// knows what an image is.
 //
 // Internal. Any thread may call anything; source and destination do not overlap.
 
@@ -21,15 +21,17 @@ struct PixelRule
     bool bWiden;          ///< each source byte becomes a 16-bit sample of the same value
 };
 
-/// Three or four samples of one size keep place and value. A fourth sample that the source pixel lacks is
-/// all ones, as is every fourth sample when bOpaque is set. Neither pixel is touched beyond its own bytes: a
-/// destination too short for four samples gets the leading ones, what a source too short lacks is 0.
+/// The rule for three or four samples of one size, which keep place and value. A fourth sample that the
+/// source lacks becomes all ones, and so does every fourth sample when bOpaque is set. Pixels are not touched
+/// beyond their own bytes: a destination that is too short for four samples gets the first ones, and bytes
+/// that a short source lacks count as 0.
 ///
-/// @param nSampleBytes  1 or 2
+/// @param nSrcBytes, nDstBytes  bytes per pixel
+/// @param nSampleBytes          1 or 2
 PixelRule KeepSamples(int nSrcBytes, int nDstBytes, int nSampleBytes, bool bOpaque);
 
-/// Three or four 8-bit samples become 16-bit samples with the same values in an eight-byte pixel; a fourth
-/// sample that is lacking becomes 255.
+/// The rule that makes 16-bit samples with the same values of three or four 8-bit samples. The destination
+/// has eight bytes a pixel; a fourth sample that the source lacks becomes 255.
 PixelRule WidenSamples(int nSamples);
 
 /// One way to convert a line.
@@ -37,13 +39,13 @@ struct LineKernel
 {
     const char* pszName;
     bool (*pRunsHere)(); ///< whether this processor has the instructions
-    /// Writes nPixels pixels at pDst and nothing behind them, and reads nothing behind the source's.
+    /// Converts nPixels pixels. Reads and writes no byte behind the last of them.
     void (*pRun)(const PixelRule& rule, unsigned char* pDst, const unsigned char* pSrc, std::size_t nPixels);
 };
 
-/// All kernels that can follow the rule, best first; the last one, "portable", runs everywhere. They write
-/// the same bytes.
+/// All kernels for a rule, the fastest first; the last one, "portable", runs everywhere. All write the same
+/// bytes.
 std::span<const LineKernel> KernelsFor(const PixelRule& rule);
 
-/// The best of them that runs here.
+/// The fastest of them that runs on this processor.
 const LineKernel& BestKernelFor(const PixelRule& rule);

@@ -1,5 +1,5 @@
-// Lines of pixels through the byte shuffle of x86 processors (SSSE3): one load, shuffle, or and store for as
-// many pixels as a vector holds. Wider vectors gained nothing once the lines came from memory.
+// Converts lines with the byte shuffle of x86 processors (SSSE3): one load, shuffle, or and store for as many
+// pixels as fit a vector. Wider vectors were not faster for lines that come from memory.
 
 #include "MemoryManager/layout/SampleLinesX86.h"
 
@@ -13,13 +13,13 @@ namespace {
 constexpr int kVectorBytes = 16;
 constexpr unsigned char kZeroByte = 0x80; // a shuffle index that gives 0
 
-/// What becomes of the bytes of one vector.
+/// How the bytes of one destination vector are made.
 struct VectorPlan
 {
     alignas(kVectorBytes) unsigned char nIndex[kVectorBytes]; // source byte, or kZeroByte
     alignas(kVectorBytes) unsigned char nFixed[kVectorBytes];
     std::size_t nPixels; // pixels in one vector
-    std::size_t nRoom;   // pixels that must be left for a whole vector on both sides
+    std::size_t nRoom;   // pixels that must remain for loading and storing a whole vector
 };
 
 VectorPlan PlanFor(const PixelRule& rule)
@@ -61,8 +61,8 @@ __attribute__((target("ssse3"))) std::size_t ShufflePixels(const PixelRule& rule
     for (; nPixels - nDone >= plan.nRoom; nDone += plan.nPixels, pSrc += nSrcStep, pDst += nDstStep) {
         const __m128i source = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pSrc));
         const __m128i pixels = _mm_or_si128(_mm_shuffle_epi8(source, index), fixed);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(pDst),
-                         pixels); // the next store covers what this one spills
+        // Bytes that are spilled behind these pixels are overwritten by the next ones.
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(pDst), pixels);
     }
     return nDone;
 }

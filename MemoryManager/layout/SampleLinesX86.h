@@ -1,5 +1,6 @@
 #pragma once
-// Lines of pixels through the byte shuffle of x86 processors. Other architectures have none of this.
+// Converts lines with the byte shuffle of x86 processors. On other architectures this header declares
+// nothing.
 //
 // Internal.
 
@@ -11,8 +12,9 @@
 /// Whether this processor has the instructions.
 bool CanShuffle();
 
-/// Follows a rule whose pixels have at most eight bytes, all of them written, as far as whole vectors go.
-/// @return pixels done, from the line's start on; the last few are left to the caller
+/// Converts a line's pixels as far as whole vectors can be loaded and stored. The rule's pixels have at most
+/// eight bytes, and all bytes of a destination pixel are written.
+/// @return pixels converted, from the line's start on; the others are left to the caller
 std::size_t ShufflePixels(const PixelRule& rule, unsigned char* pDst, const unsigned char* pSrc,
                           std::size_t nPixels);
 

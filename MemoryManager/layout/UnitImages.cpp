@@ -1,5 +1,5 @@
-// Line lengths of external images that unit bands are read from and written to, and the check that all of
-// their positions can be told in 32 bits.
+// Line lengths of the external images that unit bands are read from and written to, and the check that every
+// byte of such an image has a 32-bit position.
 
 #include "MemoryManager/layout/UnitImages.h"
 
@@ -17,7 +17,7 @@ std::int64_t PixelBytesOf(int nFormat, int nWidth)
     return std::int64_t{SampleBytesOf(nFormat)} * SamplesOf(nFormat) * nWidth;
 }
 
-/// Whether lines of nTaken bytes that start nStep apart end in front of the last position that 32 bits tell.
+/// Whether lines of nTaken bytes that start nStep bytes apart do not overlap and end within 32 bits.
 bool AreLinesReachable(const T_ImgInf& inf, std::int64_t nTaken, std::int64_t nStep)
 {
     if (inf.nWidth < 0 || inf.nHeight < 0 || nStep < nTaken)

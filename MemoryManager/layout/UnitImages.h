@@ -1,6 +1,15 @@
 #pragma once
-// External images as unit bands reach them: the bytes of their lines, and whether 32 bits hold their
-// positions.
+// External images as unit bands read and write them: the bytes of their lines, and whether every byte has a
+// 32-bit position.
+//
+// Several rules tell how long a stored line is. They agree for every image that CreateParam describes:
+// - CreateParam fills nLineBytes in from the data type;
+// - a source with four samples is read by nLineBytes, which the host may have changed, any other by its
+//   format;
+// - a destination is written by its format, whatever nLineBytes says;
+// - whole images (CImageObjIO) and the band heights of unit objects pad lines of three bytes a pixel in
+//   bitmaps only.
+// For other descriptions each rule decides which bytes are read or written, so they cannot become one.
 //
 // Sources and destinations have line lengths of their own: a source is read with the padding that it has, a
 // destination is written in one form. Neither is the distance from one line to the next, which is the
@@ -12,18 +21,18 @@
 
 #include <cstdint>
 
-/// Bytes that one stored line takes in a source. 0: a format that is not read.
+/// Bytes of one stored line of a source; 0 for a format that is not read.
 ///
-/// Lines of four samples are as long as the description says. Three 8-bit samples are padded to a multiple of
-/// 4 bytes, whatever the file type; three 16-bit samples are not padded.
+/// Lines with four samples a pixel are as long as the description says. Lines with three 8-bit samples are
+/// padded to a multiple of 4 bytes, whatever the file type; lines with three 16-bit samples are not padded.
 std::int64_t SourceLineBytes(const T_ImgInf& in);
 
-/// Bytes from one line to the next within a destination's band. 0: a format that is not written.
-///
-/// Three 8-bit samples are padded to a multiple of 4 bytes in bitmaps and in files that are appended to.
+/// Bytes from one line to the next within a band that is written to a destination; 0 for a format that is not
+/// written. Lines with three 8-bit samples are padded to a multiple of 4 bytes in bitmaps and in files that
+/// are appended to.
 std::int64_t DestinationLineBytes(const T_ImgInf& out);
 
-/// Whether the image can be reached: no size is negative, lines do not overlap, and every byte has a position
-/// below 4 GiB - 1. A format that is neither read nor written is reachable.
+/// Whether the image can be read or written: no size is negative, lines do not overlap, and every byte has a
+/// position below 4 GiB - 1. A format that is not read or written counts as reachable.
 bool IsSourceReachable(const T_ImgInf& in);
 bool IsDestinationReachable(const T_ImgInf& out);

@@ -1,5 +1,6 @@
-// The backing store of one image object: a committed block, or a temporary file under mapped views.
-// Which of the two is decided by the sizes that Create gets; ConvertFile and MapBandAll change it later.
+// The backing store of one image object: a committed block, or a temporary file reached through mapped views.
+// Create decides between the two by the sizes it is given; ConvertFile and MapBandAll change the decision
+// later.
 
 #include "MemoryManager/CImageCtrl.h"
 
@@ -32,40 +33,27 @@ constexpr int kLineDebugMapping = 907;
 
 constexpr BYTE kBlankHeader[100] = {};
 
-DWORD Report(int nLine)
-{
-    ReportFileAccessError(kUnit, nLine, GetLastError());
-    return MM_FILE_ACCESS;
-}
-
 HANDLE MapWritable(HANDLE hFile, int nSize)
 {
     return CreateFileMappingA(hFile, nullptr, PAGE_READWRITE, 0, static_cast<DWORD>(nSize), nullptr);
 }
 
-// A temporary file that other handles may read and write, and that outlives its handle.
+// Opens a temporary file that other handles may read and write, and that stays when this handle is closed.
 HANDLE OpenSharedFile(const char* pszPath, DWORD nCreation)
 {
     return CreateFileA(pszPath, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                        nCreation, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
-bool Append(HANDLE hFile, const void* pBytes, int nBytes)
-{
-    DWORD nWritten = 0;
-    return nBytes == 0 || WriteFileByView(hFile, pBytes, static_cast<DWORD>(nBytes), &nWritten, kAppend,
-                                          kFlushLoadPercent) != 0;
-}
-
 } // namespace
 
-// What a named temporary file is made of, and the lines that report where it could not be made.
+// What a named temporary file is made of, and the line of the log entry for each step that may fail.
 struct CImageCtrl::TempFile
 {
-    int nHeader; // zero bytes ahead of the data
+    DWORD nHeader; // zero bytes ahead of the data
     const void* pData;
-    int nData;
-    int nMapped; // the file becomes that long
+    DWORD nData;
+    int nFileSize; // what follows the data is zero
     int nNameLine, nFileLine, nHeaderLine, nDataLine, nReopenLine, nMappingLine;
 };
 
@@ -88,7 +76,7 @@ DWORD CImageCtrl::Create(LONG nSize, LONG nLimit, int nSlots)
     m_nMapCnt = nSlots;
 
     const bool bHasFile = m_hFile != INVALID_HANDLE_VALUE;
-    if (bHasFile && m_hMap != nullptr) // a file made by ConvertFile has no room for a header
+    if (bHasFile && m_hMap != nullptr) // a file that ConvertFile made has no header
         m_nFileSize = static_cast<int>(std::min(static_cast<DWORD>(m_nFileSize), FileLength(m_hFile)));
     if (nSize > nLimit) {
         if (!bHasFile) {
@@ -153,7 +141,7 @@ DWORD CImageCtrl::FreeBandAdress(int nSlot)
 
 DWORD CImageCtrl::MapBandAll(DWORD, DWORD nBytes, int)
 {
-    // Band addresses are counted from slot 0, so its view must start at the file's beginning.
+    // All addresses will be counted from the view in slot 0, so it must start at the start of the file.
     if (m_nAllMapFlg != 1 && m_nHdrSize >= static_cast<int>(AllocationGranularity()))
         return MM_STORE_NOT_MAPPED;
     const void* pData = MapBandAdress(0, nBytes, 0);
@@ -169,16 +157,23 @@ DWORD CImageCtrl::ConvertFile(int nSize)
         m_nAllMapFlg = 0;
         return MM_SUCCESS;
     }
-    // Only a created store owns the block in slot 0; the host's own is not ours to release.
+    // The block in slot 0 is the store's to release only if Create made it; else it is the host's.
     if (m_eAcsType != ACS_MEMORY || m_bCreated == 0 || m_pMapAdr[0] == nullptr) {
         SetLastError(ERROR_INVALID_HANDLE);
-        return Report(kLineConvertWrite);
+        return FailFileAccess(kUnit, kLineConvertWrite);
     }
     if (nSize <= 0 || nSize > m_nFileSize)
         return MM_BAD_ARGUMENT;
-    const DWORD nResult =
-        WriteTempFile({0, m_pMapAdr[0], nSize, nSize, kLineConvertName, kLineConvertFile, kLineConvertWrite,
-                       kLineConvertWrite, kLineConvertReopen, kLineConvertMapping});
+    const DWORD nResult = WriteTempFile({.nHeader = 0,
+                                         .pData = m_pMapAdr[0],
+                                         .nData = static_cast<DWORD>(nSize),
+                                         .nFileSize = nSize,
+                                         .nNameLine = kLineConvertName,
+                                         .nFileLine = kLineConvertFile,
+                                         .nHeaderLine = kLineConvertWrite,
+                                         .nDataLine = kLineConvertWrite,
+                                         .nReopenLine = kLineConvertReopen,
+                                         .nMappingLine = kLineConvertMapping});
     if (nResult != MM_SUCCESS)
         return nResult;
 
@@ -200,9 +195,16 @@ DWORD CImageCtrl::DebugConvertWrite(T_Image_tag* pFlat, LONG nTotalBytes, LONG n
         return MM_BAD_ARGUMENT; // what the store holds would be lost
 
     const int nFileSize = std::max(int{nTotalBytes}, static_cast<int>(AllocationGranularity()));
-    const DWORD nResult = WriteTempFile({nHeaderBytes, pFlat->pBase, static_cast<int>(nData), nFileSize,
-                                         kLineDebugName, kLineDebugFile, kLineDebugHeader, kLineDebugWrite,
-                                         kLineDebugReopen, kLineDebugMapping});
+    const DWORD nResult = WriteTempFile({.nHeader = static_cast<DWORD>(nHeaderBytes),
+                                         .pData = pFlat->pBase,
+                                         .nData = static_cast<DWORD>(nData),
+                                         .nFileSize = nFileSize,
+                                         .nNameLine = kLineDebugName,
+                                         .nFileLine = kLineDebugFile,
+                                         .nHeaderLine = kLineDebugHeader,
+                                         .nDataLine = kLineDebugWrite,
+                                         .nReopenLine = kLineDebugReopen,
+                                         .nMappingLine = kLineDebugMapping});
     if (nResult != MM_SUCCESS)
         return nResult;
     m_nFileSize = nFileSize;
@@ -282,7 +284,7 @@ DWORD CImageCtrl::CreateMMF(int nSize, int bNewFile)
 {
     if (bNewFile == 1) {
         if (!MakeTempName())
-            return Report(kLineTempName);
+            return FailFileAccess(kUnit, kLineTempName);
         m_hFile = CreateFileA(m_szFileName, GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                               FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
         if (m_hFile == INVALID_HANDLE_VALUE)
@@ -293,7 +295,7 @@ DWORD CImageCtrl::CreateMMF(int nSize, int bNewFile)
         return MM_SUCCESS;
     CloseHandle(m_hFile); // a new file disappears with its handle
     m_hFile = INVALID_HANDLE_VALUE;
-    return Report(kLineMapping);
+    return FailFileAccess(kUnit, kLineMapping);
 }
 
 void* CImageCtrl::ReadMMF(DWORD nPos, DWORD nBytes, void** ppView)
@@ -327,7 +329,7 @@ void CImageCtrl::CloseMapping()
     m_hMap = nullptr;
 }
 
-// Makes an empty file in the temporary folder and puts its path into m_szFileName.
+// Creates an empty file in the temporary folder and puts its path into m_szFileName.
 bool CImageCtrl::MakeTempName()
 {
     if (GetTempDirctoryName() != MM_SUCCESS && !IsTempFolderKnown()) {
@@ -337,34 +339,35 @@ bool CImageCtrl::MakeTempName()
     return GetTempFileNameA(ms_TempDirctoryName, "LRG", 0, m_szFileName) != 0;
 }
 
-// Reports why the temporary file could not be finished and takes it back: a full disk needs the room.
+// Reports why the temporary file could not be finished, and deletes it so that it takes no room on a full
+// disk.
 DWORD CImageCtrl::GiveUpTempFile(int nLine)
 {
     if (m_hFile != INVALID_HANDLE_VALUE)
         CloseHandle(m_hFile);
     m_hFile = INVALID_HANDLE_VALUE;
-    Report(nLine);
+    const DWORD nResult = FailFileAccess(kUnit, nLine);
     DeleteFileA(m_szFileName);
-    return MM_FILE_ACCESS;
+    return nResult;
 }
 
-// Makes and maps a named temporary file; when that fails, nothing of it is left.
+// Writes a named temporary file and maps it. When that fails, the file is deleted.
 DWORD CImageCtrl::WriteTempFile(const TempFile& file)
 {
     if (!MakeTempName())
-        return Report(file.nNameLine);
+        return FailFileAccess(kUnit, file.nNameLine);
     m_hFile = OpenSharedFile(m_szFileName, CREATE_ALWAYS);
     if (m_hFile == INVALID_HANDLE_VALUE)
         return GiveUpTempFile(file.nFileLine);
-    if (!Append(m_hFile, kBlankHeader, file.nHeader))
+    if (!AppendByViews(m_hFile, kBlankHeader, file.nHeader))
         return GiveUpTempFile(file.nHeaderLine);
-    if (!Append(m_hFile, file.pData, file.nData))
+    if (!AppendByViews(m_hFile, file.pData, file.nData))
         return GiveUpTempFile(file.nDataLine);
 
     CloseHandle(m_hFile);
     m_hFile = OpenSharedFile(m_szFileName, OPEN_EXISTING);
     if (m_hFile == INVALID_HANDLE_VALUE)
         return GiveUpTempFile(file.nReopenLine);
-    m_hMap = MapWritable(m_hFile, file.nMapped);
+    m_hMap = MapWritable(m_hFile, file.nFileSize);
     return m_hMap != nullptr ? MM_SUCCESS : GiveUpTempFile(file.nMappingLine);
 }

@@ -1,5 +1,5 @@
-// The store over an image that the host has: a file under mapped views, a file behind a band buffer, or a
-// block. An output behind a buffer is written back band by band, with patience while the disk is full.
+// The store over an image of the host's: a file reached through mapped views, a file read and written through
+// a band buffer, or a block. Writing the buffer to an output is retried while the disk is full.
 
 #include "MemoryManager/CImageCtrlIO.h"
 
@@ -20,15 +20,16 @@ constexpr char kMappingUnit[] = "MemoryManager/CImageCtrl";
 // Statements that report to the error log.
 constexpr int kLineReadWhole = 156;
 constexpr int kLineWriteBack = 402;
-constexpr int kLineMapping = 322; // of kMappingUnit
+constexpr int kLineMapping = 322; // in kMappingUnit
 
-// A failed write-back attempt counts 1 while the disk is full, else 60; it is over at 600.
-constexpr int kAttemptDiskFull = 1;
-constexpr int kAttemptOther = 60;
-constexpr int kAttemptsOver = 600;
+// Write-back gives up when the weights of its failed attempts add up to the limit.
+constexpr int kWeightDiskFull = 1;
+constexpr int kWeightOther = 60;
+constexpr int kWeightLimit = 600;
 constexpr DWORD kAttemptPauseMs = 100;
 
-// Bytes ahead of a work buffer that hold its size; they keep it aligned to cache lines.
+// Bytes ahead of a work buffer, which hold its size. As many as a cache line has, so that the buffer is
+// aligned.
 constexpr SIZE_T kWorkBufferHead = 64;
 
 } // namespace
@@ -38,7 +39,7 @@ CImageCtrlIO::CImageCtrlIO() : m_pTmpBuf(nullptr), m_nBandOffset(0), m_nBandSize
 CImageCtrlIO::CImageCtrlIO(const CImageCtrlIO& other) = default;
 CImageCtrlIO& CImageCtrlIO::operator=(const CImageCtrlIO& other) = default;
 
-// The library exports these under this class's name too.
+// Exported under this class's name too.
 void* CImageCtrlIO::GetFHandle() const
 {
     return CImageCtrl::GetFHandle();
@@ -81,7 +82,7 @@ DWORD CImageCtrlIO::Create(LONG nSize, LONG nLimit, int nSlots)
     case ACS_MMF:
         nResult = CreateMapping(bWhole);
         break;
-    case ACS_MEMORY: // the host's block is the image: nothing is made
+    case ACS_MEMORY: // the host's block holds the image: there is nothing to make
         m_nAllMapFlg = 1;
         return MM_SUCCESS;
     case ACS_FILEIO:
@@ -115,7 +116,8 @@ void* CImageCtrlIO::MapBandAdress(DWORD nOffset, DWORD nBytes, int nSlot)
 
     void* pBand = nullptr;
     if (m_eAcsType == ACS_FILEIO) {
-        const SIZE_T nAt = m_nAllMapFlg == 1 ? static_cast<SIZE_T>(nPos) : 0; // of the band in the buffer
+        const SIZE_T nAt =
+            m_nAllMapFlg == 1 ? static_cast<SIZE_T>(nPos) : 0; // the band's place in the buffer
         if (nBytes == 0 || nAt + ULONGLONG{nBytes} > BufferCapacity())
             return nullptr;
         pBand = static_cast<BYTE*>(m_pMapAdr[0]) + nAt;
@@ -137,7 +139,7 @@ DWORD CImageCtrlIO::FreeBandAdress(int nSlot)
         return MM_BAD_ARGUMENT;
     if (m_eAcsType == ACS_MMF) {
         if (nSlot == 0)
-            m_nAllMapFlg = 0; // without its whole view the store goes on band by band
+            m_nAllMapFlg = 0; // without its whole view the store maps band by band
         return ReleaseSlot(nSlot) ? MM_SUCCESS : MM_EXTERNAL_UNMAP;
     }
     if (m_eAcsType != ACS_FILEIO || m_eImgType != IMG_OUTPUT || m_nBandSize == 0)
@@ -201,12 +203,12 @@ SIZE_T CImageCtrlIO::WorkBufferBytes() const
     return nSize;
 }
 
-// Maps the host's file, which an output grows into and an input must fill.
+// Maps the host's file. An output's file is extended; an input's must be long enough.
 DWORD CImageCtrlIO::CreateMapping(bool bWhole)
 {
     if (IsInputTooShort()) {
-        ReportFileAccessError(kMappingUnit, kLineMapping, kErrorEndOfFile);
-        return MM_FILE_ACCESS;
+        SetLastError(kErrorEndOfFile);
+        return FailFileAccess(kMappingUnit, kLineMapping);
     }
     if (const DWORD nResult = CreateMMF(m_nFileSize, 0); nResult != MM_SUCCESS)
         return nResult;
@@ -218,7 +220,7 @@ DWORD CImageCtrlIO::CreateMapping(bool bWhole)
     return m_pMapAdr[0] != nullptr ? MM_SUCCESS : MM_EXTERNAL_VIEW;
 }
 
-// Commits the band buffer and, for an input that it holds whole, fills it.
+// Commits the band buffer and fills it with an input that it holds whole.
 DWORD CImageCtrlIO::CreateBuffer(LONG nBytes, bool bWhole)
 {
     m_pMapAdr[0] = AllocMemoryBlock(static_cast<SIZE_T>(nBytes), 0);
@@ -229,17 +231,15 @@ DWORD CImageCtrlIO::CreateBuffer(LONG nBytes, bool bWhole)
         return MM_SUCCESS;
 
     if (IsInputTooShort()) {
-        ReportFileAccessError(kUnit, kLineReadWhole, kErrorEndOfFile);
-        return MM_FILE_ACCESS;
+        SetLastError(kErrorEndOfFile);
+        return FailFileAccess(kUnit, kLineReadWhole);
     }
-    if (bWhole && !ReadAt(0, static_cast<DWORD>(m_nFileSize))) {
-        ReportFileAccessError(kUnit, kLineReadWhole, GetLastError());
-        return MM_FILE_ACCESS;
-    }
+    if (bWhole && !ReadAt(0, static_cast<DWORD>(m_nFileSize)))
+        return FailFileAccess(kUnit, kLineReadWhole);
     return MM_SUCCESS;
 }
 
-// Takes back what Create made; the host's file and block stay.
+// Releases what Create made. The host's file and block stay as they are.
 void CImageCtrlIO::ReleaseBacking()
 {
     if (m_eAcsType == ACS_MMF) {
@@ -276,7 +276,8 @@ bool CImageCtrlIO::IsInputTooShort() const
     return m_eImgType == IMG_INPUT && FileLength(m_hFile) < static_cast<DWORD>(m_nFileSize);
 }
 
-// Fills the start of the band buffer from the file position nPos; behind the file's end come zeros.
+// Reads nBytes from the file position nPos to the start of the band buffer. Bytes behind the file's end are
+// zero.
 bool CImageCtrlIO::ReadAt(DWORD nPos, DWORD nBytes)
 {
     DWORD nRead = 0;
@@ -287,9 +288,9 @@ bool CImageCtrlIO::ReadAt(DWORD nPos, DWORD nBytes)
     return true;
 }
 
-// Writes the band on loan: of a whole image to its own place, else to the end of the file. The place is fixed
-// by the first attempt that learns it, and kept for the next call, so that an attempt that grew the file and
-// failed shifts nothing.
+// Writes the band on loan: to its own place when the image is held whole, else to the end of the file. The
+// place is determined once and kept for the next call. An attempt that failed may have extended the file
+// already, and a band that was then appended would leave a gap.
 DWORD CImageCtrlIO::WriteBack()
 {
     const BYTE* pSource = static_cast<BYTE*>(m_pMapAdr[0]);
@@ -299,7 +300,7 @@ DWORD CImageCtrlIO::WriteBack()
         pSource += m_nBandOffset;
     if (m_nAllMapFlg == 1 || m_nBandSize < 0)
         nPlace = static_cast<DWORD>(m_nBandOffset);
-    for (int nCounter = 0; nCounter < kAttemptsOver;) {
+    for (int nCounter = 0; nCounter < kWeightLimit;) {
         if (nPlace == kAppend)
             nPlace = FileLength(m_hFile);
         DWORD nWritten = 0;
@@ -311,7 +312,7 @@ DWORD CImageCtrlIO::WriteBack()
         const DWORD nError = GetLastError();
         ReportFileAccessErrorCounted(kUnit, kLineWriteBack, nError, nCounter);
         Sleep(kAttemptPauseMs);
-        nCounter += nError == ERROR_DISK_FULL ? kAttemptDiskFull : kAttemptOther;
+        nCounter += nError == ERROR_DISK_FULL ? kWeightDiskFull : kWeightOther;
     }
     if (nPlace != kAppend) {
         m_nBandOffset = static_cast<int>(nPlace);

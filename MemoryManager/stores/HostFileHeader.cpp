@@ -1,5 +1,5 @@
-// Bitmap headers of external images: writing the one of a new output, finding where an input's begins.
-// The pixel data behind an output's header follows later, band by band.
+// Bitmap headers of external images: writing the header of a new output, finding where the header of an input
+// begins. The pixels behind an output's header follow later, band by band.
 
 #include "MemoryManager/CImageCtrlIO.h"
 
@@ -14,7 +14,7 @@
 
 namespace {
 
-// Bytes of the picture; lines of 3-byte pixels are padded to multiples of 4 bytes. Negative: no such picture.
+// Bytes of the picture's lines with their padding. Negative: a size is, or they are more than INT32_MAX.
 LONGLONG PictureBytes(int nWidth, int nHeight, int nPixelBytes)
 {
     if (nWidth < 0 || nHeight < 0)
@@ -23,7 +23,7 @@ LONGLONG PictureBytes(int nWidth, int nHeight, int nPixelBytes)
     return nHeight > INT32_MAX / std::max<LONGLONG>(nLineBytes, 1) ? -1 : nLineBytes * nHeight;
 }
 
-// Position of the first "BM" whose 'B' is among the first nScan bytes that next(BYTE&) delivers; -1 without.
+// Position of the first "BM" whose 'B' is among the first nScan bytes that next(BYTE&) delivers; -1: none.
 template <class Next> int FindSignature(int nScan, Next next)
 {
     bool bAfterB = false;
@@ -64,11 +64,8 @@ int CImageCtrlIO::OutPutDIBHeader(int nWidth, int nHeight, int nPixelBytes)
     switch (m_eAcsType) {
     case ACS_MMF:
         return WriteHeaderView(header.data(), header.size());
-    case ACS_FILEIO: {
-        DWORD nWritten = 0;
-        return WriteFileByView(m_hFile, header.data(), MM_BITMAP_HEADER_BYTES, &nWritten, kAppend,
-                               kFlushLoadPercent);
-    }
+    case ACS_FILEIO:
+        return AppendByViews(m_hFile, header.data(), MM_BITMAP_HEADER_BYTES) ? 1 : 0;
     case ACS_MEMORY:
         if (m_pMapAdr[0] != nullptr) {
             std::memcpy(m_pMapAdr[0], header.data(), header.size());
@@ -97,8 +94,8 @@ int CImageCtrlIO::SchDIBHeader(int nWidth, int nHeight, int nPixelBytes, int)
     return FindSignatureIn(m_pMapAdr[0], static_cast<SIZE_T>(nScan) + 1, nScan);
 }
 
-// Gives the host's empty file its header through a view; a mapping that could not be viewed stays for
-// Destroy.
+// Writes the header to the host's empty file through a view. When no view could be mapped, the mapping is
+// left for Destroy to close.
 int CImageCtrlIO::WriteHeaderView(const void* pHeader, SIZE_T nBytes)
 {
     m_hMap = CreateFileMappingA(m_hFile, nullptr, PAGE_READWRITE, 0, static_cast<DWORD>(nBytes), nullptr);
@@ -113,11 +110,11 @@ int CImageCtrlIO::WriteHeaderView(const void* pHeader, SIZE_T nBytes)
     return 1;
 }
 
-// Looks for the signature through a read-only view; a file shorter than the nData bytes of its picture is
-// refused.
+// Looks for the signature through a read-only view. A file that is shorter than the nData bytes of its
+// picture cannot be mapped.
 int CImageCtrlIO::ScanMapping(DWORD nData, int nScan)
 {
-    // One byte more, where the file has it: it may complete a pair that starts in the last byte scanned.
+    // One byte more where the file has it: a signature may start in the last byte scanned.
     const DWORD nLength = FileLength(m_hFile);
     const DWORD nMapped = nLength > nData ? nData + 1 : nData;
     m_hMap = CreateFileMappingA(m_hFile, nullptr, PAGE_READONLY, 0, nMapped, nullptr);
@@ -133,7 +130,7 @@ int CImageCtrlIO::ScanMapping(DWORD nData, int nScan)
     return bReleased ? nFound : -1;
 }
 
-// Looks for the signature byte by byte, since the position behind it is where the host's next read starts.
+// Looks for the signature byte by byte, so that the file's position ends right behind it.
 int CImageCtrlIO::ScanFile(int nScan)
 {
     return FindSignature(nScan, [this](BYTE& nByte) {

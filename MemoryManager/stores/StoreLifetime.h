@@ -1,9 +1,11 @@
 #pragma once
-// Stores as their objects see them: making and deleting one whose class the deleting side does not know, and
-// whether it lies in a file.
+// Making and deleting stores whose class the deleting side does not know, and asking whether a store has a
+// file.
 //
-// A store has no virtual destructor, since its virtual slots are fixed. Both store classes are trivially
-// destructible, so that taking and giving back raw storage is all there is to do.
+// A store has no virtual destructor, because the slots of its virtual table are fixed. Both store classes are
+// trivially destructible, so that it is enough to return their storage.
+//
+// Internal.
 
 #include "MemoryManager/CImageCtrlIO.h"
 #include "Platform/Platform.h"
@@ -13,7 +15,7 @@
 
 static_assert(std::is_trivially_destructible_v<CImageCtrl> && std::is_trivially_destructible_v<CImageCtrlIO>);
 
-/// A store in its initial state; null when memory is short. Given back with DeleteStore.
+/// A new store in its initial state; null when memory is short. Deleted with DeleteStore.
 template <class Store> Store* NewStore()
 {
     static_assert(std::is_base_of_v<CImageCtrl, Store> && std::is_trivially_destructible_v<Store>);
@@ -21,12 +23,13 @@ template <class Store> Store* NewStore()
     return pStorage != nullptr ? ::new (pStorage) Store : nullptr;
 }
 
-/// Gives the store's own storage back; call its Destroy first. Null is ignored.
+/// Frees the store's own storage; call the store's Destroy first. Null is ignored.
 inline void DeleteStore(CImageCtrl* pStore)
 {
     ::operator delete(dynamic_cast<void*>(pStore));
 }
 
+/// Whether the store has a temporary file or a host's file.
 inline bool HasFile(const CImageCtrl& store)
 {
     return store.GetFHandle() != INVALID_HANDLE_VALUE;

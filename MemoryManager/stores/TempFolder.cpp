@@ -1,5 +1,5 @@
-// The folder of the temporary files: finding it once per process, and cleaning up what earlier runs left.
-// The two text helpers compare without regard to case.
+// The folder of the temporary files: finding it, and deleting what earlier runs left in it, once per process.
+// The two text helpers ignore case; no operation of the library calls them.
 
 #include "MemoryManager/CImageCtrl.h"
 
@@ -19,7 +19,7 @@ constexpr DWORD kPathChars = 260;
 
 volatile LONG s_lCleanTempFlg = 0; // 1 once CleanTempFolder has started
 
-// False when folder and name together overrun a path.
+// False when folder and name together are too long for a path.
 bool JoinPath(char (&szPath)[kPathChars], const char* pszFolder, const char* pszName)
 {
     return std::snprintf(szPath, kPathChars, "%s%s", pszFolder, pszName) < static_cast<int>(kPathChars);
@@ -41,11 +41,11 @@ DWORD CImageCtrl::GetTempDirctoryName()
 
     char szFolder[kPathChars + 1] = {};
     const DWORD nChars = GetTempPathA(kPathChars, szFolder);
-    if (nChars == 0 || nChars >= kPathChars) // a longer folder is reported by the length it needs
+    if (nChars == 0 || nChars >= kPathChars) // for a longer folder the system returns the length it needs
         return MM_BAD_ARGUMENT;
 
     const LibraryLock lock;
-    if (ms_TempDirctoryName[0] == '\0') // stores read a known name without the lock: it never changes
+    if (ms_TempDirctoryName[0] == '\0') // set only once: stores read a known name without the lock
         std::snprintf(ms_TempDirctoryName, sizeof(ms_TempDirctoryName), "%s", szFolder);
     return MM_SUCCESS;
 }
@@ -77,7 +77,7 @@ void CImageCtrl::RemoveTmpFiles()
         return;
     do {
         if (JoinPath(szPath, ms_TempDirctoryName, entry.cFileName))
-            DeleteFileA(szPath); // fails for folders and for files that a process still holds
+            DeleteFileA(szPath); // fails for folders and for files that a process still uses
     } while (FindNextFileA(hFind, &entry));
     FindClose(hFind);
 }

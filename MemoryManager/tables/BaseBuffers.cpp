@@ -1,5 +1,5 @@
-// Band buffers with margins, carved out of one block that only grows.
-// A record has a size other than 0 only while it has a block of that size.
+// Band buffers with margins, placed in one block that is kept until a larger one is needed. Once initialised,
+// a record has a block exactly while its size is not 0.
 
 #include "MemoryManager/BaseBuffer.h"
 
@@ -21,7 +21,7 @@ constexpr std::uint64_t kBlockStep = 65536;
 constexpr std::uint64_t kDataAlignment = 16;
 constexpr std::uint64_t kMostBytes = std::numeric_limits<int>::max();
 
-/// A buffer's part of the block; its data begins behind the lead, the margin above it.
+/// A buffer's part of the block. Its data lies behind the lead, which holds the margin above it.
 struct Region
 {
     std::uint64_t nLead;
@@ -33,14 +33,15 @@ std::uint64_t RoundUp(std::uint64_t n, std::uint64_t nStep)
     return (n + nStep - 1) / nStep * nStep;
 }
 
-/// For arguments that are not negative. Nothing here exceeds 64 bits.
+/// The part that a buffer needs, for arguments within 31 bits: nothing here overflows 64 bits.
 Region RegionOf(std::uint64_t nLines, std::uint64_t nMargin, std::uint64_t nPitch)
 {
     const std::uint64_t nLead = RoundUp(nMargin * nPitch, kDataAlignment);
     return {nLead, RoundUp((nLines + nMargin) * nPitch + nLead, kDataAlignment)};
 }
 
-/// Lays all buffers out. The bytes of the block that they need, or 0 for a request that is refused.
+/// Computes each buffer's part. Returns the bytes of the block that they need, or 0 for a request that is
+/// refused.
 int LayOut(const T_BaseBuf_tag& record, Region (&regions)[MM_BASE_BUFFERS])
 {
     if (record.nBufCnt < 1 || record.nBufCnt > MM_BASE_BUFFERS)

@@ -1,5 +1,6 @@
-// The table's life and its named sections and keys: adding, finding by hash and name, reading and writing.
-// A slot counts only once all of its parts exist, so that an addition that fails leaves the table as it was.
+// The life of a table, and its named sections and keys: adding, finding by hash and name, reading and
+// writing. A slot is counted only when all of its parts exist, so that a failed addition leaves the table as
+// it was.
 
 #include "MemoryManager/CWorkTableList.h"
 
@@ -16,7 +17,7 @@
 
 namespace {
 
-/// Makes room for one more element, zero-filled. False: no memory, and the array is as it was.
+/// Makes room for one more element, which is zero-filled. False: no memory, and the array is as it was.
 template <class Element> bool AddSlot(Element*& pArray, int nCount, int& nMax)
 {
     if (nCount < nMax)
@@ -48,7 +49,7 @@ bool IsBlank(char c)
     return c == ' ' || c == '\t';
 }
 
-/// The number a text starts with, 0 for none, the nearest that fits for one too large.
+/// The number at the start of a text: 0 when there is none, the nearest that fits for one that is too large.
 int NumberAt(const char* pszText)
 {
     using Int = std::numeric_limits<int>;
@@ -90,7 +91,7 @@ int CWorkTableList::KeyReadInt(const char* pszSection, const char* pszKey, int n
         return nDefault;
     while (IsBlank(*pszValue))
         ++pszValue;
-    return NumberAt(*pszValue == '"' ? pszValue + 1 : pszValue); // what closes the quotes ends the number
+    return NumberAt(*pszValue == '"' ? pszValue + 1 : pszValue); // a closing quote ends the number
 }
 
 int CWorkTableList::KeyWriteInt(const char* pszSection, const char* pszKey, int nValue)
@@ -208,10 +209,12 @@ int CWorkTableList::KeyWriteData(const char* pszSection, const char* pszKey, con
 
     _KEY& key = section.pKey[nKey];
     LocalFree(std::exchange(key.pszValue, nullptr));
-    if (pszValue)
-        return (key.pszValue = NewText(pszValue)) ? 1 : 0;
-    key.szName[0] = '\0';
-    return 1;
+    if (!pszValue) {
+        key.szName[0] = '\0';
+        return 1;
+    }
+    key.pszValue = NewText(pszValue);
+    return key.pszValue ? 1 : 0;
 }
 
 int CWorkTableList::Trim(char* pszText)

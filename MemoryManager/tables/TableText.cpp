@@ -1,5 +1,5 @@
-// The table as text, appended to a file in one piece: its exact size first, then the lines, then the file.
-// Line ends are CR LF on every system; names and values keep their bytes.
+// The table as text. Its exact size is counted first, then the text is made in memory and appended to the
+// file in one piece. Lines end with CR LF on every system; names and values keep their bytes.
 
 #include "MemoryManager/CWorkTableList.h"
 #include "MemoryManager/base/PlatformHelpers.h"
@@ -14,10 +14,12 @@ namespace {
 
 constexpr char kOpen[] = "[", kClose[] = "]\r\n", kAssign[] = "\t=\t", kLineEnd[] = "\r\n";
 
-/// The maximum's name and the first byte of the bracket that the name of the forced one goes on with.
+/// Bytes of the forced maximum's name that are compared: the maximum's name and the lead byte of the bracket
+/// that follows it.
 constexpr std::size_t kForcedBytes = 17;
 
-/// Whether a section has keys and is not that of the maximum, which is for reading back only.
+/// Whether a section is written: it has keys, and is not the section of the maximum, which only KeyReadInt
+/// reads.
 bool IsWritten(const _SECTION& section)
 {
     if (!section.pKey)
@@ -44,19 +46,16 @@ std::uint64_t TextBytes(const _SECTION& section)
     return nBytes + std::strlen(kLineEnd);
 }
 
-/// Appends to a file that is made if need be. 0: not opened or not written.
-int AppendToFile(const char* pszPath, const char* pText, DWORD nBytes)
+/// Appends the text to a file, which is created if need be. False: not opened or not written.
+bool AppendToFile(const char* pszPath, const char* pText, DWORD nBytes)
 {
     const HANDLE hFile = CreateFileA(pszPath, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
                                      FILE_ATTRIBUTE_NORMAL, nullptr);
     if (!hFile || hFile == INVALID_HANDLE_VALUE)
-        return 0;
-    DWORD nWritten = 0;
-    const int nDone = nBytes == 0 // an empty file has nothing to map
-                          ? 1
-                          : WriteFileByView(hFile, pText, nBytes, &nWritten, kAppend, kFlushLoadPercent);
+        return false;
+    const bool bDone = AppendByViews(hFile, pText, nBytes);
     CloseHandle(hFile);
-    return nDone;
+    return bDone;
 }
 
 } // namespace
@@ -67,7 +66,8 @@ int CWorkTableList::FlushData(const char* pszPath)
         return 0;
     std::uint64_t nBytes = 0;
     for (int i = 0; i < m_nSectionCnt; ++i)
-        nBytes += IsWritten(m_pSection[i]) ? TextBytes(m_pSection[i]) : 0;
+        if (IsWritten(m_pSection[i]))
+            nBytes += TextBytes(m_pSection[i]);
     if (nBytes >= std::numeric_limits<DWORD>::max())
         return 0;
     char* pText = static_cast<char*>(LocalAlloc(LMEM_FIXED, static_cast<SIZE_T>(nBytes) + 1));
@@ -87,9 +87,9 @@ int CWorkTableList::FlushData(const char* pszPath)
         }
         pEnd = StrCpy(pEnd, kLineEnd);
     }
-    const int nDone = AppendToFile(pszPath, pText, static_cast<DWORD>(nBytes));
+    const bool bDone = AppendToFile(pszPath, pText, static_cast<DWORD>(nBytes));
     LocalFree(pText);
-    return nDone;
+    return bDone ? 1 : 0;
 }
 
 char* CWorkTableList::StrCpy(char* pszTo, const char* pszFrom)

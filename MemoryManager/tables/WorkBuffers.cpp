@@ -1,5 +1,5 @@
-// Work buffers: a step lists them in a table, and one block serves them all.
-// They lie in it without gaps, in the order they were listed; the budget of the images knows nothing of them.
+// Work buffers: a processing step lists them in a table, and one block holds them all. They lie in it without
+// gaps, in the order they were listed. The images' budget is not charged for them.
 
 #include "MemoryManager/CWorkTableList.h"
 #include "MemoryManager/base/PlatformHelpers.h"
@@ -10,12 +10,13 @@
 
 namespace {
 
+/// The field that holds a named section's hash holds a work buffer's size.
 DWORD BytesOf(const _SECTION& buffer)
 {
     return static_cast<DWORD>(buffer.nHash);
 }
 
-std::uint64_t BytesOf(const _SECTION* pBuffers, int nCount)
+std::uint64_t SumOfBytes(const _SECTION* pBuffers, int nCount)
 {
     std::uint64_t nBytes = 0;
     for (int i = 0; i < nCount; ++i)
@@ -41,7 +42,7 @@ int CWorkTableList::SetWorkTable(unsigned char** ppBuf, unsigned int nSize)
 
 int CWorkTableList::GetTotalSize()
 {
-    const std::uint64_t nBytes = BytesOf(m_pSection, m_nSectionCnt);
+    const std::uint64_t nBytes = SumOfBytes(m_pSection, m_nSectionCnt);
     if (nBytes == 0)
         return 0;
     if (m_nTotalSize == 0) {
@@ -55,7 +56,7 @@ int CWorkTableList::GetTotalSize()
 
 int CWorkTableList::AllocWorkTable()
 {
-    const std::uint64_t nBytes = BytesOf(m_pSection, m_nSectionCnt);
+    const std::uint64_t nBytes = SumOfBytes(m_pSection, m_nSectionCnt);
     if (nBytes == 0)
         return 1;
     const SIZE_T nTotal = static_cast<SIZE_T>(GetTotalSize());
