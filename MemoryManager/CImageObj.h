@@ -16,366 +16,466 @@ enum MM_DIRECTION : int
     MM_BAND_UPWARD = 1,   ///< the line is the band's last
 };
 
-/// Frame fill modes: what a frame pixel or line at distance j beyond an image edge takes.
+/// Frame fill modes: what a frame pixel or line at distance j (1, 2, ...) beyond an image edge takes.
 enum MM_FRAME_MODE : int
 {
     MM_FRAME_NONE = 0,        ///< nothing is painted
-    MM_FRAME_REPLICATE = 1,   ///< the edge itself
-    MM_FRAME_MIRROR = 2,      ///< j inside the edge: the edge is not repeated
-    MM_FRAME_MIRROR_EDGE = 3, ///< j - 1 inside the edge
+    MM_FRAME_REPLICATE = 1,   ///< the pixel or line at the edge
+    MM_FRAME_MIRROR = 2,      ///< the one j inside the edge: the edge is not repeated
+    MM_FRAME_MIRROR_EDGE = 3, ///< the one j - 1 inside the edge: the edge is repeated
     MM_FRAME_COLOR = 4,       ///< a fixed colour
 };
 
 /// An image whose data lies in a committed block or in a temporary file, and which a step reaches band by
 /// band.
 ///
-/// Invariants: IsOnMemory() is 1 exactly when m_ImgInfo.nBufSize <= m_nAreaSize. m_ImgInfo.nFsize set by
-/// SetFsize never exceeds nMarginX. While nothing is clipped, withheld or dropped (see MemoryAlloc), the free
-/// budget and the m_nAreaSize of all objects add up to the reserve.
+/// Invariants: IsOnMemory() is 1 exactly when m_ImgInfo.nBufSize <= m_nAreaSize. SetFsize keeps
+/// m_ImgInfo.nFsize within nMarginX. As long as nothing is clipped, withheld or dropped (see MemoryAlloc),
+/// the free budget and the charges of all objects and standalone buffers add up to the reserve.
 ///
 /// A unit object (m_nUnitMode 1) has no image of its own: each band is read from one external image and
-/// written to another, which the unit import functions describe to it. While it holds a band, m_ImgInfo.pBase
-/// is that band's buffer; else it is null.
+/// written to another, as the unit import functions of ImgObjUty.h set it up. While it holds a band,
+/// m_ImgInfo.pBase is that band's buffer; otherwise it is null.
 ///
-/// An object is used by one thread at a time and has no lock of its own. Results are the codes of
-/// ResultCodes.h. Bands are released before their object is planned again or destroyed.
+/// An object is used by one thread at a time and has no lock of its own; different objects may be used by
+/// different threads. Results are the codes of ResultCodes.h. No pointer argument may be null unless its
+/// comment says so. Bands must be unmapped before their object is planned again or destroyed.
 class MM_API CImageObj
 {
 public:
     // Life cycle ------------------------------------------------------------------------------------------
 
-    /// No store and no geometry: SetImageInfo makes both.
+    /// An object without a store and without a geometry. SetImageInfo makes both.
     CImageObj();
 
-    /// The source's geometry, a new empty store, no band state.
+    /// An object with the source's geometry, a new empty store and the band state of InitObj. Here and below
+    /// the source is only read, and the new object is never a unit object; m_pImageCtrl is null when memory
+    /// is short.
     explicit CImageObj(CImageObj* pSrc);
 
-    /// The source's geometry with each argument above 0 in place of its width, height and bytes per pixel.
-    /// A pixel size that differs from sample bytes * samples is kept, and sizes the lines.
+    /// The same with other sizes: each argument above 0 replaces the source's width (pixels), height (lines)
+    /// or bytes per pixel. Lines are laid out with that pixel size even if it is not sample bytes * samples.
+    /// If there is no layout for the result, GetAreaSize() is -1 and the planner refuses the object.
     CImageObj(CImageObj* pSrc, int nWidth, int nHeight, int nPixelBytes);
 
-    /// The source's geometry with a new size (arguments above 0), margins, samples and alignment type;
-    /// nFormat keeps the source's value. Here and above: a size without a layout gives an object that the
-    /// planner refuses (GetAreaSize() is -1).
+    /// The same with another geometry. Width and height replace the source's if they are above 0; margins,
+    /// samples (from nFormat) and alignment type (MM_ALIGN) always do. m_ImgInfo.nFormat keeps the source's
+    /// value.
     CImageObj(CImageObj* pSrc, int nWidth, int nHeight, int nMarginX, int nMarginY, int nFormat, int nAlign);
 
-    /// Shallow: both objects then refer to one store and one charge, and only one of them may be destroyed
-    /// while it holds them.
+    /// Copies every member, the pointer to the store and the charge included. An object must not be copied
+    /// while it holds an image, a charge, a unit band, unit mappings or a withheld reserve: with "CImageObj c
+    /// = o;" both destructors would release the same things.
     CImageObj(const CImageObj& other);
+
+    /// The same. What the target held is not released: it must hold nothing either.
     CImageObj& operator=(const CImageObj& other);
 
-    /// Gives back a withheld reserve, destroys the image, frees a unit band that is still held without
-    /// writing it, and closes the unit mappings. Not virtual: destroy an object through a pointer of its own
-    /// class.
+    /// Gives back a withheld reserve, destroys the image, frees a held unit band without writing it, and
+    /// closes the unit mappings. Not virtual: delete an object through a pointer of its own class.
     ~CImageObj();
 
-    /// Resets the band state: ratio 100; band, frame size and frame mode 0.
+    /// Resets the band state of m_ImgInfo: ratio 100; band lines, frame size and frame mode 0.
     void InitObj();
 
-    /// Gives the object a geometry and completes the caller's record in place: samples and pixel size from
-    /// nFormat, layout by CalcAlign. Makes a store when there is none. In unit mode pixels have four samples,
-    /// the band height stays, and an image too large for any buffer is laid out by its lines: nBufSize is -1.
-    /// @return 0; 18 the layout does not fit 32 bits, or a unit band is held; 1 no store could be allocated;
-    ///         nothing is changed then
+    /// Gives the object a geometry. Makes a store when there is none.
+    ///
+    /// @param pInfo  in: size, margins, format and alignment type, band state. Completed in place: samples
+    ///               and pixel size from nFormat, layout by CalcAlign. For a unit object pixels have four
+    ///               samples, the band height is the object's, and an image that is too large for one buffer
+    ///               gets the layout of its lines and nBufSize -1.
+    /// @return 0; 18 the layout does not fit 32 bits, or a unit band is held; 1 no store could be allocated.
+    ///         After an error record and object are as they were. An alignment that is not supported is no
+    ///         error here: the record keeps the layout that the caller filled in.
     DWORD SetImageInfo(T_ImageLrg_tag* pInfo);
 
-    /// Copies the geometry record out. In unit mode the band height is then that of the set-up again, after
-    /// bands of other heights.
+    /// Copies m_ImgInfo to the caller's record. On a unit object this first restores the band height of the
+    /// set-up, which bands of other heights have changed.
     virtual void GetImageInfo(T_ImageLrg_tag* pInfo);
 
-    /// Sets charge and band height for the planner; the budget is the planner's to lower.
-    /// @param nBand   buffer lines of one band with its frame; 0 or less: the whole image
-    /// @param nCount  band buffers
+    /// Sets the charge and the band height, as the planner decides them. It does not change the budget, which
+    /// is the planner's task.
+    /// @param nBand   buffer lines of one band with its frame, raised to ms_MinBand; 0 or less: the whole
+    ///                image
+    /// @param nCount  band buffers; of a whole image one is charged, whatever the number
     /// @return the new charge in bytes, at most INT32_MAX
     virtual int SetBandInfo(int nBand, int nCount);
 
-    /// Bytes needed to hold the image whole.
+    /// Bytes that hold the image whole: nBufSize. -1: there is no such buffer.
     virtual int GetAreaSize();
 
-    /// Makes the store after planning, or maps the file that it already has.
+    /// Makes the store, as the planner does after sizing. If it already has a file, this maps the file whole
+    /// when nSize <= nAllotted; if it is created already, this does nothing.
     /// @param nSize      bytes of the whole image
     /// @param nAllotted  bytes of the budget allotted to it
     /// @param nSlots     view slots, 1 to 10, of a store made here
-    /// @return 0; 18 no store; 66; a code of CImageCtrl::Create. The charge stays in m_nAreaSize.
+    /// @return 0; 18 no store; 66; a code of CImageCtrl::Create. m_nAreaSize is not changed.
     virtual DWORD Create(LONG nSize, LONG nAllotted, int nSlots);
 
-    /// Band height in lines.
+    /// Lines of a band: m_ImgInfo.nBandLines.
     virtual int GetBandHeight();
 
-    DWORD SetBandHeight(int nLines); ///< lowers the band height; 117 below 0 or above the current one
-    DWORD SetFsize(int nSize);       ///< sets the frame size; 114 below 0 or above nMarginX
-    DWORD SetRatio(int nPercent);    ///< sets the planner's weight; 115 below 0
-    void SetOnMemory();              ///< the planner keeps this image whole, for the object's life
-    int IsOnMemory();                ///< 1: the charge covers the whole image
+    /// Lowers the band height; on a unit object also that of its set-up.
+    /// @return 0; 117 below 0 or above the current band height
+    DWORD SetBandHeight(int nLines);
 
-    /// Gives the charge back and destroys the store, unless m_nKeepStore is 1.
-    /// @return 0, or the store's code
+    /// Sets the frame that is mapped with each band: lines above and below it, pixels at its sides.
+    /// @return 0; 114 below 0 or above nMarginX
+    DWORD SetFsize(int nSize);
+
+    /// Sets the planner's weight of this image against the step's output, in percent. 0 is accepted, but an
+    /// image that must be banded then fails with 89.
+    /// @return 0; 115 below 0
+    DWORD SetRatio(int nPercent);
+
+    void SetOnMemory(); ///< makes the planner hold this image whole, for the object's life
+    int IsOnMemory();   ///< 1: the charge covers the whole image, as it does for an empty one; else 0
+
+    /// Gives the charge back and deletes the store with its image; with m_nKeepStore 1 the store stays as it
+    /// is. The geometry stays. Without a store, band mapping returns 69 and the planner refuses the object
+    /// with 18 until SetImageInfo makes a new one. A unit band that is held stays held, and unit mappings
+    /// stay open: the destructor, ImportImg or another unit import releases them. Takes the library's lock.
+    /// Always returns 0.
     DWORD Destroy();
 
     /// Turns an image in memory, or a file mapped whole, into a file reached through band views, and gives
-    /// its charge back.
-    /// @return 0; 49 (logged) or 18 (the geometry has more bytes than the block): the image is as it was
+    /// the charge back. The band height is then 0: the object must be planned before bands are mapped.
+    /// @return 0; 49 no store (not logged), or nothing to convert or a failed file (logged); 18 the geometry
+    ///         has more bytes than the block, or none. After an error the image is as it was.
     DWORD CnvFileImg();
 
-    /// Swaps geometry, store and charge with another object. The charge of a file that comes in is given
-    /// back: it is planned afresh.
+    /// Swaps geometry, store and charge with another object, so that each then owns what was the other's. The
+    /// charge of a file that comes in from pOther is given back, since it is planned afresh. A withheld
+    /// reserve moves to this object, unless it has one already. Unit bands that either holds are freed
+    /// without being written; modes, unit descriptions and unit mappings stay where they are. Exchanging an
+    /// object with itself does nothing.
     void ExchangeImg(CImageObj* pOther);
 
-    /// Destroys the source's image and makes the target a plain copy of the source; the reserve mark and the
-    /// unit mappings move. Precondition: the target holds no store and no charge, for nothing of it is
-    /// released.
+    /// Calls Destroy on the source and then makes the target a copy of it. A withheld reserve, a held unit
+    /// band, the unit mappings and, if m_nKeepStore has kept it, the store belong to the target afterwards.
+    /// Nothing that the target held is released: it must hold no store, charge, band or mapping.
     static void ExchangeImg(CImageObj* pTarget, CImageObj* pSource);
 
     // Geometry --------------------------------------------------------------------------------------------
 
-    /// The layout that AllcImgBufLrg would make. nBufferSize and nLineBytes in bytes, nBufferWidth in
-    /// pixels, nBufferHeight in lines, margins included.
-    /// @return 0; 18 unsupported alignment or sample size, or it does not fit 32 bits: nothing written
+    /// Computes the layout that AllcImgBufLrg would make. Uses no member.
+    ///
+    /// @param nBufferSize, nLineBytes  out: bytes
+    /// @param nBufferWidth             out: pixels per line, margins and alignment included
+    /// @param nBufferHeight            out: lines, margins included
+    /// @param nWidth, nHeight          pixels and lines of the image, without margins
+    /// @param nMarginX, nMarginY       pixels on each side, lines above and below
+    /// @param nFormat                  format code, of which samples and bytes per sample are read
+    /// @param nAlign                   MM_ALIGN
+    /// @return 0; 18 unsupported alignment or sample size, a negative number, or a layout that does not fit
+    ///         32 bits: nothing is written. Any thread.
     DWORD CalcImgBufLrg(int& nBufferSize, int& nLineBytes, int& nBufferWidth, int& nBufferHeight, int nWidth,
                         int nHeight, int nMarginX, int nMarginY, int nFormat, int nAlign);
 
     /// Recomputes nAllocWidth, nAllocHeight, nLineBytes, nBufSize and nLineSamples of a record from its size,
-    /// margins, nPixelBytes, nSampleBytes, nSamples and nAlignType.
-    /// @return 0; 18 as above
+    /// margins, nPixelBytes, nSampleBytes, nSamples and nAlignType. Uses no member; any thread.
+    /// @return 0; 18 as for CalcImgBufLrg
     DWORD CalcAlign(T_ImageLrg_tag* pInfo);
 
-    /// Allocates a standalone buffer, charges the budget for it whatever is left, and fills the record's
-    /// fields from pBase to nAlignType. Waits up to 60 s while memory is short.
-    /// @return 0; 1 no memory; 18: nothing charged, nothing written
+    /// Commits a standalone buffer, charges the budget for nBufSize bytes whatever is left, and fills the
+    /// record's fields from pBase to nAlignType; the others stay. The buffer is zero-filled and belongs to
+    /// the caller, who frees it with FreeImgBufLrg. pImage is the first image pixel. A buffer that the record
+    /// names is not released. Arguments as for CalcImgBufLrg. Can take 60 s while memory is short. Any
+    /// thread.
+    /// @return 0; 1 no memory; 18 as above. After an error nothing is charged or written.
     static DWORD AllcImgBufLrg(T_ImageLrg_tag* pInfo, int nWidth, int nHeight, int nMarginX, int nMarginY,
                                int nFormat, int nAlign);
 
-    /// Frees such a buffer and gives nBufSize back; a null pBase does nothing. The record is not changed:
-    /// free it once.
+    /// Frees such a buffer and gives the record's nBufSize back to the budget. A null pBase does nothing. The
+    /// record is not changed, so a second call would free the buffer twice. Any thread.
     static void FreeImgBufLrg(T_ImageLrg_tag* pInfo);
 
     // Budget ----------------------------------------------------------------------------------------------
+    //
+    // A charge is a number of bytes that is taken from the free budget; the free budget may become negative.
 
-    /// Sizes the budget, in bytes, while nothing is allotted. The reserve becomes at least ms_nOnMemory; the
-    /// one-mapping size lies between that and the reserve, and is at most 32 MiB. Always 0. Any thread.
+    /// Sizes the budget, in bytes: the free budget becomes the reserve. Call it while nothing is charged:
+    /// existing charges are forgotten. Takes the lock; any thread. Always 0.
+    /// @param nReserve     at least ms_nOnMemory is used
+    /// @param nOneMapping  most bytes that are mapped as one piece. At most 32 MiB is used, then at least
+    ///                     ms_nOnMemory and at most the reserve.
     static DWORD InitBaseMemory(LONG nReserve, LONG nOneMapping);
 
-    /// Gives d bytes back (or charges them, d < 0), clipped at the reserve. Always 0. The caller holds the
-    /// lock.
+    /// Gives d bytes back, or charges them if d is negative. More than the reserve is never free. The caller
+    /// holds the lock. Always 0.
     static DWORD UpdateUseMemory(LONG d);
 
-    /// Takes the whole free budget; the caller holds the lock and gives the rest back before it releases it.
+    /// Takes the whole free budget, in bytes, and leaves 0. The caller holds the lock, and gives back what is
+    /// left with UpdateUseMemory before releasing it.
     static LONG AskUseMemory();
 
-    static LONG AskFreeMemory();               ///< free budget in bytes
-    static LONG GetUseMaxBandMemory();         ///< bytes
-    static int SetUseMaxBandMemory(LONG nMiB); ///< 18 below 1, or 2048 and more
-    static LONG GetUseMinBandMemory();         ///< bytes
-    static CRITICAL_SECTION* GetCS();          ///< the library's one, recursive lock
+    /// The free budget in bytes. Takes no lock: while another thread plans a step it may read 0, so a caller
+    /// who needs a reliable number holds the lock.
+    static LONG AskFreeMemory();
+
+    /// The cap of SetUseMaxBandMemory in bytes, 24 MiB unless set. Takes no lock.
+    static LONG GetUseMaxBandMemory();
+
+    /// Caps the memory of an output's band, in MiB: when all other images of a step are held whole and the
+    /// output is not, its band takes no more bytes than this, but never fewer lines than the step's smallest
+    /// band. Bands of inputs and temporaries, and the output's in steps with such bands, are not capped.
+    /// Takes no lock, but the planner reads the cap under it: call this before other threads use the library,
+    /// or hold the lock.
+    /// @return 0; 18 below 1, or 2048 and more: nothing changes
+    static int SetUseMaxBandMemory(LONG nMiB);
+
+    static LONG GetUseMinBandMemory(); ///< ms_nUseMinBandMemory, in bytes
+
+    /// The library's one lock. It is recursive, lives as long as the library, and guards the budget.
+    static CRITICAL_SECTION* GetCS();
 
     // Planner ---------------------------------------------------------------------------------------------
 
-    /// Plans one step inside the budget and makes every image's store. When that fails and the step has an
-    /// input, it clears the step, withholds the reserve until the first input's destructor (not its Destroy)
-    /// gives it back, and plans once more with smallest bands. Charges whose store could not be made are
-    /// dropped: they do not come back to the budget until InitBaseMemory.
+    /// Plans one step inside the budget and makes the store of every image. Afterwards m_ImgInfo.nBandLines
+    /// of each object is its band height (nHeight when it is held whole), and m_nAreaSize its charge.
     ///
-    /// @param ppIn, ppOut, ppTmp  arrays with the request's counts of objects; null for a count of 0
-    /// @return 0: every image has its store; 18 a null object, one without a store or geometry, or counts out
-    ///         of range: nothing charged; 88; 89; a code of Create
+    /// An input that keeps a charge from an earlier step and lies in memory stays as it is; the charge of one
+    /// in a file is given back, and it is planned afresh. When a step with an input fails, the charges of its
+    /// outputs and temporaries are given back, the reserve is withheld until the first input's destructor
+    /// (not its Destroy) gives it back, and the step is planned once more with smallest bands. Charges whose
+    /// store could not be made are dropped: they come back to the budget with InitBaseMemory only.
     ///
-    /// Any thread; the objects of one step belong to one thread. Band heights are then in m_ImgInfo.
+    /// @param pRequest            the counts, and the smallest band; not changed
+    /// @param ppIn, ppOut, ppTmp  arrays with as many objects as the request counts; null for a count of 0.
+    ///                            The objects stay the caller's.
+    /// @return 0; 18 a null object, one without store or geometry, with a negative ratio or with bands beyond
+    ///         32 bits, or counts out of range: nothing is changed; 88; 89; a code of Create: call Destroy on
+    ///         what is not planned again
+    ///
+    /// Any thread; takes the lock for the sizing only. The objects of one step belong to one thread. Can take
+    /// 60 s while address space is short.
     static DWORD MemoryAlloc(tag_MemAlloc* pRequest, CImageObj** ppIn, CImageObj** ppOut, CImageObj** ppTmp);
 
-    /// The sizing pass over nInCnt listed objects and the output. The caller holds the lock.
-    /// @return 0; 89
+    /// The sizing pass of MemoryAlloc: sets charge and band height of each object and lowers the free budget.
+    /// Stores are not made. The caller holds the lock and has set ms_MinBand.
+    /// @param pRequest  nInCnt is the length of the list, nOutCnt 0 or 1
+    /// @param ppList    inputs and temporaries, each with a store
+    /// @param ppOut     its first object is the output; not read for nOutCnt 0
+    /// @return 0; 89: objects that were charged before stay charged
     static DWORD MemoryCalculation(tag_MemAlloc* pRequest, CImageObj** ppList, CImageObj** ppOut);
 
-    /// Gives back the charges of those objects whose store has a file. Always 0.
+    /// Gives back the charges of those of the nCount objects whose store has a file. Takes the lock. Always
+    /// returns 0.
     static DWORD MemoryReturn(CImageObj** ppObjects, int nCount);
 
-    /// Gives back the charges of outputs and temporaries and keeps their stores. Always 0.
+    /// Gives back the charges of a step's outputs and temporaries, keeps their stores and sets their band
+    /// heights to 0. Takes the lock. Always 0.
     static DWORD MemoryClear(tag_MemAlloc* pRequest, CImageObj** ppOut, CImageObj** ppTmp);
 
-    /// Destroys the temporaries' images at the end of a step. Always 0.
+    /// Ends a step: sets the temporaries' ratios to 100 and their band heights to 0, and calls Destroy on
+    /// each. A null array does nothing. Takes the lock. Always 0.
     static DWORD MemoryRelease(tag_MemAlloc* pRequest, CImageObj** ppTmp);
 
     // Bands -----------------------------------------------------------------------------------------------
 
-    /// Maps the band that starts or ends at one image line.
+    /// Maps the band that starts or ends at one image line. It has at most nBandLines lines, the height that
+    /// the planner chose, and does not pass the image's edge.
     ///
-    /// The band has at most nBandLines lines, the height the planner chose, and ends at the image's edge.
-    ///
-    /// @param nLine       image line, 0 (top) .. nHeight - 1
+    /// @param nLine       image line, 0 (top) to nHeight - 1
     /// @param pBand       out: pImage is the first pixel of line nBandTop; nLineBytes leads to the next line,
-    ///                    nPixelBytes to the next pixel; nBandLines lines. nFsize pixels and, as far as
-    ///                    nMarginY reaches, lines around the band may be used too. Untouched after an error.
+    ///                    nPixelBytes to the next pixel; the band ends with line nBandBottom. nFsize pixels
+    ///                    and, as far as nMarginY reaches, lines around the band may be used too. Untouched
+    ///                    after an error, but for a failed read of MapBandRange.
     /// @param nDirection  MM_DIRECTION
-    /// @param nSlot       view slot, 0 .. 9
-    /// @return 0; 97 line outside the image; 113 unknown direction; or what MapBandRange returns
+    /// @param nSlot       view slot, 0 to 9, that has no band
+    /// @return 0; 97 line outside the image; 113 unknown direction; a code of MapBandRange
     ///
-    /// The pixels stay the object's, and valid until UnmapBand(nSlot). Can take 60 s while address space is
-    /// short.
+    /// The pixels belong to the object and stay valid until UnmapBand(nSlot). Can take 60 s while address
+    /// space is short.
     DWORD MapBand(int nLine, T_ImageLrg_tag* pBand, int nDirection, int nSlot);
 
     /// Maps exactly the lines nFirst to nLast.
     ///
     /// A unit object reads the lines, and those of the frame that the image has, into a fresh buffer with
     /// four samples a pixel, which is charged to the budget. It holds one band at a time, whatever the slot:
-    /// a band still held is ended first, as UnmapBand does it. nBandLines is then the number of lines mapped.
+    /// a band that is still held is ended first, as UnmapBand does it. nBandLines is then the number of lines
+    /// mapped.
     ///
-    /// @param nFirst, nLast  image lines; of an object with a store only the buffer's ends are checked
+    /// @param nFirst, nLast  image lines. For an object with a store they may lie in the margins: only the
+    ///                       ends of the buffer are checked.
     /// @param pBand, nSlot   as for MapBand
-    /// @return 0; 33 unknown access mode; 98 first after last; 69 no address; 18 the range exceeds 32 bits;
-    ///         of a unit object also 97 lines outside the image; 18 external lines that overlap, are too few
-    ///         or lie beyond 4 GiB: a band still held stays; 1 no memory; 49 a read failed (logged).
-    ///         After a failed read, or without memory to read with, the band is held, with what was read, and
-    ///         pBand tells of it: the next UnmapBand writes it.
+    /// @return 0; 33 unknown access mode; 98 first after last; 69 no address; 18 the range exceeds 32 bits.
+    ///         For a unit object also 97 lines outside the image; 18 external lines that overlap, are too few
+    ///         or lie beyond 4 GiB: a band that is still held stays; 1 no memory; 49 a read failed (logged).
+    ///         After a failed read, or without memory to read with, the band is held with what was read, and
+    ///         pBand describes it: the next UnmapBand writes it.
     DWORD MapBandRange(int nFirst, int nLast, T_ImageLrg_tag* pBand, int nSlot);
 
-    /// Ends the band of a slot; nothing to do when none is mapped. The band of a unit object, if it has a
+    /// Ends the band of a slot; does nothing when none is mapped. The band of a unit object, if it has a
     /// destination, is written there: its own lines and pixels, not its frame.
-    /// @return 0; 18 no such slot; 81; of a unit object 1 or 49 (logged): the lines could not be appended
-    ///         to the destination's file and the band stays held. What a mapped destination's view could not
-    ///         take is logged only.
+    /// @return 0; 18 no such slot; 81. For a unit object 1 or 49 (logged): the lines could not be appended to
+    ///         the destination's file, and the band stays held. That a view of a mapped destination failed is
+    ///         only logged.
     DWORD UnmapBand(int nSlot);
 
-    /// Sets the frame mode and, on an object with a frame, paints the frame round the image's last line.
-    /// Mode 4 takes the first nPixelBytes bytes of the colour in memory order; 8-byte pixels take each of its
-    /// bytes as one 16-bit sample. Uses slot 0.
-    /// @return 0; 116 mode outside 0 to 4, or mode 4 with colour -1; a code of band mapping
+    /// Sets the frame mode. On an object with a store and a frame it also paints the frame around the image's
+    /// last line, through slot 0.
+    /// @param nMode   MM_FRAME_MODE
+    /// @param nColor  for MM_FRAME_COLOR, not -1: its first nPixelBytes bytes in memory order are a pixel;
+    ///                pixels of 8 bytes take each byte as one 16-bit sample
+    /// @return 0; 116 unknown mode, or MM_FRAME_COLOR with colour -1: nothing is changed; a code of band
+    ///         mapping
     DWORD SetFrameColor(int nMode, int nColor);
 
     /// Finds the bitmap signature in the unit source and sets m_InImgInf.nOffset to 54 bytes behind it. Only
-    /// a block or a file read with file reads is searched; a signature is found where its two bytes lie in
-    /// one piece of an unpadded line's length.
-    /// @return 0, also when the source has no hData; 18 nothing found or not to be searched; 1; 49 (logged)
+    /// a block, or a file of ACS_FILEIO, is searched; the signature is found where its two bytes lie in one
+    /// piece of an unpadded line's length. The file's position is moved.
+    /// @return 0, also when the source has no hData; 18 not a bitmap, nothing found, or an access type that
+    ///         is not searched; 1 no memory; 49 (logged)
     DWORD CalcOffsetLength();
 
     // Blocks ----------------------------------------------------------------------------------------------
 
     /// Copies a rectangle, with the block's margin of surrounding pixels, into the caller's block.
     ///
-    /// Goes through bands in slot 0, which must be free. The object's geometry and band fields are afterwards
-    /// what they were. Of a unit object nothing is written.
+    /// Bands are mapped in slot 0, which must be free. The object's geometry and band fields are afterwards
+    /// what they were. A band that a unit object still holds is ended first, as UnmapBand does it; beyond
+    /// that nothing is written.
     ///
-    /// @param nTop, nBottom, nLeft, nRight  lines and pixels of the image, inclusive
+    /// @param nTop, nBottom, nLeft, nRight  lines and pixels of the image, all inclusive
     /// @param pBlock  the caller's record and buffer, usually from AllcImgBufLrg: pImage is the block's first
     ///                pixel, nMarginX and nMarginY its margin, nPixelBytes the object's. Its size becomes the
     ///                rectangle's, and its layout that of CalcAlign, for which the buffer must have room;
     ///                nBufSize stays.
-    /// @return 0; 99 to 102 nTop, nBottom, nLeft, nRight outside the image; 18 other pixels, an empty
-    ///         rectangle, or a margin that reaches past the object's; 33 a unit object that appends; a code
-    ///         of band mapping, and the block is then filled in part
+    /// @return 0; 99 to 102 nTop, nBottom, nLeft, nRight outside the image; 18 another pixel size, an empty
+    ///         rectangle, or a margin that reaches past the object's; 33 a unit object that appends to its
+    ///         destination; a code of band mapping: the block is filled in part
     DWORD MapBlock(int nTop, int nBottom, int nLeft, int nRight, T_ImageLrg_tag* pBlock);
 
-    /// Copies the block's own pixels, without its margin, back into the rectangle. Maps bands in slot 0 and
-    /// leaves the band fields as the last of them set them: on a unit object the next blocks go by the lines
-    /// of its last band until GetImageInfo is called. An empty rectangle does nothing.
+    /// Copies the block's own pixels, without its margin, back into the rectangle. Maps bands in slot 0,
+    /// which must be free, and leaves the band fields as the last of them set them; after that the blocks of
+    /// a unit object go by the lines of its last band until GetImageInfo is called. An empty rectangle does
+    /// nothing.
     ///
-    /// A unit object writes whole lines: beside the block those of its source, so that a second block in the
-    /// same lines undoes the first; without a source zero.
-    /// @return 0; 103 to 106 as 99 to 102; 18 other pixels; 33; a code of band mapping
+    /// A unit object writes whole lines: beside the block those of its source, or zeros when it has none. A
+    /// second block in the same lines therefore undoes the first.
+    /// @return 0; 103 to 106 as 99 to 102; 18 another pixel size; 33; a code of band mapping
     DWORD UnMapBlock(int nTop, int nBottom, int nLeft, int nRight, T_ImageLrg_tag* pBlock);
 
     // Work buffers ----------------------------------------------------------------------------------------
 
-    static DWORD AllocWorkMem(CWorkTableList* pTable);  ///< AllocWorkTable; 0, or 1 if it failed or for null
-    static void ReleaseWorkMem(CWorkTableList* pTable); ///< List_Free; null does nothing
+    /// Allocates the work buffers that the table lists, by its AllocWorkTable. The table stays the caller's.
+    /// @return 0; 1 it failed, or pTable is null
+    static DWORD AllocWorkMem(CWorkTableList* pTable);
+
+    /// Releases them and empties the table, by its List_Free. Null does nothing.
+    static void ReleaseWorkMem(CWorkTableList* pTable);
 
     // Reports ---------------------------------------------------------------------------------------------
     //
     // For a host to call; the library does not. One thread at a time: the name's buffer, the counters and the
-    // tables have no lock. A report that is switched off, its table null, returns 1 and counts nothing; 0 is
-    // a failed write, or a null argument.
+    // tables have no lock. A report that is switched off (its table is null) returns 1 and counts nothing.
+    // Otherwise 1 is success, and 0 a failed write or a null argument.
 
-    /// Name of a processing step, code page 932: of the step field of its identifier if that is known, else
-    /// of the category, else of the function, else "no ID given". The buffer is the library's, and keeps the
-    /// text until the next call.
+    /// Name of a processing step, in code page 932: the name of the step field of its identifier if that is
+    /// known, else of the category, else of the function, else "no ID given". The buffer is the library's and
+    /// keeps the text until the next call.
     static char* GetIpName(int nIpNo);
 
-    /// Records memory, state and geometry of each of a planned step's images in ms_WorkList, in the section
-    /// of the step's name, and adds them up.
+    /// Records memory, state and geometry of each image of a planned step in ms_WorkList, in the section with
+    /// the step's name, and then calls UseMemoryListMax with the sum of their charges.
+    /// @param ppIn, ppOut, ppTmp  arrays with as many objects as the request counts
     static int UseMemoryListImg(tag_MemAlloc* pRequest, CImageObj** ppIn, CImageObj** ppOut,
                                 CImageObj** ppTmp);
 
-    /// Adds nUsed bytes to those of the step's images, and records its work memory, the budget left, and the
-    /// largest sum of a step so far.
+    /// Adds nUsed bytes to the sum of the step's images in ms_WorkList, and records its work memory, the free
+    /// budget, and the largest sum of a step so far.
     static int UseMemoryListMax(LONG nIpNo, LONG nUsed);
 
-    /// Records that the calling thread enters (bLeave 0) or leaves a step. Long texts are cut.
+    /// Records in ms_ThreadList that the calling thread enters (bLeave 0) or leaves a step.
+    /// @param pszWork  text of the host's, cut where the entry becomes too long; may be null
     static int ThreadList(LONG nIpNo, LONG bLeave, const char* pszWork);
 
-    /// Records how far a mapped address is from a multiple of 16 bytes. Long names are cut.
+    /// Records in ms_MapList how many bytes a mapped address is past a multiple of 16.
+    /// @param pszName  text of the host's, cut where the entry becomes too long; may be null
     static int MapList(void* pAddress, const char* pszName);
 
-    /// Switches the thread and the mapping list on; lists that exist are kept.
+    /// Switches the thread list and the mapping list on. A list that exists is kept; one for which there is
+    /// no memory stays off.
     static void DbgCImgLogInit();
 
-    /// Appends the lists to debugthread.txt and debugmap.txt in "..\logdata\trace\", if that folder
-    /// exists, and switches them off.
+    /// Appends the lists to debugthread.txt and debugmap.txt in "..\logdata\trace\", if that folder exists,
+    /// and deletes them, which switches them off.
     static void DbgCImgLogEnd();
 
     // Debug dumps -----------------------------------------------------------------------------------------
 
-    /// Copies an image into the caller's flat buffer and destroys the object's image; margins above and below
-    /// are not copied. pImage becomes the first pixel, without rounding. A unit object's bands are read, and
-    /// written where it has a destination.
+    /// Copies an image into the caller's flat buffer and destroys the object's image. Margins above and below
+    /// are not copied. pFlat->pImage becomes the first pixel, without rounding. The bands of a unit object
+    /// are read, and written where it has a destination.
     ///
-    /// @param pFlat  the caller's record and committed block, usually from AllcImgBufLrg, whose charge stays
-    ///               the caller's to give back; its lines are as long as the object's, and at least as many
+    /// @param pFlat  the caller's record and committed block, usually from AllcImgBufLrg; its lines are as
+    ///               long as the object's, and there are at least as many. The block stays the caller's, but
+    ///               for what is told below; its charge, if any, is the caller's to give back in any case.
     /// @return 0; 18 no block, lines that do not fit it or the object's, or an image that stands for an
-    /// external
-    ///         one: nothing is done; a code of band mapping, or 18 for bands of a unit object with other
-    ///         lines: the block is freed, pBase null
+    ///         external one: nothing is done; a code of band mapping, or 18 for bands of a unit object with
+    ///         other lines: the block is freed, and pBase and pImage are null
     static DWORD DebugConvertT_Image(CImageObj* pObject, T_Image_tag* pFlat);
 
-    /// Makes an image of a flat buffer: in memory, charged, if the free budget has room for all of it, else
-    /// in a temporary file that costs the budget nothing. The flat block's own charge, if any, is the
-    /// caller's to give back.
-    /// @return 0: the flat block is freed, pBase null; 18 no block, lines that do not fit it, or an object
-    ///         that holds an image or a charge or is in unit mode: nothing is done; 1 no memory, a code of
-    ///         Create, or 49 (logged): the flat block stays, the object has its geometry and no image; a code
-    ///         of band mapping: the flat block is freed
+    /// Makes an image of a flat buffer: in memory, and charged, if the free budget has room for all of it;
+    /// else in a temporary file that is not charged.
+    ///
+    /// @param pFlat  the caller's record and committed block, which this frees as told below. The block's own
+    ///               charge, if any, stays the caller's to give back.
+    /// @return 0: the block is freed, and pBase and pImage are null; 18 no block, lines that do not fit it,
+    ///         margins narrower than the object's frame, or an object that holds an image or a charge or is
+    ///         in unit mode: nothing is done; 1 no memory, a code of Create, or 49 (logged): the block stays,
+    ///         the object has its geometry and no image; a code of band mapping: the block is freed
     static DWORD DebugConvertCImageObj(T_Image_tag* pFlat, CImageObj* pObject);
 
     /// Writes the whole buffer, margins included, as a 32-bit bitmap "..\logdata\trace\<name>.bmp": of 8-byte
-    /// pixels each 16-bit sample, else the pixel's first four bytes. Of unit objects, objects without a store
-    /// and those that stand for an external image nothing is written. Failures are silent; folders are not
-    /// created.
+    /// pixels each 16-bit sample, else the pixel's first four bytes. Nothing is written for unit objects, for
+    /// objects without a store and for those that stand for an external image. Failures are silent; folders
+    /// are not created.
     /// @param nScale  1: 16-bit samples hold 8-bit values; else 12-bit values
     void OutPutBmp(const char* pszName, int nScale);
 
     /// Writes the pixels of a flat buffer, without margins, as raw samples in the order 2, 1, 0 and as a
     /// 24-bit bitmap: "..\tmp\<name>_<width>x<height>.raw" and ".bmp". Samples of pixels of more than four
-    /// bytes have 16 bits, and lose their low four in the bitmap. Pixels with fewer than three samples are
-    /// not written. Failures are silent.
+    /// bytes have 16 bits, and lose their low four in the bitmap. Nothing is written for pixels with fewer
+    /// than three samples. Failures are silent; the buffer stays as it is.
     static void Output(const char* pszName, T_Image_tag* pFlat);
 
-    // State, read by planner, reports and the import functions ----------------------------------------------
+    // State -----------------------------------------------------------------------------------------------
+    //
+    // Planner, reports and import functions read these members. A host reads them and, but for what a comment
+    // allows, changes them through operations only.
 
-    LONG m_nAreaSize;         ///< bytes of the budget charged to this object
-    CImageCtrl* m_pImageCtrl; ///< backing store, owned
+    LONG m_nAreaSize;         ///< bytes of the budget that are charged to this object
+    CImageCtrl* m_pImageCtrl; ///< backing store, owned; null: none
     T_ImageLrg_tag m_ImgInfo; ///< geometry and band state
     int m_nAlpha;             ///< fourth sample of an external output: 1 all ones, 0 the object's own
     int m_nUnitBottomUp;      ///< unit mode: 1 when the source is stored turned by 180 degrees
     int m_nUnitMode;          ///< band access: 0 unify (own store), 1 unit (external images)
-    int m_nUnitBandHeight;    ///< unit mode: band height of the set-up or of SetBandHeight
-    T_ImgInf m_InImgInf;      ///< unit mode: external source
+    int m_nUnitBandHeight;    ///< unit mode: band height of the set-up or of SetBandHeight; 0: none
+    T_ImgInf m_InImgInf;      ///< unit mode: external source; a host may set its nOffset after the set-up
     T_ImgInf m_OutImgInf;     ///< unit mode: external destination
-    int m_nUnitType;          ///< role code given by the import functions
-    HANDLE m_hInMap;          ///< unit mode: mapping of the source file, closed by the destructor
-    HANDLE m_hOutMap;         ///< unit mode: mapping of the destination file, closed by the destructor
-    int m_nOnMemory;          ///< 1: always held whole
-    int m_nKeepStore;         ///< 1: Destroy keeps the store
+    int m_nUnitType;          ///< unit mode: role, given by the import functions
+    HANDLE m_hInMap;          ///< unit mode: mapping of the source's file, owned; null: none
+    HANDLE m_hOutMap;         ///< unit mode: mapping of the destination's file, owned; null: none
+    int m_nOnMemory;          ///< 1: always held whole, by SetOnMemory or because the image is small
+    int m_nKeepStore;         ///< 1: Destroy keeps the store; 0 unless a host sets it
     int m_nReserveTaken;      ///< 1: the reserve is withheld while this object lives
 
+    // The budget's numbers are in bytes. The lock guards the first three; a host sets the others, if at all,
+    // before other threads use the library.
+
     static LONG ms_ReserveMemory;     ///< ceiling of the budget
-    static LONG ms_FreeMemory;        ///< budget not yet allotted; may be negative
+    static LONG ms_FreeMemory;        ///< budget that is not charged; may be negative
     static LONG ms_MaxOneMappingSize; ///< most bytes that are mapped as one piece
     static LONG ms_nOnMemory;         ///< images up to this size are always held whole
-    static LONG ms_nUseMaxBandMemory; ///< most bytes of an output's band when all other images fit
-    static LONG ms_nUseMinBandMemory; ///< for hosts to read; sizes nothing
-    static LONG ms_nUseMaxMemoryUnit; ///< band memory cap of the unit import
-    static int ms_MinBand;            ///< smallest band height of the last planned step, at least 16
-    static CRITICAL_SECTION m_g_cs;   ///< the lock that GetCS gives
+    static LONG ms_nUseMaxBandMemory; ///< cap of SetUseMaxBandMemory
+    static LONG ms_nUseMinBandMemory; ///< for hosts to read; the library does not use it
+    static LONG ms_nUseMaxMemoryUnit; ///< most memory for a unit object's band when its height is chosen
+    static int ms_MinBand;            ///< smallest band, in lines, of the step planned last; at least 16
+    static CRITICAL_SECTION m_g_cs;   ///< the lock, as GetCS gives it
 
-    static CWorkTableList* ms_WorkList;   ///< memory report; the host makes, flushes and deletes it
+    static CWorkTableList* ms_WorkList;   ///< memory report, which the host makes and deletes; null: off
     static CWorkTableList* ms_ThreadList; ///< thread list; null: off
     static LONG ms_ThreadListCount;       ///< entries recorded in it
     static CWorkTableList* ms_MapList;    ///< mapping list; null: off
@@ -401,8 +501,16 @@ private:
     static LONG ms_nWorkMemory; ///< work memory shown by reports
 };
 
-/// Counts where a step's images are: in memory (or mapped whole) or in files, and the band heights of first
-/// input and output. It only adds: the caller sets the counters to 0 first. A null request does nothing.
+/// Counts where a planned step's images are, and tells the band heights of the first input and the first
+/// output. The counters are only added to: the caller sets them to 0 first.
+///
+/// An image counts as in memory when its charge covers it (IsOnMemory). All inputs do when the first one is
+/// mapped whole, that is, its band height is its height, and likewise all outputs; temporaries do from the
+/// first one on that is mapped whole. The others count as in files.
+///
+/// @param pRequest            the counts; null does nothing
+/// @param ppIn, ppOut, ppTmp  arrays with as many objects as the request counts; null: that kind is skipped
+/// @param nInBand, nOutBand   in lines; left alone when the first image of the list is not banded
 MM_API void GetImageObjMemState(tag_MemAlloc* pRequest, CImageObj** ppIn, CImageObj** ppOut,
                                 CImageObj** ppTmp, int& nInMemory, int& nOutMemory, int& nTmpMemory,
                                 int& nInFile, int& nOutFile, int& nTmpFile, int& nInBand, int& nOutBand);

@@ -1,6 +1,6 @@
 #pragma once
-// MM_API marks what the library exports. MM_STATIC: the library is linked statically.
-// MM_BUILDING is defined while the library itself is compiled.
+// MM_API marks what the library exports. A host that links the static library defines MM_STATIC; the
+// library's own build defines MM_BUILDING.
 
 #include "Platform/PlatformTypes.h"
 

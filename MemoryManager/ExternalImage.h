@@ -30,18 +30,18 @@ enum MM_FILE_TYPE : int
 /// Bytes ahead of the pixels of a bitmap that the library writes.
 inline constexpr int MM_BITMAP_HEADER_BYTES = 54;
 
-/// One external image. The host fills it, usually with CreateParam, and keeps the file open or the block
-/// alive while the library works on it.
+/// One external image. The host fills the record, usually with CreateParam, and keeps the file open or the
+/// block alive while the library works on it. The library keeps no pointer to the record.
 struct T_ImgInf
 {
     int nFileType;          ///< MM_FILE_TYPE
     tag_E_ACSTYPE eAcsType; ///< how the data is reached
     HANDLE hData;           ///< file handle (ACS_MMF, ACS_FILEIO) or block address (ACS_MEMORY); never owned
-    int nOffset;    ///< whole images: of a bitmap input, bytes from "BM" to the first pixel byte, else not
-                    ///< read. Unit images: position of the first line, unsigned.
+    int nOffset;    ///< whole images: for a bitmap input, bytes from "BM" to the first pixel byte; else not
+                    ///< read. Unit images: position of the first stored line, as an unsigned number.
     int nWidth;     ///< pixels
     int nHeight;    ///< lines
-    int nSrcFormat; ///< format code of the source: external for an input, else the object's
-    int nDstFormat; ///< format code of the destination: the object's for an input, else external
-    int nLineBytes; ///< bytes per external line; transfers of whole images do not read it
+    int nSrcFormat; ///< format code of the source: the external one for an input, else the object's
+    int nDstFormat; ///< format code of the destination: the object's for an input, else the external one
+    int nLineBytes; ///< bytes from one external line to the next; import and export do not read it
 };

@@ -1,5 +1,5 @@
 #pragma once
-// The whole interface of the library.
+// Includes the whole interface of the library, but for the list of report texts (ReportTextList.h).
 
 #include "MemoryManager/BaseBuffer.h"
 #include "MemoryManager/CImageCtrl.h"

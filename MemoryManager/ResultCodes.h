@@ -1,5 +1,5 @@
 #pragma once
-// Every result code of the library: one list makes the constants and their texts.
+// Every result code of the library. One list makes the constants and their texts.
 
 #include "Platform/PlatformTypes.h"
 
@@ -49,7 +49,8 @@ enum MM_RESULT : DWORD
 #undef MM_RESULT_CONSTANT
 };
 
-/// The meaning of a result code in a few words; "unknown result code" for any other number. Any thread.
+/// The meaning of a result code in a few words; "unknown result code" for any other number. A constant text.
+/// Any thread.
 inline const char* MM_ResultText(DWORD nResult)
 {
     switch (nResult) {
