@@ -80,9 +80,7 @@ DWORD CImageObj::WriteDataFile(int nPosition)
     if (bConverts && !SeekFile(m_OutImgInf.hData, static_cast<DWORD>(nPosition)))
         return FailFileAccess(kUnit, kLineDestinationSeek);
     ConvertBand(RuleFor(m_OutImgInf, m_ImgInfo, m_nAlpha), m_ImgInfo, run.Data(), nStep);
-    DWORD nWritten = 0;
-    if (!WriteFileByView(m_OutImgInf.hData, run.Data(), static_cast<DWORD>(nBytes), &nWritten, kAppend,
-                         kFlushLoadPercent))
+    if (!AppendByViews(m_OutImgInf.hData, run.Data(), static_cast<DWORD>(nBytes)))
         return FailFileAccess(kUnit, kLineDestinationAppend);
     return MM_SUCCESS;
 }

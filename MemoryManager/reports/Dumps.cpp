@@ -116,8 +116,7 @@ void WriteNewFile(const char* pszPath, const void* pBytes, DWORD nBytes)
                                      FILE_ATTRIBUTE_NORMAL, nullptr);
     if (hFile == INVALID_HANDLE_VALUE)
         return;
-    DWORD nWritten = 0;
-    WriteFileByView(hFile, pBytes, nBytes, &nWritten, kAppend, kFlushLoadPercent);
+    AppendByViews(hFile, pBytes, nBytes); // a failure leaves an unfinished file
     CloseHandle(hFile);
 }
 
