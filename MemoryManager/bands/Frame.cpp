@@ -97,7 +97,7 @@ constexpr int kColorBytes = 4;
 void PutColor(unsigned char* pPixel, int nPixelBytes, int nColor)
 {
     const int nSampleBytes = nPixelBytes > kColorBytes ? 2 : 1;
-    std::memset(pPixel, 0, static_cast<std::size_t>(nPixelBytes));
+    std::fill_n(pPixel, nPixelBytes, static_cast<unsigned char>(0));
     for (int i = 0; i < kColorBytes && i * nSampleBytes < nPixelBytes; ++i)
         pPixel[i * nSampleBytes] = static_cast<unsigned char>(static_cast<unsigned>(nColor) >> (8 * i));
 }
