@@ -1,6 +1,6 @@
-// Frames each of the pages wide and narrow, in light and dark, and reads it as a person sees it: each value shown, the
-// length of each bar, and what is hard to read.
-const boxesOf = 'svg, td, th, dd, dt, li, figure, h1, h2, h3, p';
+// Frames each of the pages in three widths, light and dark, and reads it as a person sees it: each value shown, the
+// length of each bar, what the charts draw against the report, and what is hard to read.
+const boxesOf = 'td, th, dd, dt, li, figure, h1, h2, h3, h4, p, summary, section, header';
 
 function textsOf(doc) {
   const texts = [], walker = doc.createTreeWalker(doc.body, NodeFilter.SHOW_TEXT);
@@ -14,16 +14,28 @@ function textsOf(doc) {
   return texts;
 }
 
-function faultsOf(doc, view) {
+function contrast(owner) {
+  const lightness = colour => colour.match(/[\d.]+/g).slice(0, 3)
+    .reduce((sum, part, i) => sum + [0.2126, 0.7152, 0.0722][i] * (part / 255) ** 2.2, 0.05);
+  let ground = owner, style = getComputedStyle(owner);
+  const ink = lightness(style.color);
+  while (style.backgroundColor === 'rgba(0, 0, 0, 0)')
+    style = getComputedStyle(ground = ground.parentElement);
+  const paper = lightness(style.backgroundColor);
+  return Math.max(ink, paper) / Math.min(ink, paper);
+}
+
+function faultsOf(doc) {
   const faults = [], texts = textsOf(doc);
-  if (doc.documentElement.scrollWidth > view.innerWidth)
-    faults.push('the page scrolls sideways');
+  for (const part of [doc.documentElement, ...doc.querySelectorAll('.scroll')])
+    if (part.scrollWidth > part.clientWidth)
+      faults.push('scrolls sideways: ' + part.className);
   texts.forEach(({node, box, words, owner}, i) => {
     const room = owner.closest(boxesOf).getBoundingClientRect();
     if (box.left < room.left - 1 || box.right > room.right + 1 || box.top < room.top - 4 || box.bottom > room.bottom + 4)
       faults.push('cut: ' + words);
-    if (box.height < 12)
-      faults.push('small: ' + words);
+    if (box.height < 12 || contrast(owner) < 4.5)
+      faults.push('hard to read: ' + words);
     const inner = box.height / 4; // lines may touch
     for (const other of texts.slice(i + 1))
       if (other.node !== node && Math.min(box.right, other.box.right) - Math.max(box.left, other.box.left) > 1 &&
@@ -33,27 +45,66 @@ function faultsOf(doc, view) {
   return faults;
 }
 
-function measure(frame) {
+// What a chart has to draw: the bytes of each of its layers, time by time.
+function samplesOf(report, layer) {
+  if (!layer.endsWith(', bytes'))
+    return report.budget_over_time.map(({seconds, free_bytes, charged}) =>
+      ({seconds, bytes: {free: free_bytes, ...Object.fromEntries(charged.map(({image, bytes}) => [image, bytes]))}}));
+  return report.memory_over_time.map(sample =>
+    ({seconds: sample.seconds, bytes: {[layer]: sample[layer.replace(', ', '_')]}}));
+}
+
+// Measures each layer at the moments that are drawn widest, and at the peak, however short it was.
+function misdrawn(doc, report) {
+  const sum = bytes => Object.entries(bytes).reduce((all, [layer, more]) => all + (layer === 'free' ? 0 : more), 0);
+  return [...doc.querySelectorAll('.plot')].flatMap(plot => {
+    const room = plot.getBoundingClientRect(), rows = room.height / 2, samples = samplesOf(report, plot.querySelector('i').title);
+    const end = Math.max(report.seconds, ...report.memory_over_time.map(sample => sample.seconds));
+    const most = Math.max(...samples.map(({bytes}) => sum(bytes) + (bytes.free ?? 0)),
+                          plot.querySelector('.ceiling') ? report.settings.budget_bytes : 0);
+    samples.forEach((sample, i) => { sample.width = ((samples[i + 1]?.seconds ?? end) - sample.seconds) / end; });
+    const peak = samples.reduce((a, b) => sum(a.bytes) >= sum(b.bytes) ? a : b);
+    const widest = samples.filter(({width}) => width * room.width > 4).sort((a, b) => b.width - a.width).slice(0, 6);
+    return [peak, ...widest].flatMap(sample => {
+      const drawn = {};
+      const x = room.left + room.width * Math.min(sample.seconds / end + Math.max(sample.width, 0.002) / 2, 0.999);
+      for (let row = 0.5; row < rows; ++row) {
+        const layer = doc.elementsFromPoint(x, room.top + 2 * row).find(element => element.matches('.plot > i'))?.title;
+        drawn[layer] = (drawn[layer] ?? 0) + most / rows;
+      }
+      delete drawn[undefined];
+      const wanted = sample === peak ? {peak: sum(peak.bytes)} : sample.bytes;
+      const found = sample === peak ? {peak: sum(drawn)} : drawn;
+      return Object.keys({...wanted, ...found})
+        .filter(layer => Math.abs((found[layer] ?? 0) - (wanted[layer] ?? 0)) > 2 * most / rows)
+        .map(layer => `${layer} at ${sample.seconds} s is ${found[layer]}, not ${wanted[layer]}`);
+    });
+  });
+}
+
+function measure(frame, i) {
   const doc = frame.contentDocument, width = element => element.getBoundingClientRect().width;
+  const folded = [...doc.querySelectorAll('table')].every(table => !table.checkVisibility());
   doc.querySelectorAll('details').forEach(part => { part.open = true; });
   return {
     look: frame.style.cssText,
+    outcome: doc.querySelector('.badge').textContent,
     shown: [...doc.querySelectorAll('[data-key]')].filter(element => element.checkVisibility())
       .map(element => [element.dataset.key, element.dataset.unit ?? '', element.textContent]),
-    bars: [...doc.querySelectorAll('.meter')]
-      .map(bar => width(bar.querySelector('.bar')) / width(bar.querySelector('.track'))),
-    charts: [...doc.querySelectorAll('.chart')].filter(chart => chart.checkVisibility()).length,
-    faults: faultsOf(doc, frame.contentWindow),
+    bars: [...doc.querySelectorAll('.meter')].map(bar => width(bar.firstChild) / width(bar)),
+    charts: doc.querySelectorAll('.chart').length,
+    faults: [...faultsOf(doc), ...(folded ? [] : ['a table is open']),
+             ...(i % 2 ? [] : misdrawn(doc, reports[Math.floor(i / looks.length)]))], // alike in light and dark
   };
 }
 
+const looks = [360, 800, 1600].flatMap(width => ['light', 'dark'].map(scheme => ({width, scheme})));
 for (const page of pages)
-  for (const scheme of ['light', 'dark'])
-    for (const width of [1280, 400]) {
-      const frame = document.body.appendChild(document.createElement('iframe'));
-      frame.style.cssText = `color-scheme: ${scheme}; width: ${width}px; border: 0`;
-      frame.srcdoc = page;
-    }
+  for (const {width, scheme} of looks) {
+    const frame = document.body.appendChild(document.createElement('iframe'));
+    frame.style.cssText = `color-scheme: ${scheme}; width: ${width}px; height: 20000px; border: 0`;
+    frame.srcdoc = page;
+  }
 
 onload = () => {
   const seen = JSON.stringify([...document.querySelectorAll('iframe')].map(measure));

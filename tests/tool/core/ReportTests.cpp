@@ -1,6 +1,5 @@
 // What a report is made of, over random runs and random reports.
 
-#include "page/History.h"
 #include "page/Page.h"
 #include "page/Scale.h"
 #include "report/BoundedSeries.h"
@@ -11,7 +10,6 @@
 #include <cmath>
 #include <fmt/format.h>
 #include <gmock/gmock.h>
-#include <map>
 #include <random>
 #include <regex>
 
@@ -90,61 +88,6 @@ TEST(ReportCore, TicksAreRoundAndReachAsFarAsTheAmount)
     EXPECT_EQ("-1,234,567", Grouped(-1234567));
     EXPECT_EQ("999", Grouped(999));
     EXPECT_EQ("1,000.50", Grouped(1000.5, 2));
-    EXPECT_EQ("1,023 bytes", BytesText(1023));
-    EXPECT_EQ("1.0 KiB", BytesText(1024));
-}
-
-double ChargedAt(const std::vector<BudgetHistory::Sample>& samples, double fSeconds)
-{
-    const auto next = std::find_if(samples.begin(), samples.end(),
-                                   [&](const auto& sample) { return sample.fSeconds > fSeconds; });
-    return next == samples.begin() ? 0 : (next - 1)->Charged();
-}
-
-// A column shows the most that was charged in it; where it ends, the budget is as it was.
-TEST(ReportCore, AThinnedHistoryShowsTheSame)
-{
-    constexpr double kColumn = 1;
-    ForRandom(200, [](Random& random) {
-        std::vector<BudgetHistory::Sample> budget;
-        std::vector<MemorySample> memory;
-        std::map<double, std::pair<double, double>> extremes;
-        double fTime = random.Fraction();
-        for (int nLeft = random(1, 200); nLeft > 0; --nLeft) {
-            const double fCharged = random(0, 100), fBytes = random(0, 1000);
-            budget.push_back({fTime, 100 - fCharged, {fCharged}});
-            memory.push_back({fTime, fBytes});
-            auto& [fLeast, fMost] = extremes.try_emplace(std::floor(fTime), fBytes, fBytes).first->second;
-            fLeast = std::min(fLeast, fBytes);
-            fMost = std::max(fMost, fBytes);
-            fTime += random(0, 3) == 0 ? random.Fraction() * 3 : random.Fraction() / 50;
-        }
-        const auto thin = Thinned(budget, kColumn);
-        EXPECT_LE(thin.size(), 2 * extremes.size() + 1);
-        for (const auto& [fColumn, _] : extremes) {
-            std::vector<BudgetHistory::Sample> inside;
-            for (const auto& sample : budget)
-                if (std::floor(sample.fSeconds) == fColumn)
-                    inside.push_back(sample);
-            double fMost = 0;
-            for (const auto& sample : inside)
-                fMost = std::max(fMost, sample.Charged());
-            const bool bFirst = fColumn < budget[0].fSeconds;
-            EXPECT_EQ(fMost, ChargedAt(thin, inside.size() == 1 || bFirst ? inside[0].fSeconds : fColumn));
-            if (!extremes.contains(fColumn + 1)) {
-                EXPECT_EQ(inside.back().Charged(), ChargedAt(thin, fColumn + 1.5));
-            }
-        }
-        std::map<double, std::pair<double, double>> kept;
-        for (const MemorySample& sample : Thinned(memory, kColumn)) {
-            auto& [fLeast, fMost] =
-                kept.try_emplace(std::floor(sample.fSeconds), sample.fBytes, sample.fBytes).first->second;
-            fLeast = std::min(fLeast, sample.fBytes);
-            fMost = std::max(fMost, sample.fBytes);
-        }
-        EXPECT_EQ(extremes, kept);
-        EXPECT_EQ(memory.back().fBytes, Thinned(memory, kColumn).back().fBytes);
-    });
 }
 
 TEST(ReportCore, AHistoryTellsFirstAndLastBandAndAddsUpToTheBudget)

@@ -12,84 +12,59 @@ Markup Fact(std::string_view szName, const Markup& value)
     return value.sz.empty() ? Markup{} : Tag("div", Tag("dt", szName) + Tag("dd", value));
 }
 
-/// The first image of a role that the steps work on, from the run's beginning or its end.
-Node ImageOf(const Node& report, std::string_view szRole, bool bFromEnd)
+bool IsOverBudget(const Node& report)
 {
-    const Node steps = report["steps"];
-    for (std::size_t i = 0; i < steps.Count(); ++i) {
-        const Node images = steps.Item(bFromEnd ? steps.Count() - 1 - i : i)["images"];
-        for (std::size_t k = 0; k < images.Count(); ++k)
-            if (images.Item(k)["role"].String() == szRole)
-                return images.Item(k);
-    }
-    return steps.Item(steps.Count());
-}
-
-Markup PictureText(const Node& name, const Node& picture, const Node& bytes)
-{
-    Markup words = Exact(name);
-    if (picture["width"].IsKnown())
-        words += Text(", ") + PixelSize(picture) + Text(" pixels");
-    if (bytes.IsKnown())
-        words += Text(", ") + Exact(bytes) + Text(" bytes");
-    return words;
-}
-
-Markup Facts(const Node& report)
-{
-    const Node input = ImageOf(report, "input", false), output = ImageOf(report, "output", true);
-    Markup facts = Fact("Input", PictureText(input["image"], input, input["bytes"]));
-    if (report["file"].IsKnown()) {
-        Markup picture = PictureText(report["file"], report, report["file_bytes"]);
-        if (report["format"].IsKnown())
-            picture += Text(", ") + Exact(report["format"]);
-        facts += Fact(report["command"].String() == "info" ? "Picture" : "Output", picture);
-    } else {
-        facts += Fact("Output", PictureText(output["image"], output, output["bytes"]));
-    }
-    facts += Fact("Scheme", Exact(report["scheme"]));
-    facts += Fact("Threads", Exact(report["settings"]["threads"]));
-    facts += Fact("Time", Seconds(report["seconds"]));
-    return Tag("dl", {{"class", "facts"}}, facts);
+    const Node budget = report["settings"]["budget_bytes"];
+    return budget.IsNumber() && report["peak_budget_bytes"].Number() > budget.Number();
 }
 
 Markup Badge(const Node& report)
 {
     if (!report["ok"].IsTrue())
-        return Tag("p", {{"class", "badge failed"}},
+        return Tag("p", {{"class", "badge alarm"}},
                    Text("✗ failed, exit status ") + Exact(report["exit_status"]));
-    return Tag("p", {{"class", "badge"}},
+    if (IsOverBudget(report))
+        return Tag("p", {{"class", "badge alarm"}}, Text("✗ above its budget"));
+    return Tag("p", {{"class", "badge good"}},
                Text(report["plan"].IsTrue() ? "✓ planned, nothing done" : "✓ done"));
+}
+
+Markup Facts(const Node& report)
+{
+    Markup picture = Exact(report["file"]);
+    if (report["width"].IsKnown())
+        picture += Text(", ") + Exact(report["width"]) + Text(" × ") + Exact(report["height"]) +
+                   Text(" pixels, ") + Exact(report["format"]) + Text(", ") + Bytes(report["file_bytes"]);
+    return Tag("dl", {{"class", "facts"}},
+               Fact(report["command"].String() == "info" ? "Picture" : "Output", picture) +
+                   Fact("Scheme", Exact(report["scheme"])) +
+                   Fact("Threads", Exact(report["settings"]["threads"])) +
+                   Fact("Time", Seconds(report["seconds"])));
 }
 
 Markup Error(const Node& error)
 {
-    if (!error.IsKnown())
-        return {};
     Markup details;
-    for (const auto& member : error.Value()->items())
-        if (member.key() != "message")
-            details += Fact(member.key() == "wanted_bytes"      ? "wanted, bytes"
-                            : member.key() == "available_bytes" ? "available, bytes"
-                            : member.key() == "library_code"    ? "library code"
-                            : member.key() == "library_meaning" ? "which means"
-                            : member.key() == "system_error"    ? "system error"
-                                                                : member.key(),
-                            Exact(error[member.key()]));
-    return Tag("section", {{"class", "error"}},
-               Tag("h2", "Error") + Tag("p", Exact(error["message"])) +
-                   Tag("dl", {{"class", "facts"}}, details));
+    for (const Node& member : error.Items())
+        if (member.Name() != "message")
+            details += Fact(Words(member.Name()), Exact(member));
+    return error.IsKnown() ? Tag("section", {{"class", "error"}},
+                                 Tag("h2", "Error") + Tag("p", Exact(error["message"])) +
+                                     Tag("dl", {{"class", "facts"}}, details))
+                           : Markup{};
 }
 
-Markup Figure(std::string_view szName, const Node& bytes, const Node& budget)
+Markup Figures(const Node& report)
 {
-    if (!bytes.IsNumber())
-        return {};
-    Markup figure = Tag("dt", szName) + Tag("dd", {{"class", "large"}}, Bytes(bytes)) +
-                    Tag("dd", Exact(bytes) + Text(" bytes"));
+    const Node budget = report["settings"]["budget_bytes"], peak = report["peak_budget_bytes"];
+    Markup used = Tag("span", {{"class", IsOverBudget(report) ? "alarm" : "good"}}, Bytes(peak));
     if (budget.Number() > 0)
-        figure += Tag("dd", fmt::format("{:.1f} % of the budget", 100 * bytes.Number() / budget.Number()));
-    return Tag("div", figure);
+        used += Text(" ") + Tag("small", ShareText(peak.Number(), budget.Number()));
+    return Tag("dl", {{"class", "figures"}},
+               Fact("Budget", Bytes(budget)) + Fact("Peak of the budget", peak.IsNumber() ? used : Markup{}) +
+                   Fact("Peak private memory", Bytes(report["peak_private_bytes"])) +
+                   Fact("Peak mapped memory", Bytes(report["peak_mapped_bytes"])) +
+                   Fact("Temporary files, at most", Bytes(report["temporary_bytes"])));
 }
 
 } // namespace
@@ -102,16 +77,6 @@ Markup Headline(const Node& report)
     return Tag("header", Tag("p", {{"class", "program"}},
                              Exact(report["program"]) + Text(" ") + Exact(report["version"]) +
                                  Text(" · where the memory went")) +
-                             Tag("h1", title) + Badge(report) + Facts(report) + Error(report["error"]));
-}
-
-Markup KeyFigures(const Node& report)
-{
-    const Node budget = report["settings"]["budget_bytes"], nothing = report["error"]["none"];
-    const Markup figures = Figure("Budget", budget, nothing) +
-                           Figure("Peak of the budget", report["peak_budget_bytes"], budget) +
-                           Figure("Peak private memory", report["peak_private_bytes"], nothing) +
-                           Figure("Peak mapped memory", report["peak_mapped_bytes"], nothing) +
-                           Figure("Temporary files, at most", report["temporary_bytes"], nothing);
-    return figures.sz.empty() ? Markup{} : Tag("dl", {{"class", "figures"}}, figures);
+                             Tag("h1", title) + Badge(report) + Facts(report) + Error(report["error"]) +
+                             Figures(report));
 }

@@ -1,4 +1,4 @@
-// Writing HTML and SVG.
+// Writing HTML.
 
 #include "page/Markup.h"
 
@@ -9,33 +9,19 @@ namespace {
 std::string Escape(std::string_view szText)
 {
     std::string szEscaped;
-    szEscaped.reserve(szText.size());
-    for (const char c : szText) {
-        const auto nCode = static_cast<unsigned char>(c);
-        switch (c) {
-        case '&':
+    for (const char c : szText)
+        if (c == '&')
             szEscaped += "&amp;";
-            break;
-        case '<':
+        else if (c == '<')
             szEscaped += "&lt;";
-            break;
-        case '>':
+        else if (c == '>')
             szEscaped += "&gt;";
-            break;
-        case '"':
+        else if (c == '"')
             szEscaped += "&quot;";
-            break;
-        case '\t':
-        case '\n':
+        else if ((static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n') || c == 0x7F)
+            szEscaped += "\xEF\xBF\xBD";
+        else
             szEscaped += c;
-            break;
-        default:
-            if (nCode < 0x20 || nCode == 0x7F)
-                szEscaped += "\xEF\xBF\xBD";
-            else
-                szEscaped += c;
-        }
-    }
     return szEscaped;
 }
 
@@ -48,13 +34,10 @@ Markup Text(std::string_view szText)
 
 Markup Tag(std::string_view szName, Attributes attributes, const Markup& inside)
 {
-    Markup element{fmt::format("<{}", szName)};
+    std::string szElement = fmt::format("<{}", szName);
     for (const Attribute& attribute : attributes)
-        element.sz += fmt::format(" {}=\"{}\"", attribute.szName, Escape(attribute.szValue));
-    element.sz += ">";
-    element += inside;
-    element.sz += fmt::format("</{}>", szName);
-    return element;
+        szElement += fmt::format(" {}=\"{}\"", attribute.szName, Escape(attribute.szValue));
+    return {fmt::format("{}>{}</{}>", szElement, inside.sz, szName)};
 }
 
 Markup Tag(std::string_view szName, const Markup& inside)
@@ -67,10 +50,7 @@ Markup Tag(std::string_view szName, std::string_view szText)
     return Tag(szName, {}, Text(szText));
 }
 
-std::string Pixels(double fPixels)
+std::string Percent(double fPart, double fWhole)
 {
-    std::string szNumber = fmt::format("{:.1f}", fPixels);
-    if (szNumber.ends_with(".0"))
-        szNumber.resize(szNumber.size() - 2);
-    return szNumber == "-0" ? "0" : szNumber;
+    return fmt::format("{:.2f}%", 100 * (fPart / fWhole));
 }

@@ -1,5 +1,5 @@
 #pragma once
-// Writing HTML and SVG.
+// Writing HTML.
 
 #include <initializer_list>
 #include <string>
@@ -38,5 +38,5 @@ Markup Tag(std::string_view szName, Attributes attributes, const Markup& inside 
 Markup Tag(std::string_view szName, const Markup& inside);
 Markup Tag(std::string_view szName, std::string_view szText);
 
-/// A length or place in a drawing, to a tenth of a pixel.
-std::string Pixels(double fPixels);
+/// A part of a whole for a style, such as "12.50%".
+std::string Percent(double fPart, double fWhole);

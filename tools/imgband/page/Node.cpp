@@ -6,63 +6,52 @@
 
 #include <fmt/format.h>
 
-namespace {
-
-Markup Element(const Node& node, std::string_view szTag, const std::string& szText)
-{
-    return node.IsKnown() ? Tag(szTag, {{"data-key", node.Key()}}, Text(szText)) : Markup{};
-}
-
-} // namespace
-
 Node Node::operator[](const std::string& szKey) const
 {
-    const bool bHas = m_pValue && m_pValue->is_object() && m_pValue->contains(szKey);
+    const bool bHas = IsObject() && m_pValue->contains(szKey);
     return {bHas ? &m_pValue->at(szKey) : nullptr, m_at / szKey};
 }
 
-Node Node::Item(std::size_t nIndex) const
+std::vector<Node> Node::Items() const
 {
-    const bool bHas = m_pValue && m_pValue->is_array() && nIndex < m_pValue->size();
-    return {bHas ? &m_pValue->at(nIndex) : nullptr, m_at / nIndex};
+    std::vector<Node> items;
+    if (IsObject())
+        for (const auto& member : m_pValue->items())
+            items.push_back({&member.value(), m_at / member.key()});
+    else if (IsStructured())
+        for (std::size_t i = 0; i < m_pValue->size(); ++i)
+            items.push_back({&m_pValue->at(i), m_at / i});
+    return items;
 }
 
 std::string Node::String() const
 {
-    if (!m_pValue || m_pValue->is_structured() || m_pValue->is_null())
+    if (!IsKnown() || IsStructured())
         return {};
     if (m_pValue->is_string())
         return m_pValue->get<std::string>();
     if (m_pValue->is_boolean())
-        return m_pValue->get<bool>() ? "yes" : "no";
-    return m_pValue->is_number_float() ? SecondsText(Number()) : Grouped(m_pValue->get<std::int64_t>());
+        return IsTrue() ? "yes" : "no";
+    if (m_pValue->is_number_float())
+        return SecondsText(Number());
+    const bool bIdentifies = Name() == "process_id" || Name() == "thread";
+    return bIdentifies ? m_pValue->dump() : Grouped(m_pValue->get<std::int64_t>());
 }
 
-std::string Node::Digits() const
+Markup Exact(const Node& node)
 {
-    return m_pValue && m_pValue->is_number_integer() ? fmt::format("{}", m_pValue->get<std::int64_t>())
-                                                     : String();
+    return node.IsKnown() ? Tag("span", {{"data-key", node.Place()}}, Text(node.String())) : Markup{};
 }
 
-Markup Exact(const Node& node, std::string_view szTag)
+Markup Bytes(const Node& node)
 {
-    return Element(node, szTag, node.String());
-}
-
-Markup Identifier(const Node& node)
-{
-    return Element(node, "span", node.Digits());
-}
-
-Markup Bytes(const Node& node, std::string_view szTag)
-{
-    const Unit unit = ByteUnit(node.Number());
-    const Markup unitName = Text(fmt::format(" {}", unit.pszName));
     if (!node.IsNumber())
         return {};
+    const Unit unit = ByteUnit(node.Number());
+    const Markup unitName = Text(fmt::format(" {}", unit.pszName));
     if (unit.fSize == 1)
-        return Exact(node, szTag) + unitName;
-    return Tag(szTag, {{"data-key", node.Key()}, {"data-unit", unit.pszName}},
+        return Exact(node) + unitName;
+    return Tag("span", {{"data-key", node.Place()}, {"data-unit", unit.pszName}},
                Text(Grouped(node.Number() / unit.fSize, 1))) +
            unitName;
 }

@@ -2,11 +2,8 @@
 
 #include "page/Page.h"
 
-#include "page/Charts.h"
-#include "page/Node.h"
 #include "page/Sections.h"
 #include "page/Style.h"
-#include "page/Tables.h"
 
 namespace {
 
@@ -15,35 +12,33 @@ Markup Section(std::string_view szTitle, std::string_view szWords, const Markup&
 {
     if (inside.sz.empty())
         return {};
-    return Tag("section", Tag("h2", szTitle) + (szWords.empty() ? Markup{} : Tag("p", szWords)) + inside);
+    return Tag("section", Tag("h2", szTitle) + Tag("p", szWords) + inside);
 }
 
 Markup Body(const Node& report)
 {
-    return ImagePatterns(report) +
-           Tag("main", Headline(report) + KeyFigures(report) +
-                           Section("The budget over time",
-                                   "What the images of each step are charged, one on the other, and what is "
-                                   "left of the budget. Where that changes faster than the drawing can show, "
-                                   "it shows the most that was charged.",
-                                   BudgetChart(report)) +
-                           Section("Memory beside the budget",
-                                   "Private memory of the whole process, and views of files, which the "
-                                   "system can take back.",
-                                   MemoryChart(report)) +
-                           Section("The images of each step",
-                                   "What each is charged, against the whole budget.", ImageBars(report)) +
-                           Section("Read, written, spilled", "", TrafficChart(report)) +
-                           Section("The band now and then",
-                                   "Images in their proportions, with the lines in reach at some moments. "
-                                   "Very long images are drawn shorter, thin bands and frames thicker than "
-                                   "they are.",
-                                   BandDrawings(report)) +
-                           Section("All numbers", "",
-                                   RunTable(report) + StepTable(report) + ImageTable(report) +
-                                       ThreadTable(report) + MappingTable(report)) +
-                           Section("The library's own tables",
-                                   "As the library wrote them, with English beside.", LibraryTable(report)));
+    const Palette palette(report);
+    return Tag(
+        "main",
+        Headline(report) +
+            Section("The budget over time",
+                    "What the images of each step are charged, one on the other, and what is left of "
+                    "the budget.",
+                    BudgetChart(report, palette)) +
+            Section("Private memory over time",
+                    "What the whole process has for itself: images in memory, which the budget counts, "
+                    "and the program's own data.",
+                    MemoryChart(report, "private_bytes", true)) +
+            Section("Mapped memory over time",
+                    "Pages of files: temporary files in use, and the program's own code. The system "
+                    "can take them back at any time, so they may be more than the budget.",
+                    MemoryChart(report, "mapped_bytes", false)) +
+            Section("The images of each step",
+                    "What each is charged, against the whole budget, and the band in reach at some "
+                    "moments. Thin bands are drawn thicker and long images shorter than they are.",
+                    Steps(report, palette)) +
+            Section("Read, written, spilled", "Bytes of pixels, and the temporary files.", Traffic(report)) +
+            Section("All numbers", "Bytes and seconds to the last digit.", AllNumbers(report)));
 }
 
 } // namespace

@@ -66,15 +66,23 @@ std::string Grouped(double fNumber, int nDecimals)
     return Grouped(fmt::format("{:.{}f}", fNumber, nDecimals));
 }
 
-std::string BytesText(double fBytes)
-{
-    const Unit unit = ByteUnit(fBytes);
-    return fmt::format("{} {}", Grouped(fBytes / unit.fSize, unit.fSize > 1 ? 1 : 0), unit.pszName);
-}
-
 std::string SecondsText(double fSeconds)
 {
     return Grouped(fSeconds, fSeconds == 0 || fSeconds >= kShortTime ? 3 : 6);
+}
+
+std::string ShareText(double fPart, double fWhole)
+{
+    return Grouped(100 * (fPart / fWhole), 1) + " %";
+}
+
+std::string Words(std::string szKey)
+{
+    for (const std::string szUnit : {"_bytes", "_seconds"})
+        if (szKey.ends_with(szUnit))
+            szKey.insert(szKey.size() - szUnit.size(), ",");
+    std::replace(szKey.begin(), szKey.end(), '_', ' ');
+    return szKey;
 }
 
 std::vector<Tick> RoundTicks(double fMost, const Unit& unit, int nWanted)

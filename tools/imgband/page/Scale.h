@@ -22,11 +22,14 @@ Unit TimeUnit(double fSeconds);
 std::string Grouped(std::int64_t nNumber);
 std::string Grouped(double fNumber, int nDecimals);
 
-/// An amount in its unit, as "60.0 MiB"; few bytes are told exactly.
-std::string BytesText(double fBytes);
-
 /// Seconds to the millisecond, short times to the microsecond.
 std::string SecondsText(double fSeconds);
+
+/// A part of a whole, as "12.5 %".
+std::string ShareText(double fPart, double fWhole);
+
+/// What a key of the report means: "peak_private_bytes" becomes "peak private, bytes".
+std::string Words(std::string szKey);
 
 struct Tick
 {

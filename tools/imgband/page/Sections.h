@@ -1,24 +1,25 @@
 #pragma once
-// The parts of a report's page beside charts and tables. Each is empty when the report does not have its
-// numbers.
+// The parts of a report's page. Each is empty when the report does not have its numbers.
 
-#include "page/Markup.h"
 #include "page/Node.h"
+#include "page/Palette.h"
 
-/// What ran, how it ended, what went in and came out.
+/// What ran, how it ended, what went in and came out; then the run's most telling numbers, large.
 Markup Headline(const Node& report);
 
-/// The run's most telling numbers, large.
-Markup KeyFigures(const Node& report);
+/// What each image is charged over time, one on the other, the free rest on top, and the budget.
+Markup BudgetChart(const Node& report, const Palette& palette);
 
-/// A bar for each image of each step: its charge against the budget, and how it is held, in words.
-Markup ImageBars(const Node& report);
+/// Private or mapped memory over the same time.
+/// @param szKey     private_bytes or mapped_bytes
+/// @param bLimited  by the budget, which is drawn as a line then
+Markup MemoryChart(const Node& report, const std::string& szKey, bool bLimited);
 
-/// Drawings of images with the band that was worked on at some moments.
-Markup BandDrawings(const Node& report);
+/// A step's images: what each is charged, how it is held, and its band at some moments.
+Markup Steps(const Node& report, const Palette& palette);
 
-/// "12,000 × 12,000" of whatever has a width and a height.
-Markup PixelSize(const Node& image);
+/// Bytes read, written and spilled.
+Markup Traffic(const Node& report);
 
-/// How an image is held, as "30 bands of 400 lines".
-Markup BandWords(const Node& image);
+/// All that the report has but what is drawn over time, to the last digit, folded.
+Markup AllNumbers(const Node& report);
