@@ -57,11 +57,11 @@ Markup Error(const Node& error)
 Markup Figures(const Node& report)
 {
     const Node budget = report["settings"]["budget_bytes"], peak = report["peak_budget_bytes"];
-    Markup used = Tag("span", {{"class", IsOverBudget(report) ? "alarm" : "good"}}, Bytes(peak));
-    if (budget.Number() > 0)
+    Markup used = IsOverBudget(report) ? Tag("span", {{"class", "alarm"}}, Bytes(peak)) : Bytes(peak);
+    if (peak.IsNumber() && budget.Number() > 0)
         used += Text(" ") + Tag("small", ShareText(peak.Number(), budget.Number()));
     return Tag("dl", {{"class", "figures"}},
-               Fact("Budget", Bytes(budget)) + Fact("Peak of the budget", peak.IsNumber() ? used : Markup{}) +
+               Fact("Budget", Bytes(budget)) + Fact("Peak of the budget", used) +
                    Fact("Peak private memory", Bytes(report["peak_private_bytes"])) +
                    Fact("Peak mapped memory", Bytes(report["peak_mapped_bytes"])) +
                    Fact("Temporary files, at most", Bytes(report["temporary_bytes"])));

@@ -13,15 +13,10 @@ constexpr std::size_t kMostColumns = 7; // of a table; records with more stand b
 /// A value in an element szTag. The library writes Japanese; beside it stands the same in English.
 Markup Cell(std::string_view szTag, const Node& item, const std::string& szKey)
 {
-    const Node value = item[szKey];
     const bool bJapanese =
         !szKey.ends_with("english") &&
         (item["english"].IsKnown() || item[szKey + "_english"].IsKnown() || szKey == "process_name");
-    return Tag(szTag,
-               {{"class", value.IsNumber() ? "number" : "text"},
-                {"data-label", Words(szKey)},
-                {"lang", bJapanese ? "ja" : "en"}},
-               Exact(value));
+    return Tag(szTag, {{"data-label", Words(szKey)}, {"lang", bJapanese ? "ja" : "en"}}, Exact(item[szKey]));
 }
 
 /// The single values of an object.
@@ -45,8 +40,7 @@ Markup Table(const std::vector<Node>& items, const std::vector<std::string>& key
             cells += Cell("td", item, szKey);
         rows += Tag("tr", cells);
     }
-    return Tag("div", {{"class", "scroll"}},
-               Tag("table", Tag("thead", Tag("tr", titles)) + Tag("tbody", rows)));
+    return Tag("table", Tag("thead", Tag("tr", titles)) + Tag("tbody", rows));
 }
 
 /// All of an object or a list: small records as a table, others below each other.

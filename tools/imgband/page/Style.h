@@ -72,10 +72,10 @@ figcaption strong{display:block}
 details{margin-top:12px}
 summary{cursor:pointer;font-weight:600}
 summary::first-letter,h4::first-letter{text-transform:uppercase}
-.values{display:grid;grid-template-columns:repeat(auto-fill,minmax(290px,1fr));column-gap:40px;font-size:13px}
+.values{display:grid;grid-template-columns:repeat(auto-fill,minmax(min(290px,100%),1fr));column-gap:40px;font-size:13px}
 .values div{display:flex;justify-content:space-between;gap:16px;padding:4px 0;border-bottom:1px solid var(--rule)}
 .values dd{text-align:right}
-.record{margin:12px 0 0 12px;padding-left:12px;border-left:3px solid var(--rule)}
+.record{margin-top:12px;padding-left:12px;border-left:3px solid var(--rule)}
 table{border-collapse:collapse;font-size:13px;margin-top:8px}
 th,td{padding:4px 20px 4px 0;border-bottom:1px solid var(--rule);text-align:left;vertical-align:top}
 th{color:var(--muted)}
