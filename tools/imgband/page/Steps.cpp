@@ -70,19 +70,13 @@ Markup StepWords(const Node& step)
     return Tag("p", words);
 }
 
-/// The largest amount of the items, at least fLeast.
-double Most(const std::vector<Node>& items, const char* pszKey, double fLeast)
-{
-    for (const Node& item : items)
-        fLeast = std::max(fLeast, item[pszKey].Number());
-    return fLeast;
-}
-
 Markup Step(const Node& step, std::size_t nStep, const Node& report, const Palette& palette)
 {
     const std::vector<Node> images = step["images"].Items();
     const double fBudget = std::max(1.0, report["settings"]["budget_bytes"].Number());
-    const double fMost = Most(images, "charged_bytes", fBudget);
+    double fMost = fBudget;
+    for (const Node& image : images)
+        fMost = std::max(fMost, image["charged_bytes"].Number());
     Markup rows;
     for (std::size_t i = 0; i < images.size(); ++i) {
         const Node &image = images[i], charged = image["charged_bytes"];
