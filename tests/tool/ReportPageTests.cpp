@@ -51,13 +51,12 @@ std::vector<string> Differences(const ordered_json& page, const ordered_json& re
 }
 
 /// How many charts the report's page must have: none that would be empty.
-std::size_t Charts(const ordered_json& report)
+std::ptrdiff_t Charts(const ordered_json& report)
 {
-    std::size_t nCharts = report.value("memory_over_time", ordered_json::array()).size() > 1 ? 2 : 0;
-    for (const auto& sample : report.value("budget_over_time", ordered_json::array()))
-        if (!sample["charged"].empty())
-            return nCharts + 1;
-    return nCharts;
+    const auto budget = report.value("budget_over_time", ordered_json::array());
+    const bool bCharged =
+        std::any_of(budget.begin(), budget.end(), [](auto& at) { return !at["charged"].empty(); });
+    return (report.value("memory_over_time", ordered_json::array()).size() > 1 ? 2 : 0) + bCharged;
 }
 
 string Outcome(const ordered_json& report)

@@ -17,11 +17,10 @@ function textsOf(doc) {
 function contrast(owner) {
   const lightness = colour => colour.match(/[\d.]+/g).slice(0, 3)
     .reduce((sum, part, i) => sum + [0.2126, 0.7152, 0.0722][i] * (part / 255) ** 2.2, 0.05);
-  let ground = owner, style = getComputedStyle(owner);
-  const ink = lightness(style.color);
-  while (style.backgroundColor === 'rgba(0, 0, 0, 0)')
-    style = getComputedStyle(ground = ground.parentElement);
-  const paper = lightness(style.backgroundColor);
+  const ink = lightness(getComputedStyle(owner).color);
+  while (getComputedStyle(owner).backgroundColor === 'rgba(0, 0, 0, 0)')
+    owner = owner.parentElement;
+  const paper = lightness(getComputedStyle(owner).backgroundColor);
   return Math.max(ink, paper) / Math.min(ink, paper);
 }
 
@@ -30,7 +29,8 @@ function faultsOf(doc) {
   const edge = doc.querySelector('main').getBoundingClientRect().right - 15; // the page's margin is 16 or more
   texts.forEach(({node, box, words, owner}, i) => {
     const room = owner.closest(boxesOf).getBoundingClientRect();
-    if (box.left < room.left - 1 || box.right > Math.min(room.right + 1, edge) || box.top < room.top - 4 || box.bottom > room.bottom + 4)
+    if (box.left < room.left - 1 || box.right > Math.min(room.right + 1, edge) ||
+        box.top < room.top - 4 || box.bottom > room.bottom + 4)
       faults.push('cut: ' + words);
     if (box.height < 12 || contrast(owner) < 4.5)
       faults.push('hard to read: ' + words);
@@ -45,44 +45,43 @@ function faultsOf(doc) {
 
 // What a chart has to draw: the bytes of each of its layers, time by time.
 function samplesOf(report, layer) {
-  if (!layer.endsWith(', bytes'))
-    return report.budget_over_time.map(({seconds, free_bytes, charged}) =>
-      ({seconds, bytes: {free: free_bytes, ...Object.fromEntries(charged.map(({image, bytes}) => [image, bytes]))}}));
-  return report.memory_over_time.map(sample =>
-    ({seconds: sample.seconds, bytes: {[layer]: sample[layer.replace(', ', '_')]}}));
+  if (layer.endsWith(', bytes'))
+    return report.memory_over_time.map(({seconds, ...all}) =>
+      ({seconds, bytes: {[layer]: all[layer.replace(', ', '_')]}}));
+  return report.budget_over_time.map(({seconds, free_bytes: free, charged}) =>
+    ({seconds, bytes: {free, ...Object.fromEntries(charged.map(({image, bytes}) => [image, bytes]))}}));
 }
 
-// Measures each layer at the moments that are drawn widest, and at the peak, however short it was.
-function misdrawn(doc, report) {
-  const sum = bytes => Object.entries(bytes).reduce((all, [layer, more]) => all + (layer === 'free' ? 0 : more), 0);
-  return [...doc.querySelectorAll('.plot')].flatMap(plot => {
-    const room = plot.getBoundingClientRect(), rows = room.height / 2, samples = samplesOf(report, plot.querySelector('i').title);
-    const end = Math.max(report.seconds, ...report.memory_over_time.map(sample => sample.seconds));
-    const most = Math.max(...samples.map(({bytes}) => sum(bytes) + (bytes.free ?? 0)),
-                          plot.querySelector('.ceiling') ? report.settings.budget_bytes : 0);
-    samples.forEach((sample, i) => { sample.width = ((samples[i + 1]?.seconds ?? end) - sample.seconds) / end; });
-    const peak = samples.reduce((a, b) => sum(a.bytes) >= sum(b.bytes) ? a : b);
-    const widest = samples.filter(({width}) => width * room.width > 4).sort((a, b) => b.width - a.width).slice(0, 6);
-    return [peak, ...widest].flatMap(sample => {
-      const drawn = {};
-      const x = room.left + room.width * Math.min(sample.seconds / end + Math.max(sample.width, 0.002) / 2, 0.999);
-      for (let row = 0.5; row < rows; ++row) {
-        const layer = doc.elementsFromPoint(x, room.top + 2 * row).find(element => element.matches('.plot > i'))?.title;
-        drawn[layer] = (drawn[layer] ?? 0) + most / rows;
-      }
-      delete drawn[undefined];
-      const wanted = sample === peak ? {peak: sum(peak.bytes)} : sample.bytes;
-      const found = sample === peak ? {peak: sum(drawn)} : drawn;
-      return Object.keys({...wanted, ...found})
-        .filter(layer => Math.abs((found[layer] ?? 0) - (wanted[layer] ?? 0)) > 2 * most / rows)
-        .map(layer => `${layer} at ${sample.seconds} s is ${found[layer]}, not ${wanted[layer]}`);
-    });
+// Measures each layer at the moments that are drawn widest, and the height of the peak, however short it was.
+function misdrawn(plot, report) {
+  const height = ({free, ...layers}) => Object.values(layers).reduce((sum, bytes) => sum + bytes, 0);
+  const room = plot.getBoundingClientRect(), samples = samplesOf(report, plot.querySelector('i').title);
+  const end = Math.max(report.seconds, report.memory_over_time.at(-1).seconds);
+  const most = Math.max(plot.querySelector('.ceiling') ? report.settings.budget_bytes : 0,
+                        ...samples.map(({bytes}) => height(bytes) + (bytes.free ?? 0)));
+  samples.forEach((sample, i) => { sample.width = ((samples[i + 1]?.seconds ?? end) - sample.seconds) / end; });
+  const peak = samples.reduce((a, b) => height(a.bytes) >= height(b.bytes) ? a : b);
+  const widest = samples.filter(({width}) => width * room.width > 4).sort((a, b) => b.width - a.width).slice(0, 6);
+  return [peak, ...widest].flatMap(sample => {
+    const x = Math.min(sample.seconds / end + Math.max(sample.width, 0.002) / 2, 0.999);
+    let drawn = {}, wanted = sample.bytes;
+    for (let y = 1; y < room.height; y += 2) {
+      const layer = plot.ownerDocument.elementsFromPoint(room.left + room.width * x, room.top + y)
+        .find(element => element.matches('.plot > i'));
+      if (layer)
+        drawn[layer.title] = (drawn[layer.title] ?? 0) + most / room.height * 2;
+    }
+    if (sample === peak)
+      [drawn, wanted] = [{peak: height(drawn)}, {peak: height(wanted)}];
+    return Object.keys({...wanted, ...drawn})
+      .filter(layer => Math.abs((drawn[layer] ?? 0) - (wanted[layer] ?? 0)) > 4 * most / room.height)
+      .map(layer => `${layer} at ${sample.seconds} s is ${drawn[layer]}, not ${wanted[layer]}`);
   });
 }
 
 function measure(frame, i) {
   const doc = frame.contentDocument, width = element => element.getBoundingClientRect().width;
-  const folded = [...doc.querySelectorAll('table')].every(table => !table.checkVisibility());
+  const open = [...doc.querySelectorAll('table')].filter(table => table.checkVisibility());
   doc.querySelectorAll('details').forEach(part => { part.open = true; });
   return {
     look: frame.style.cssText,
@@ -91,8 +90,8 @@ function measure(frame, i) {
       .map(element => [element.dataset.key, element.dataset.unit ?? '', element.textContent]),
     bars: [...doc.querySelectorAll('.meter')].map(bar => width(bar.firstChild) / width(bar)),
     charts: doc.querySelectorAll('.chart').length,
-    faults: [...faultsOf(doc), ...(folded ? [] : ['a table is open']),
-             ...(i % 2 ? [] : misdrawn(doc, reports[Math.floor(i / looks.length)]))], // alike in light and dark
+    faults: [...faultsOf(doc), ...open.map(() => 'a table is open'), ...(i % 2 ? [] : // alike in light and dark
+      [...doc.querySelectorAll('.plot')].flatMap(plot => misdrawn(plot, reports[Math.floor(i / looks.length)])))],
   };
 }
 
