@@ -22,15 +22,15 @@ struct BlockImage : CImageObj
     {
         T_ImageLrg_tag info = Geometry(nWidth, nHeight, nMarginX, MM_FORMAT_BGRA32, nAlign);
         info.nMarginY = nMarginY;
-        EXPECT_EQ(0u, SetImageInfo(&info));
+        EXPECT_OK(SetImageInfo(&info));
         bytes.resize(std::size_t(bUnit ? nWidth * nHeight * 4 : info.nBufSize));
         for (std::size_t i = 0; i < bytes.size(); ++i)
             bytes[i] = static_cast<unsigned char>(i % 249 + i / 249 % 3 + 1);
         target.resize(bytes.size(), '.');
         T_ImgInf in{1, ACS_MEMORY, bytes.data(), 0, nWidth, nHeight, 0x401, 0x401, nWidth * 4}, out = in;
         out.hData = target.data();
-        EXPECT_EQ(0u, bUnit ? ImportImgForUnit(this, &in, &out, 0, nullptr, nAlign, 0)
-                            : Step({this}, {}).Alloc());
+        EXPECT_OK(bUnit ? ImportImgForUnit(this, &in, &out, 0, nullptr, nAlign, 0)
+                        : Step({this}, {}).Alloc());
         SetFrameColor(MM_FRAME_REPLICATE, 0);
         if (!bUnit)
             std::memcpy(Stored(), bytes.data(), bytes.size());
@@ -60,13 +60,13 @@ struct BlockImage : CImageObj
 
 using Blocks = BudgetTest;
 
-TEST_F(Blocks, AreTheImageWithItsMarginAndGoBackWithout)
+void CheckBlocks()
 {
     std::mt19937 random{9};
     const auto pick = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
     int nFilled = 0;
     for (int n = 0; n < 6000; ++n) {
-        n % 3 == 0 ? Shrink(2000) : Reset();
+        n % 3 == 0 ? BudgetTest::Shrink(2000) : BudgetTest::Reset();
         const bool bUnit = n % 3 == 1;
         const int nWidth = 1 + pick(20), nHeight = 1 + pick(60), nMarginX = pick(5), nMarginY = pick(5);
         BlockImage image(bUnit, nWidth, nHeight, nMarginX, nMarginY, pick(3));
@@ -83,74 +83,87 @@ TEST_F(Blocks, AreTheImageWithItsMarginAndGoBackWithout)
         const bool bMargin = nLeft >= X - nMarginX && nRight + X < nWidth + nMarginX &&
                              nTop >= Y - nMarginY && nBottom + Y < nHeight + nMarginY &&
                              (!bUnit || Y <= nMarginY);
-        ASSERT_EQ(bMargin ? 0u : 18u, image.MapBlock(nTop, nBottom, nLeft, nRight, &block));
-        ASSERT_EQ(0, std::memcmp(&before, &image.m_ImgInfo, sizeof(before)));
+        ASSERT_CODE(bMargin ? MM_SUCCESS : MM_BAD_ARGUMENT,
+                    image.MapBlock(nTop, nBottom, nLeft, nRight, &block));
+        ASSERT_TRUE(SameBytes(BytesAt(&before, sizeof(before)), BytesAt(&image.m_ImgInfo, sizeof(before))))
+            << "the object's geometry has changed";
         std::vector<unsigned char> wanted(std::size_t(block.nBufSize), 0);
         for (int y = -Y; y < block.nHeight + Y && bMargin; ++y)
             for (int i = 0; i < 4 * (block.nWidth + 2 * X); ++i)
                 wanted[std::size_t(block.pImage - block.pBase + y * block.nLineBytes + i - 4 * X)] =
                     image.At(nLeft + i / 4 - X, nTop + y, i % 4);
-        ASSERT_EQ(0, std::memcmp(wanted.data(), block.pBase, wanted.size()));
+        ASSERT_TRUE(SameBytes(BytesAt(wanted.data(), wanted.size()), BytesAt(block.pBase, wanted.size())));
         nFilled += bMargin ? 1 : 0;
-
-        ASSERT_TRUE(!bUnit || std::count(image.Stored(), image.Stored() + image.bytes.size(), '.') ==
-                                  std::ptrdiff_t(image.bytes.size()))
-            << "reading has written";
+        if (bUnit) {
+            ASSERT_EQ(std::string(image.bytes.size(), '.'), BytesAt(image.Stored(), image.bytes.size()))
+                << "reading has written";
+        }
 
         std::generate_n(block.pBase, block.nBufSize, [&] { return static_cast<unsigned char>(pick(256)); });
-        ASSERT_EQ(0u, image.UnMapBlock(nTop, nBottom, nLeft, nRight, &block));
+        ASSERT_OK(image.UnMapBlock(nTop, nBottom, nLeft, nRight, &block));
         for (int y = 0; y < block.nHeight; ++y)
             std::memcpy(&image.bytes[image.Offset(nLeft, nTop + y)], block.pImage + y * block.nLineBytes,
                         std::size_t(block.nWidth) * 4);
         const unsigned char* pStored = image.Stored();
         for (std::size_t i = 0; i < image.bytes.size(); ++i) {
             const bool bVisited = !bUnit || (i >= image.Offset(0, nTop) && i < image.Offset(0, nBottom + 1));
-            ASSERT_TRUE(pStored[i] == image.bytes[i] || (!bVisited && pStored[i] == '.')) << i;
+            ASSERT_EQ(bVisited || pStored[i] != '.' ? image.bytes[i] : '.', pStored[i]) << i;
         }
         CImageObj::FreeImgBufLrg(&block);
-        ASSERT_TRUE(!bUnit || !image.m_ImgInfo.pBase);
+        ASSERT_EQ(bUnit ? nullptr : before.pBase, image.m_ImgInfo.pBase) << "a unit band stays held";
         ASSERT_EQ(nFree, CImageObj::AskFreeMemory());
     }
     EXPECT_GT(nFilled, 3000);
+}
 
-    Shrink(kMiB); // a line that starts in front of a view's end, 2 MiB, and ends behind it
+TEST_F(Blocks, AreTheImageWithItsMarginAndGoBackWithout)
+{
+    CheckBlocks();
+}
+
+TEST_F(Blocks, AreWholeWhereALineLiesAcrossTheEndOfAView)
+{
+    Shrink(kMiB); // views of 2 MiB
     BlockImage image(false, 10, 60000, 0, 4, MM_ALIGN_PACKED);
     T_ImageLrg_tag block{};
-    ASSERT_EQ(0u, CImageObj::AllcImgBufLrg(&block, 10, 21, 0, 4, MM_FORMAT_BGRA32, MM_ALIGN_PACKED));
-    ASSERT_EQ(0u, image.UnmapBand(9));
-    ASSERT_EQ(0u, image.MapBlock(52400, 52420, 0, 9, &block));
-    EXPECT_EQ(0, std::memcmp(block.pBase, &image.bytes[image.Offset(0, 52396)], 29 * 40));
+    ASSERT_OK(CImageObj::AllcImgBufLrg(&block, 10, 21, 0, 4, MM_FORMAT_BGRA32, MM_ALIGN_PACKED));
+    ASSERT_OK(image.UnmapBand(9));
+    ASSERT_OK(image.MapBlock(52400, 52420, 0, 9, &block));
+    EXPECT_TRUE(
+        SameBytes(BytesAt(&image.bytes[image.Offset(0, 52396)], 29 * 40), BytesAt(block.pBase, 29 * 40)));
     CImageObj::FreeImgBufLrg(&block);
 }
 
-TEST_F(Blocks, RefuseWhatTheImageHasNot)
+TEST_F(Blocks, AreRefusedOutsideTheImageAndForOtherPixels)
 {
     BlockImage image(true, 5, 8, 1, 1, MM_ALIGN_PACKED);
     T_ImageLrg_tag block{}, band{};
-    ASSERT_EQ(0u, CImageObj::AllcImgBufLrg(&block, 5, 8, 0, 0, MM_FORMAT_BGRA32, MM_ALIGN_PACKED));
+    ASSERT_OK(CImageObj::AllcImgBufLrg(&block, 5, 8, 0, 0, MM_FORMAT_BGRA32, MM_ALIGN_PACKED));
     const auto codes = [&](int nTop, int nBottom, int nLeft, int nRight) {
         return Codes(image.MapBlock(nTop, nBottom, nLeft, nRight, &block),
                      image.UnMapBlock(nTop, nBottom, nLeft, nRight, &block));
     };
     for (const int nOutside : {-1, 8}) {
-        EXPECT_EQ(Codes(99u, 103u), codes(nOutside, nOutside, 9, 9));
-        EXPECT_EQ(Codes(100u, 104u), codes(7, nOutside, 9, 9));
-        EXPECT_EQ(Codes(101u, 105u), codes(7, 7, nOutside, 9));
-        EXPECT_EQ(Codes(102u, 106u), codes(7, 7, 4, nOutside));
+        EXPECT_EQ(Codes(MM_BLOCK_TOP, MM_UNBLOCK_TOP), codes(nOutside, nOutside, 9, 9));
+        EXPECT_EQ(Codes(MM_BLOCK_BOTTOM, MM_UNBLOCK_BOTTOM), codes(7, nOutside, 9, 9));
+        EXPECT_EQ(Codes(MM_BLOCK_LEFT, MM_UNBLOCK_LEFT), codes(7, 7, nOutside, 9));
+        EXPECT_EQ(Codes(MM_BLOCK_RIGHT, MM_UNBLOCK_RIGHT), codes(7, 7, 4, nOutside));
     }
-    EXPECT_EQ(Codes(18u, 0u), codes(3, 2, 0, 4));
-    EXPECT_EQ(Codes(18u, 0u), codes(2, 2, 4, 3));
+    EXPECT_EQ(Codes(MM_BAD_ARGUMENT, MM_SUCCESS), codes(3, 2, 0, 4)) << "bottom above top";
+    EXPECT_EQ(Codes(MM_BAD_ARGUMENT, MM_SUCCESS), codes(2, 2, 4, 3)) << "right before left";
     block.nPixelBytes = 3;
-    EXPECT_EQ(Codes(18u, 18u), codes(0, 1, 0, 1));
+    EXPECT_EQ(Codes(MM_BAD_ARGUMENT, MM_BAD_ARGUMENT), codes(0, 1, 0, 1)) << "other pixels";
     block.nPixelBytes = 4;
-    EXPECT_EQ(0u, image.MapBandRange(2, 3, &band, 0));
+    EXPECT_OK(image.MapBandRange(2, 3, &band, 0));
     image.m_OutImgInf.eAcsType = ACS_FILEIO;
-    EXPECT_EQ(Codes(33u, 33u), codes(0, 7, 0, 4));
-    EXPECT_TRUE(image.m_ImgInfo.pBase && image.target == std::vector<unsigned char>(160, '.'));
+    EXPECT_EQ(Codes(MM_UNKNOWN_MODE, MM_UNKNOWN_MODE), codes(0, 7, 0, 4));
+    EXPECT_NE(nullptr, image.m_ImgInfo.pBase) << "a refusal drops the band that was held";
+    EXPECT_EQ(std::string(160, '.'), BytesAt(image.target.data(), 160)) << "a refusal has written";
     image.m_OutImgInf.eAcsType = ACS_MEMORY;
-    EXPECT_EQ(0u, image.MapBlock(6, 7, 0, 4, &block));
-    EXPECT_EQ(0, std::memcmp(&image.bytes[40], &image.target[40], 40)) << "the band that was held";
-    EXPECT_EQ(nullptr, image.m_ImgInfo.pBase) << "and is not put back";
+    EXPECT_OK(image.MapBlock(6, 7, 0, 4, &block));
+    EXPECT_TRUE(SameBytes(BytesAt(&image.bytes[40], 40), BytesAt(&image.target[40], 40)))
+        << "the band that was held is not written";
+    EXPECT_EQ(nullptr, image.m_ImgInfo.pBase) << "the band that was held is put back";
     CImageObj::FreeImgBufLrg(&block);
     EXPECT_EQ(100 * kMiB, CImageObj::AskFreeMemory());
 }

@@ -25,7 +25,7 @@ struct Wrapped
                      nHeight,   nExternalFormat, nObjectFormat, 0};
         if (eRole != IMG_INPUT)
             std::swap(inf.nSrcFormat, inf.nDstFormat);
-        EXPECT_EQ(0u, io.InitForUnify(&inf, eRole, 0, 0, 0, MM_ALIGN_LINES, 0, nTmpBufMode));
+        EXPECT_OK(io.InitForUnify(&inf, eRole, 0, 0, 0, MM_ALIGN_LINES, 0, nTmpBufMode));
         io.SetBandInfo(0, 1);
         io.Create(0, 0, 1);
     }
@@ -36,33 +36,37 @@ struct Wrapped
 // source byte, z for 0, F for 255, and a dot for what stays as it was.
 TEST(ExternalImages, ConvertWhatFitsAPixelAndLeaveUnknownCombinationsAlone)
 {
-    // clang-format off
-    const struct { tag_E_IMGTYPE eRole; int nFileType, nExternal, nObject, nAlpha; const char* pszLine; } cases[] = {
-        {IMG_INPUT, 0, 4, 3, 0, "........."}, {IMG_INPUT, 0, 6, 8, 0, "........."}, {IMG_INPUT, 2, 3, 4, 0, "........."},
-        {IMG_INPUT, 1, 4, 4, 0, "........."}, {IMG_INPUT, 1, 6, 4, 0, "0123....."}, {IMG_INPUT, 1, 8, 3, 0, "012......"},
-        {IMG_OUTPUT, 0, 3, 8, 2, "012z....."}, {IMG_OUTPUT, 0, 4, 8, 0, "0123....."}, {IMG_OUTPUT, 0, 4, 6, 1, "012F....."},
-        {IMG_OUTPUT, 0, 4, 4, 2, "........."}, {IMG_OUTPUT, 0, 4, 3, 2, "........."}, {IMG_OUTPUT, 0, 8, 8, 0, "........."},
-        {IMG_OUTPUT, 1, 8, 8, 2, "........."}, {IMG_OUTPUT, 1, 6, 4, 2, "0123zz..."}, {IMG_OUTPUT, 1, 6, 3, 0, "012zzz..."},
-        {IMG_OUTPUT, 1, 8, 4, 1, "0123zzFF."}, {IMG_OUTPUT, 1, 4, 4, 0, "........."}, {IMG_OUTPUT, 2, 3, 3, 0, "........."},
+    using Row = std::tuple<tag_E_IMGTYPE, int, int, int, int, std::string>;
+    const Row cases[] = {
+        // role, file type, bytes of an external and of an object's pixel, alpha, result
+        {IMG_INPUT, 0, 4, 3, 0, "........."},  {IMG_INPUT, 0, 6, 8, 0, "........."},
+        {IMG_INPUT, 2, 3, 4, 0, "........."},  {IMG_INPUT, 1, 4, 4, 0, "........."},
+        {IMG_INPUT, 1, 6, 4, 0, "0123....."},  {IMG_INPUT, 1, 8, 3, 0, "012......"},
+        {IMG_OUTPUT, 0, 3, 8, 2, "012z....."}, {IMG_OUTPUT, 0, 4, 8, 0, "0123....."},
+        {IMG_OUTPUT, 0, 4, 6, 1, "012F....."}, {IMG_OUTPUT, 0, 4, 4, 2, "........."},
+        {IMG_OUTPUT, 0, 4, 3, 2, "........."}, {IMG_OUTPUT, 0, 8, 8, 0, "........."},
+        {IMG_OUTPUT, 1, 8, 8, 2, "........."}, {IMG_OUTPUT, 1, 6, 4, 2, "0123zz..."},
+        {IMG_OUTPUT, 1, 6, 3, 0, "012zzz..."}, {IMG_OUTPUT, 1, 8, 4, 1, "0123zzFF."},
+        {IMG_OUTPUT, 1, 4, 4, 0, "........."}, {IMG_OUTPUT, 2, 3, 3, 0, "........."},
     };
-    // clang-format on
-    for (const auto& c : cases) {
-        Wrapped w(c.nFileType, 1, 2, kFormat[c.nExternal], kFormat[c.nObject], c.eRole);
-        w.io.SetAlpha(c.nAlpha);
+    for (const auto& row : cases) {
+        const auto& [eRole, nFileType, nExternal, nObject, nAlpha, sWanted] = row;
+        Wrapped w(nFileType, 1, 2, kFormat[nExternal], kFormat[nObject], eRole);
+        w.io.SetAlpha(nAlpha);
         std::string sLine(64, kUntouched);
         const auto pObject = reinterpret_cast<unsigned char*>(sLine.data());
-        std::copy_n("01234567", 8, c.eRole == IMG_INPUT ? w.Line(1) : sLine.data());
+        std::copy_n("01234567", 8, eRole == IMG_INPUT ? w.Line(1) : sLine.data());
         T_ImageLrg_tag record{};
-        if (c.eRole == IMG_INPUT) {
-            ASSERT_EQ(0u, w.io.MapBandRangeBuf(1, 1, pObject, &record));
+        if (eRole == IMG_INPUT) {
+            ASSERT_OK(w.io.MapBandRangeBuf(1, 1, pObject, &record));
         } else {
-            ASSERT_EQ(0u, w.io.MapBand(1, &record, MM_BAND_DOWNWARD, 0));
-            ASSERT_EQ(0u, w.io.UnmapBand(pObject, 0));
+            ASSERT_OK(w.io.MapBand(1, &record, MM_BAND_DOWNWARD, 0));
+            ASSERT_OK(w.io.UnmapBand(pObject, 0));
             sLine.assign(w.Line(1), 64);
         }
         std::replace(sLine.begin(), sLine.end(), '\0', 'z');
         std::replace(sLine.begin(), sLine.end(), '\xFF', 'F');
-        EXPECT_EQ(c.pszLine, sLine.substr(0, 9)) << c.nFileType << ' ' << c.nExternal << ' ' << c.nObject;
+        EXPECT_EQ(sWanted, sLine.substr(0, 9)) << testing::PrintToString(row);
     }
 }
 
@@ -77,8 +81,10 @@ TEST(ExternalImages, AreRefusedWhenTheyDoNotFitAndLeaveTheObjectAlone)
                             {1, 4, 4, 0x1323, 0x1322}};
     for (const auto& [nFileType, nWidth, nHeight, nObject, nExternal] : cases) {
         T_ImgInf inf{nFileType, ACS_MEMORY, w.sBlock.data(), 0, nWidth, nHeight, nObject, nExternal, 0};
-        EXPECT_EQ(18u, w.io.InitForUnify(&inf, IMG_OUTPUT, 0, 0, 0, MM_ALIGN_LINES, 0, 0)) << nWidth;
-        EXPECT_TRUE(pStore == w.io.m_pImageCtrl && w.io.m_ImgInfoIO.nWidth == 4);
+        EXPECT_CODE(MM_BAD_ARGUMENT, w.io.InitForUnify(&inf, IMG_OUTPUT, 0, 0, 0, MM_ALIGN_LINES, 0, 0))
+            << nWidth;
+        EXPECT_EQ(pStore, w.io.m_pImageCtrl);
+        EXPECT_EQ(4, w.io.m_ImgInfoIO.nWidth);
         EXPECT_EQ(kUntouched, w.sBlock[MM_BITMAP_HEADER_BYTES - 1]) << "a header was written";
     }
 }
@@ -122,29 +128,31 @@ TEST(ExternalImages, MapTheLinesThatWereAskedFor)
 {
     Wrapped w(0, 3, 100, 0x301, 0x401, IMG_OUTPUT);
     w.io.SetBandInfo(16, 1);
-    // line, direction, result, first and last line
-    const int cases[][5] = {
-        {0, 0, 0, 0, 15},   {96, 0, 0, 96, 99}, {99, 0, 0, 99, 99},  {0, 1, 0, 0, 0},   {15, 1, 0, 0, 15},
-        {99, 1, 0, 84, 99}, {-1, 0, 107, 0, 0}, {100, 1, 107, 0, 0}, {5, 2, 118, 0, 0},
-    };
+    // line, direction, first and last line
+    const int cases[][4] = {{0, 0, 0, 15}, {96, 0, 96, 99}, {99, 0, 99, 99},
+                            {0, 1, 0, 0},  {15, 1, 0, 15},  {99, 1, 84, 99}};
     T_ImageLrg_tag record{};
-    for (const auto& [nLine, nDirection, nResult, nTop, nBottom] : cases) {
-        ASSERT_EQ(DWORD(nResult), w.io.MapBand(nLine, &record, nDirection, 0)) << nLine;
-        if (nResult != 0)
-            continue;
-        EXPECT_TRUE(record.nBandTop == nTop && record.nBandBottom == nBottom) << nLine;
-        EXPECT_TRUE(w.io.m_ImgInfoIO.nBandTop == nTop && record.nBandLines == nBottom - nTop + 1) << nLine;
+    EXPECT_CODE(MM_IO_LINE_OUTSIDE, w.io.MapBand(-1, &record, MM_BAND_DOWNWARD, 0));
+    EXPECT_CODE(MM_IO_LINE_OUTSIDE, w.io.MapBand(100, &record, MM_BAND_UPWARD, 0));
+    EXPECT_CODE(MM_IO_NO_SUCH_DIRECTION, w.io.MapBand(5, &record, 2, 0));
+    for (const auto& [nLine, nDirection, nTop, nBottom] : cases) {
+        ASSERT_OK(w.io.MapBand(nLine, &record, nDirection, 0)) << nLine;
+        EXPECT_EQ(
+            std::tuple(nTop, nBottom, nBottom - nTop + 1, nTop),
+            std::tuple(record.nBandTop, record.nBandBottom, record.nBandLines, w.io.m_ImgInfoIO.nBandTop))
+            << nLine;
         EXPECT_EQ(w.Line(nTop), static_cast<void*>(record.pImage));
-        EXPECT_EQ(0u, w.io.UnmapBand(0));
+        EXPECT_OK(w.io.UnmapBand(0));
         EXPECT_EQ(kUntouched, *w.Line(nTop)) << "ending a band by its slot converts nothing";
     }
-    EXPECT_EQ(MM_IO_RANGE_REVERSED, w.io.MapBandRange(5, 4, &record, 0));
-    EXPECT_EQ(MM_IO_RANGE_ADDRESS, w.io.MapBandRange(-1, 4, &record, 0));
+    EXPECT_CODE(MM_IO_RANGE_REVERSED, w.io.MapBandRange(5, 4, &record, 0));
+    EXPECT_CODE(MM_IO_RANGE_ADDRESS, w.io.MapBandRange(-1, 4, &record, 0));
     for (const auto& [nFirst, nLast] : {std::pair(100, 100), {99, 100}, {-1, 0}, {5, 4}})
-        EXPECT_EQ(MM_IO_BUFFER_ADDRESS, w.io.MapBandRangeBuf(nFirst, nLast, nullptr, &record)) << nFirst;
+        EXPECT_CODE(MM_IO_BUFFER_ADDRESS, w.io.MapBandRangeBuf(nFirst, nLast, nullptr, &record)) << nFirst;
 
     Wrapped in(1, 1, 10, 0x402, 0x402, IMG_INPUT, 1);
-    ASSERT_EQ(0u, in.io.Create(1 << 20, 1 << 20, 1) | in.io.MapBandRange(5, 30, &record, 0));
+    ASSERT_OK(in.io.Create(1 << 20, 1 << 20, 1));
+    ASSERT_OK(in.io.MapBandRange(5, 30, &record, 0));
     const auto pWork = static_cast<CImageCtrlIO*>(in.io.m_pImageCtrl)->GetTMPBuf(0);
     EXPECT_EQ(0, pWork[30 * in.io.m_ImgInfo.nLineBytes]) << "converted from behind the image";
 }
@@ -154,10 +162,11 @@ TEST(ExternalImages, TakeANullBufferForTheWorkBufferWhenThatHoldsTheBand)
     Wrapped w(1, 2, 4, 0x302, 0x302, IMG_OUTPUT, 1);
     T_ImageLrg_tag record{};
     for (const int nArea : {1000, 80000}) { // for less than one line of the object, and for more than four
-        ASSERT_EQ(0u, w.io.Create(0, nArea, 1) | w.io.MapBand(0, &record, MM_BAND_DOWNWARD, 0));
+        ASSERT_OK(w.io.Create(0, nArea, 1));
+        ASSERT_OK(w.io.MapBand(0, &record, MM_BAND_DOWNWARD, 0));
         for (int i = 0; i < 12; ++i)
             record.pImage[i] = static_cast<unsigned char>('a' + i);
-        EXPECT_EQ(nArea == 1000 ? 18u : 0u, w.io.UnmapBand(nullptr, 0));
+        EXPECT_CODE(nArea == 1000 ? MM_BAD_ARGUMENT : MM_SUCCESS, w.io.UnmapBand(nullptr, 0));
         EXPECT_EQ(nArea == 1000 ? "BM.........." : "abcdefghijkl", std::string(w.Line(0), 12));
     }
 }

@@ -3,6 +3,7 @@
 #include "HostFile.h"
 #include "TestImages.h"
 
+#include <array>
 #include <random>
 
 using Planner = BudgetTest;
@@ -21,13 +22,13 @@ TEST_F(Planner, KeepsSmallImagesWhole)
     TestImage in(Lines(8192, 1024)), out(Lines(8192, 1024));
     Step step({&in}, {&out});
     step.request.nMinBand = 64;
-    ASSERT_EQ(MM_SUCCESS, step.Alloc());
+    ASSERT_OK(step.Alloc());
     EXPECT_EQ(84 * kMiB, CImageObj::AskFreeMemory());
     EXPECT_EQ(1024, in.m_ImgInfo.nBandLines);
     EXPECT_EQ(ACS_MEMORY, out.m_pImageCtrl->GetAcsType());
     EXPECT_EQ(64, CImageObj::ms_MinBand);
     step.request.nMinBand = 8;
-    ASSERT_EQ(MM_SUCCESS, step.Alloc()) << "an image that is still held is not charged twice";
+    ASSERT_OK(step.Alloc()) << "an image that is still held is not charged twice";
     EXPECT_EQ(84 * kMiB, CImageObj::AskFreeMemory());
     EXPECT_EQ(16, CImageObj::ms_MinBand);
 }
@@ -60,7 +61,7 @@ TEST_F(Planner, SharesWhatIsLeft)
             out.push_back(images.emplace_back(new TestImage(Lines(1000, 20000))).get());
             out[0]->SetRatio(c.nOutRatio);
         }
-        ASSERT_EQ(MM_SUCCESS, Step(in, out).Alloc());
+        ASSERT_OK(Step(in, out).Alloc());
         LONG nLeft = 1000000;
         for (std::size_t i = 0; i < images.size(); ++i) {
             EXPECT_EQ(c.bands[i], images[i]->m_ImgInfo.nBandLines) << i;
@@ -75,7 +76,7 @@ TEST_F(Planner, SharesWhatIsLeft)
 TEST_F(Planner, CapsTheOutputsBandWhenInputsAreWhole)
 {
     TestImage in(Lines(2000, 10000)), out(Lines(10000, 20000));
-    ASSERT_EQ(MM_SUCCESS, Step({&in}, {&out}).Alloc());
+    ASSERT_OK(Step({&in}, {&out}).Alloc());
     EXPECT_EQ(20000000, in.m_nAreaSize);
     EXPECT_EQ(2516, out.m_ImgInfo.nBandLines);
     EXPECT_EQ(59697600, CImageObj::AskFreeMemory());
@@ -83,12 +84,12 @@ TEST_F(Planner, CapsTheOutputsBandWhenInputsAreWhole)
     // At a tenth of the input's ratio the band is a tenth of the input's lines.
     TestImage in2(Lines(2000, 10000)), out2(Lines(10000, 20000));
     out2.SetRatio(10);
-    ASSERT_EQ(MM_SUCCESS, Step({&in2}, {&out2}).Alloc());
+    ASSERT_OK(Step({&in2}, {&out2}).Alloc());
     EXPECT_EQ(1000, out2.m_ImgInfo.nBandLines);
 
     TestImage in3(Lines(2000, 10000)), out3(Lines(10000, 20000));
     in3.SetRatio(0);
-    EXPECT_EQ(MM_RATIO_ZERO, Step({&in3}, {&out3}).Alloc());
+    EXPECT_CODE(MM_RATIO_ZERO, Step({&in3}, {&out3}).Alloc());
 }
 
 TEST_F(Planner, BandsWhatIsLargerThanOneMapping)
@@ -98,7 +99,7 @@ TEST_F(Planner, BandsWhatIsLargerThanOneMapping)
     in.SetFsize(8);
     Step step({&in}, {});
     step.request.nMapCnt = 2;
-    ASSERT_EQ(MM_SUCCESS, step.Alloc());
+    ASSERT_OK(step.Alloc());
     const int nBuffer = 32 * kMiB / in.m_ImgInfo.nLineBytes;
     EXPECT_EQ(nBuffer - 16, in.m_ImgInfo.nBandLines) << "the frame is part of the band buffer";
     EXPECT_EQ(nBuffer * in.m_ImgInfo.nLineBytes * 2, in.m_nAreaSize);
@@ -106,7 +107,7 @@ TEST_F(Planner, BandsWhatIsLargerThanOneMapping)
     // In memory if told so, whatever the size.
     TestImage held(Lines(20480, 2048));
     held.SetOnMemory();
-    ASSERT_EQ(MM_SUCCESS, Step({&held}, {}).Alloc());
+    ASSERT_OK(Step({&held}, {}).Alloc());
     EXPECT_EQ(1, held.IsOnMemory());
 }
 
@@ -115,7 +116,7 @@ TEST_F(Planner, RefusesBadRequestsWithoutACharge)
     TestImage in(Lines(1000, 20000)), out(Lines(1000, 20000));
     CImageObj bare;
     const auto refuse = [&](Step step, DWORD nResult, const char* pszCase) {
-        EXPECT_EQ(nResult, step.Alloc()) << pszCase;
+        EXPECT_CODE(nResult, step.Alloc()) << pszCase;
         EXPECT_EQ(100 * kMiB, CImageObj::AskFreeMemory()) << pszCase;
         EXPECT_EQ(0, in.m_nAreaSize) << pszCase;
     };
@@ -146,14 +147,14 @@ TEST_F(Planner, WithholdsTheReserveOnceUntilTheFirstInputGoes)
     {
         TestImage in(Lines(1000, 20000)), out(Lines(1000, 20000));
         Step step({&in}, {&out, &out});
-        EXPECT_EQ(MM_TOO_MANY_OUTPUTS, step.Alloc());
+        EXPECT_CODE(MM_TOO_MANY_OUTPUTS, step.Alloc());
         EXPECT_EQ(1, in.m_nReserveTaken);
         EXPECT_EQ(0, CImageObj::AskFreeMemory());
-        EXPECT_EQ(MM_TOO_MANY_OUTPUTS, step.Alloc());
+        EXPECT_CODE(MM_TOO_MANY_OUTPUTS, step.Alloc());
         EXPECT_EQ(0, CImageObj::AskFreeMemory()) << "withheld a second time";
 
         step.request.nOutCnt = 1;
-        EXPECT_EQ(MM_SUCCESS, step.Alloc());
+        EXPECT_OK(step.Alloc());
         EXPECT_EQ(std::pair(16, 16), std::pair(in.m_ImgInfo.nBandLines, out.m_ImgInfo.nBandLines))
             << "smallest bands while the reserve is withheld";
     }
@@ -162,7 +163,7 @@ TEST_F(Planner, WithholdsTheReserveOnceUntilTheFirstInputGoes)
     Shrink(kMiB);
     TestImage zero(Lines(1000, 20000));
     zero.SetRatio(0);
-    EXPECT_EQ(MM_RATIO_ZERO, Step({&zero}, {}).Alloc());
+    EXPECT_CODE(MM_RATIO_ZERO, Step({&zero}, {}).Alloc());
     EXPECT_EQ(0, CImageObj::AskFreeMemory());
 }
 
@@ -177,12 +178,12 @@ TEST_F(Planner, MakesWhatAFailedStepChargedForAndDidNotReach)
         }
     } first;
     T_ImageLrg_tag info = Lines(1000, 500), band{};
-    ASSERT_EQ(MM_SUCCESS, first.SetImageInfo(&info));
+    ASSERT_OK(first.SetImageInfo(&info));
     TestImage second(Lines(1000, 500));
     Step step({&first, &second}, {});
-    EXPECT_EQ(MM_FILE_ACCESS, step.Alloc());
-    ASSERT_EQ(MM_SUCCESS, step.Alloc());
-    EXPECT_EQ(MM_SUCCESS, second.MapBand(0, &band, MM_BAND_DOWNWARD, 0));
+    EXPECT_CODE(MM_FILE_ACCESS, step.Alloc());
+    ASSERT_OK(step.Alloc());
+    EXPECT_OK(second.MapBand(0, &band, MM_BAND_DOWNWARD, 0));
 }
 
 TEST_F(Planner, CarriesAnInputFromStepToStep)
@@ -190,19 +191,19 @@ TEST_F(Planner, CarriesAnInputFromStepToStep)
     Shrink(4 * kMiB);
     TestImage first(Lines(1000, 8000)), second(Lines(1000, 8000)), work(Lines(1000, 6000));
     Step step({&first}, {&second}, {&work});
-    ASSERT_EQ(MM_SUCCESS, step.Alloc());
-    int in = 0, out = 0, tmp = 0, inFile = 0, outFile = 0, tmpFile = 0, inBand = 0, outBand = 0;
+    ASSERT_OK(step.Alloc());
+    std::array<int, 8> state{}; // in memory, in files: inputs, outputs, temporaries each; lines of the bands
+    auto& [in, out, tmp, inFile, outFile, tmpFile, inBand, outBand] = state;
     GetImageObjMemState(&step.request, step.in.data(), step.out.data(), step.tmp.data(), in, out, tmp, inFile,
                         outFile, tmpFile, inBand, outBand);
-    EXPECT_EQ(std::pair(0, 3), std::pair(in + out + tmp, inFile + outFile + tmpFile));
-    EXPECT_EQ(std::pair(first.m_ImgInfo.nBandLines, second.m_ImgInfo.nBandLines), std::pair(inBand, outBand));
+    EXPECT_EQ((std::array{0, 0, 0, 1, 1, 1, first.m_ImgInfo.nBandLines, second.m_ImgInfo.nBandLines}), state);
 
-    EXPECT_EQ(MM_SUCCESS, CImageObj::MemoryRelease(&step.request, step.tmp.data()));
+    EXPECT_OK(CImageObj::MemoryRelease(&step.request, step.tmp.data()));
     EXPECT_EQ(nullptr, work.m_pImageCtrl);
     first.Destroy();
     CImageObj::InitBaseMemory(100 * kMiB, 32 * kMiB);
     CImageObj::UpdateUseMemory(-second.m_nAreaSize);
-    ASSERT_EQ(MM_SUCCESS, Step({&second}, {}).Alloc());
+    ASSERT_OK(Step({&second}, {}).Alloc());
     EXPECT_EQ(8000, second.m_ImgInfo.nBandLines) << "a file that fits now is mapped whole";
     EXPECT_EQ(100 * kMiB - 8000000, CImageObj::AskFreeMemory());
     EXPECT_EQ(1, second.m_pImageCtrl->GetAllMapFlg());
@@ -237,7 +238,7 @@ TEST_F(Planner, BalancesTheBudgetForAnyStep)
             add(step.tmp);
         step.request = {int(step.in.size()), int(step.out.size()), int(step.tmp.size()), 1 + upTo(2), 0,
                         1 + upTo(40)};
-        ASSERT_EQ(MM_SUCCESS, step.Alloc());
+        ASSERT_OK(step.Alloc());
 
         LONG nCharged = 0;
         for (const auto& image : images) {
@@ -245,14 +246,14 @@ TEST_F(Planner, BalancesTheBudgetForAnyStep)
             ASSERT_GT(image->m_nAreaSize, 0);
             int nLine = 0;
             for (T_ImageLrg_tag band{}; nLine < image->m_ImgInfo.nHeight; nLine = band.nBandBottom + 1) {
-                ASSERT_EQ(MM_SUCCESS, image->MapBand(nLine, &band, MM_BAND_DOWNWARD, 0));
+                ASSERT_OK(image->MapBand(nLine, &band, MM_BAND_DOWNWARD, 0));
                 ASSERT_EQ(nLine, band.nBandTop);
                 ASSERT_LE(band.nBandLines, std::max(image->m_ImgInfo.nBandLines, 1));
-                ASSERT_EQ(MM_SUCCESS, image->UnmapBand(0));
+                ASSERT_OK(image->UnmapBand(0));
             }
             EXPECT_EQ(image->m_ImgInfo.nHeight, nLine);
         }
-        EXPECT_EQ(CImageObj::ms_ReserveMemory, CImageObj::AskFreeMemory() + nCharged);
+        EXPECT_EQ(CImageObj::ms_ReserveMemory - nCharged, CImageObj::AskFreeMemory());
         images.clear();
         EXPECT_EQ(CImageObj::ms_ReserveMemory, CImageObj::AskFreeMemory());
     }
@@ -267,9 +268,9 @@ TEST_F(Planner, PlansAHostsFileAgainWithBands)
     T_ImgInf inf{MM_FILE_RAW, ACS_FILEIO, nullptr, 0, 1000, 20000, MM_FORMAT_RAW48, MM_FORMAT_RAW64, 6000};
     inf.hData = file.Handle();
     CImageObjIO input;
-    ASSERT_EQ(MM_SUCCESS, input.InitForUnify(&inf, IMG_INPUT, 0, 0, 0, MM_ALIGN_LINES, 0, 0));
+    ASSERT_OK(input.InitForUnify(&inf, IMG_INPUT, 0, 0, 0, MM_ALIGN_LINES, 0, 0));
     for (int i = 0; i < 2; ++i) {
-        ASSERT_EQ(MM_SUCCESS, Step({&input}, {}).Alloc());
+        ASSERT_OK(Step({&input}, {}).Alloc());
         EXPECT_LE(input.m_nAreaSize, 32 * kMiB) << "plan " << i;
         EXPECT_EQ(100 * kMiB - input.m_nAreaSize, CImageObj::AskFreeMemory());
     }

@@ -1,9 +1,9 @@
 #pragma once
 // What several tests need: image geometries, one-image steps, and a budget of known size.
 
-#include "MemoryManager/MemoryManager.h"
+#include "ResultChecks.h"
 
-#include <gtest/gtest.h>
+#include "MemoryManager/MemoryManager.h"
 
 #include <cstdint>
 #include <initializer_list>
@@ -29,8 +29,14 @@ inline T_ImageLrg_tag Geometry(int nWidth, int nHeight, int nMargin = 0, int nFo
 class TestImage final : public CImageObj
 {
 public:
-    explicit TestImage(T_ImageLrg_tag info) { EXPECT_EQ(MM_SUCCESS, SetImageInfo(&info)); }
+    explicit TestImage(T_ImageLrg_tag info) { EXPECT_OK(SetImageInfo(&info)); }
 };
+
+/// The bytes of an image that is whole.
+inline unsigned char* BufferOf(CImageObj& image)
+{
+    return static_cast<unsigned char*>(image.m_pImageCtrl->GetMemPtr());
+}
 
 /// One step's lists, kept together for the planner.
 struct Step
@@ -55,10 +61,7 @@ struct Step
 /// Starts every test with a budget of 100 MiB and gives the statics back as the library loads them.
 class BudgetTest : public testing::Test
 {
-protected:
-    BudgetTest() { Reset(); }
-    ~BudgetTest() override { Reset(); }
-
+public:
     static void Reset()
     {
         CImageObj::ms_nOnMemory = 12 * kMiB;
@@ -73,4 +76,15 @@ protected:
         CImageObj::ms_nOnMemory = 0;
         CImageObj::InitBaseMemory(nReserve, nReserve);
     }
+
+protected:
+    BudgetTest() { Reset(); }
+    ~BudgetTest() override { Reset(); }
 };
+
+// Every byte that bands, blocks, frames and transfers move, against its reference; done at high addresses
+// too.
+void CheckFrames();
+void CheckBlocks();
+void CheckTransfers();
+void CheckUnitBands();

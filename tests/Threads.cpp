@@ -12,11 +12,11 @@ TEST_F(Threads, PlanAndWorkSideBySide)
     const auto work = [](int nSeed) {
         for (int nRound = 0; nRound < 15; ++nRound) {
             TestImage in(Geometry(300, 700)), out(Geometry(200, 50 + 20 * nRound));
-            ASSERT_EQ(MM_SUCCESS, Step({&in}, {&out}).Alloc());
+            ASSERT_OK(Step({&in}, {&out}).Alloc());
             for (bool bWrite : {true, false}) {
                 T_ImageLrg_tag band{};
                 for (int nLine = 0; nLine < 700; nLine = band.nBandBottom + 1) {
-                    ASSERT_EQ(MM_SUCCESS, in.MapBand(nLine, &band, MM_BAND_DOWNWARD, 0));
+                    ASSERT_OK(in.MapBand(nLine, &band, MM_BAND_DOWNWARD, 0));
                     for (int k = 0; k < band.nBandLines; ++k) {
                         auto& nPixel = band.pImage[k * band.nLineBytes + k % 1000];
                         const auto nValue = static_cast<unsigned char>(nSeed * 50 + nLine + k);
@@ -24,7 +24,7 @@ TEST_F(Threads, PlanAndWorkSideBySide)
                             nPixel = nValue;
                         ASSERT_EQ(nValue, nPixel) << "another thread's pixel";
                     }
-                    ASSERT_EQ(MM_SUCCESS, in.UnmapBand(0));
+                    ASSERT_OK(in.UnmapBand(0));
                 }
             }
             if (nRound % 3 == 0)

@@ -51,7 +51,7 @@ TEST_F(UnitImport, GivesBandsAllLinesThatFit)
         CImageObj image, other;
         image.m_ImgInfo.nMarginX = nMarginX;
         image.m_ImgInfo.nMarginY = nMarginY;
-        ASSERT_EQ(0u, ImportImgForUnit(&image, &in, &out, 0, nullptr, nAlign, 0));
+        ASSERT_OK(ImportImgForUnit(&image, &in, &out, 0, nullptr, nAlign, 0));
         const auto nLine = BandLine(nWidth + 2 * nMarginX, nType / 2 + 1, nAlign);
         const int nStored = in.eAcsType == ACS_MEMORY ? 0 : out.nLineBytes;
         int n = nHeight;
@@ -60,7 +60,7 @@ TEST_F(UnitImport, GivesBandsAllLinesThatFit)
         ASSERT_EQ(std::pair(n, n), std::pair(image.m_nUnitBandHeight, image.m_ImgInfo.nBandLines));
 
         out = Image(pick(4), ACS_MEMORY, sBlock.data(), 1 + pick(60), nOutHeight);
-        ASSERT_EQ(0u, ImportImgForUnitEnLarge(&other, &out, &image, &in, 0, nullptr, 0));
+        ASSERT_OK(ImportImgForUnitEnLarge(&other, &out, &image, &in, 0, nullptr, 0));
         const auto nInBytes = BandLine(nWidth, nType / 2 + 1, 0);
         const auto nOutBytes = BandLine(out.nWidth, out.nDstFormat & 0xF, 0) + out.nLineBytes;
         const int nIn = std::max(nHeight / nOutHeight, 1), nOut = std::max(nOutHeight / nHeight, 1);
@@ -95,22 +95,22 @@ TEST_F(UnitImport, WritesTheHeaderAndReadsBehindTheSourcesOwn)
                 reinterpret_cast<unsigned char*>(sSource.data()); // not a band that it holds
             T_ImageLrg_tag band{};
             for (bool bAgain = eOut == ACS_FILEIO;; bAgain = true) { // undoes what was set up before
-                ASSERT_EQ(0u, ImportImgForUnit(&image, &in, &out, 1, nullptr, MM_ALIGN_LINES, 0));
-                ASSERT_EQ(0u, image.SetBandHeight(2));
+                ASSERT_OK(ImportImgForUnit(&image, &in, &out, 1, nullptr, MM_ALIGN_LINES, 0));
+                ASSERT_OK(image.SetBandHeight(2));
                 if (bAgain)
                     break;
-                ASSERT_EQ(0u, image.MapBand(4, &band, MM_BAND_DOWNWARD, 0));
+                ASSERT_OK(image.MapBand(4, &band, MM_BAND_DOWNWARD, 0));
             }
-            EXPECT_EQ(0u, DuplicateImageForUnit(&image));
+            EXPECT_OK(DuplicateImageForUnit(&image));
             EXPECT_EQ(sWanted, eOut == ACS_MEMORY ? sBlock : result.Content().substr(0, 154));
             EXPECT_EQ(100 * kMiB, CImageObj::AskFreeMemory());
 
             T_ImgInf whole = Image(0, ACS_MEMORY, sSource.data(), 5, 5);
             whole.nOffset = 54, whole.nDstFormat = 0x0401;
-            EXPECT_EQ(0u, ImportImg(&image, &whole, 1, nullptr));
-            EXPECT_EQ(0u, image.MapBandRange(0, 0, &band, 0)) << "the object has an image of its own now";
-            EXPECT_EQ(0, std::memcmp(band.pImage, sIn.data() + 55 + 64, 3));
-            EXPECT_EQ(0u, image.UnmapBand(0));
+            EXPECT_OK(ImportImg(&image, &whole, 1, nullptr));
+            EXPECT_OK(image.MapBandRange(0, 0, &band, 0)) << "the object has an image of its own now";
+            EXPECT_EQ(sIn.substr(55 + 64, 3), BytesAt(band.pImage, 3));
+            EXPECT_OK(image.UnmapBand(0));
         }
 }
 
@@ -120,21 +120,23 @@ TEST_F(UnitImport, DuplicatesBetweenObjectsAndLeavesNothingMapped)
     std::iota(sSource.begin(), sSource.end(), '\1');
     T_ImgInf in = Image(2, ACS_MEMORY, sSource.data(), 4, 6), out = Image(2, ACS_MEMORY, sBlock.data(), 4, 6);
     CImageObj reader, writer;
-    ASSERT_EQ(0u, ImportImgForUnitEnLarge(&writer, &out, &reader, &in, 0, nullptr, 0));
-    EXPECT_EQ(0u, reader.SetBandHeight(4) | writer.SetBandHeight(4));
+    ASSERT_OK(ImportImgForUnitEnLarge(&writer, &out, &reader, &in, 0, nullptr, 0));
+    EXPECT_OK(reader.SetBandHeight(4));
+    EXPECT_OK(writer.SetBandHeight(4));
     for (int i = 0; i < 2; ++i) // the short band at the end leaves the set-up's height alone
-        EXPECT_EQ(0u, DuplicateImageForUnit(&writer, &reader));
+        EXPECT_OK(DuplicateImageForUnit(&writer, &reader));
     EXPECT_EQ(sSource, sBlock);
-    EXPECT_EQ(0u, writer.SetBandHeight(1));
-    EXPECT_EQ(18u, DuplicateImageForUnit(&writer, &reader)) << "bands of 4 lines and of 1";
-    EXPECT_TRUE(!reader.m_ImgInfo.pBase && !writer.m_ImgInfo.pBase);
+    EXPECT_OK(writer.SetBandHeight(1));
+    EXPECT_CODE(MM_BAD_ARGUMENT, DuplicateImageForUnit(&writer, &reader)) << "bands of 4 lines and of 1";
+    EXPECT_EQ(nullptr, reader.m_ImgInfo.pBase);
+    EXPECT_EQ(nullptr, writer.m_ImgInfo.pBase);
     EXPECT_EQ(100 * kMiB, CImageObj::AskFreeMemory());
 
     in = Image(0, ACS_MEMORY, nullptr, 10, 100), out = Image(1, ACS_MEMORY, sBlock.data(), 30, 300);
     // One line and the three that it becomes take 40 + 3 * (120 + 120) bytes.
     for (const auto& [nUnit, nLines] : {std::pair(24 * kMiB, 100), {9 * 760, 9}, {9 * 760 - 1, 8}, {0, 1}}) {
         CImageObj::ms_nUseMaxMemoryUnit = nUnit;
-        EXPECT_EQ(0u, ImportImgForUnitEnLarge(&writer, &out, &reader, &in, 0, nullptr, 0));
+        EXPECT_OK(ImportImgForUnitEnLarge(&writer, &out, &reader, &in, 0, nullptr, 0));
         EXPECT_EQ(nLines, reader.GetBandHeight());
         EXPECT_EQ(nLines * 3, writer.GetBandHeight());
     }
@@ -144,14 +146,16 @@ TEST_F(UnitImport, RefusesBeforeAnythingIsWritten)
 {
     // what is wrong; types, width and height of the source; what the destination has more, what the source's
     // lines have less, alignment; the code for a pair
-    // clang-format off
     const std::tuple<const char*, int, int, int, int, int, int, int, int, DWORD> cases[] = {
-        {"sample widths", 1, 3, 5, 5, 0, 0, 0, 0, 0}, {"widths", 0, 0, 5, 5, 1, 0, 0, 0, 0},
-        {"heights", 0, 0, 5, 5, 0, 1, 0, 0, 0}, {"no such alignment", 0, 0, 5, 5, 0, 0, 0, 3, 0},
-        {"lines that overlap", 2, 2, 5, 5, 0, 0, 1, 0, 18}, {"a negative height", 0, 0, 5, -5, 0, 0, 0, 0, 18},
-        {"band lines of 2 GiB", 0, 0, 1 << 29, 1, 0, 0, 0, 0, 18}, {"a source beyond 4 GiB", 1, 0, 40000, 26844, 0, 0, 0, 0, 18},
-        {"a destination beyond 4 GiB", 0, 1, 40000, 26844, 0, 0, 0, 0, 18}};
-    // clang-format on
+        {"sample widths", 1, 3, 5, 5, 0, 0, 0, 0, MM_SUCCESS},
+        {"widths", 0, 0, 5, 5, 1, 0, 0, 0, MM_SUCCESS},
+        {"heights", 0, 0, 5, 5, 0, 1, 0, 0, MM_SUCCESS},
+        {"no such alignment", 0, 0, 5, 5, 0, 0, 0, 3, MM_SUCCESS},
+        {"lines that overlap", 2, 2, 5, 5, 0, 0, 1, 0, MM_BAD_ARGUMENT},
+        {"a negative height", 0, 0, 5, -5, 0, 0, 0, 0, MM_BAD_ARGUMENT},
+        {"band lines of 2 GiB", 0, 0, 1 << 29, 1, 0, 0, 0, 0, MM_BAD_ARGUMENT},
+        {"a source beyond 4 GiB", 1, 0, 40000, 26844, 0, 0, 0, 0, MM_BAD_ARGUMENT},
+        {"a destination beyond 4 GiB", 0, 1, 40000, 26844, 0, 0, 0, 0, MM_BAD_ARGUMENT}};
     for (const auto& [pszCase, nIn, nOut, nWidth, nHeight, nWider, nTaller, nLess, nAlign, nPair] : cases)
         for (const auto eOut : {ACS_MMF, ACS_FILEIO}) {
             SCOPED_TRACE(pszCase);
@@ -161,11 +165,15 @@ TEST_F(UnitImport, RefusesBeforeAnythingIsWritten)
             in.nLineBytes -= nLess;
             CImageObj image, other;
             T_ImageLrg_tag band{};
-            EXPECT_EQ(18u, ImportImgForUnit(&image, &in, &out, 0, nullptr, nAlign, 0));
+            EXPECT_CODE(MM_BAD_ARGUMENT, ImportImgForUnit(&image, &in, &out, 0, nullptr, nAlign, 0));
             EXPECT_EQ("", result.Content());
-            EXPECT_EQ(nPair, ImportImgForUnitEnLarge(&other, &out, &image, &in, 0, nullptr, 0));
-            EXPECT_TRUE(nPair == 0 || result.Content().empty());
-            EXPECT_EQ(0u, ImportImgForUnitJudge(&image, &in, 0, nullptr, 0));
-            EXPECT_EQ(nPair != 0 && nOut != 1, 0 != image.MapBandRange(0, 0, &band, 0)) << "as its source is";
+            EXPECT_CODE(nPair, ImportImgForUnitEnLarge(&other, &out, &image, &in, 0, nullptr, 0));
+            if (nPair != MM_SUCCESS) {
+                EXPECT_EQ("", result.Content());
+            }
+            EXPECT_OK(ImportImgForUnitJudge(&image, &in, 0, nullptr, 0));
+            const bool bBadSource = nPair != MM_SUCCESS && nOut != 1;
+            EXPECT_EQ(bBadSource, image.MapBandRange(0, 0, &band, 0) != MM_SUCCESS)
+                << "only a source is judged";
         }
 }

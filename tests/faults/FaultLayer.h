@@ -3,6 +3,7 @@
 // Its clock moves only when somebody sleeps. One thread at a time.
 
 #include "../../Platform/Platform.h"
+#include <ostream>
 #include <string>
 
 namespace faults {
@@ -16,12 +17,24 @@ struct Plan
     DWORD nError = 5;
 };
 
+/// What was made and not released yet.
+struct Alive
+{
+    int nBlocks = 0, nViews = 0, nHandles = 0;
+    bool operator==(const Alive&) const = default;
+};
+
+inline std::ostream& operator<<(std::ostream& out, const Alive& alive)
+{
+    return out << alive.nBlocks << " blocks, " << alive.nViews << " views, " << alive.nHandles << " handles";
+}
+
 inline Plan g_plan;
+inline Alive g_alive;
+inline int g_nNot = 0;     // counts what needs no release
 inline int g_nCalls = 0;   // that the plan could have failed, since Begin
 inline DWORD g_nTicks = 0; // milliseconds slept since Begin
-inline int g_nBlocks = 0, g_nViews = 0, g_nHandles = 0,
-           g_nNot = 0;   // alive; the last for what needs no release
-inline int g_nTwice = 0; // releases of what was not there, since Begin
+inline int g_nTwice = 0;   // releases of what was not there, since Begin
 
 /// Starts counting and failing anew; what is alive stays counted.
 inline void Begin(const Plan& plan = {})
@@ -58,32 +71,45 @@ template <class Call> BOOL Release(const char* pszCall, int& nAlive, Call call)
 
 } // namespace faults
 
-// clang-format off
-#define MAKES(Result, Failure, Alive, Name, Params, ...) inline Result Faulty##Name Params \
-    { return faults::Make<Result>(#Name, Failure, faults::Alive, [&] { return ::Name(__VA_ARGS__); }); }
-#define RELEASES(Alive, Name, Params, ...) inline BOOL Faulty##Name Params \
-    { return faults::Release(#Name, faults::Alive, [&] { return ::Name(__VA_ARGS__); }); }
-using None = decltype(nullptr);
+// A call's stand-in, the failure that it gives, and where its results are counted.
+#define MAKES(Name, Failure, nAlive)                                                                         \
+    inline constexpr auto Faulty##Name = [](auto... arguments) {                                             \
+        return faults::Make(#Name, Failure, faults::nAlive, [=] { return Name(arguments...); });             \
+    };
+#define RELEASES(Name, nAlive)                                                                               \
+    inline constexpr auto Faulty##Name = [](auto... arguments) {                                             \
+        return faults::Release(#Name, faults::nAlive, [=] { return Name(arguments...); });                   \
+    };
 
-MAKES(LPVOID, nullptr, g_nBlocks, VirtualAlloc, (LPVOID p, SIZE_T n, DWORD t, DWORD a), p, n, t, a)
-RELEASES(g_nBlocks, VirtualFree, (LPVOID p, SIZE_T n, DWORD t), p, n, t)
-MAKES(HLOCAL, nullptr, g_nBlocks, LocalAlloc, (UINT f, SIZE_T n), f, n)
-MAKES(HLOCAL, nullptr, g_nNot, LocalReAlloc, (HLOCAL p, SIZE_T n, UINT f), p, n, f)
-inline HLOCAL FaultyLocalFree(HLOCAL p) { faults::g_nBlocks -= p ? 1 : 0; return ::LocalFree(p); }
-MAKES(HANDLE, INVALID_HANDLE_VALUE, g_nHandles, CreateFileA, (LPCSTR p, DWORD a, DWORD s, None, DWORD c, DWORD f, None), p, a, s, nullptr, c, f, nullptr)
-MAKES(BOOL, 0, g_nNot, ReadFile, (HANDLE h, LPVOID p, DWORD n, DWORD* r, None), h, p, n, r, nullptr)
-MAKES(DWORD, INVALID_SET_FILE_POINTER, g_nNot, SetFilePointer, (HANDLE h, LONG d, LONG* u, DWORD m), h, d, u, m)
-MAKES(DWORD, INVALID_FILE_SIZE, g_nNot, GetFileSize, (HANDLE h, DWORD* u), h, u)
-RELEASES(g_nHandles, CloseHandle, (HANDLE h), h)
-MAKES(HANDLE, nullptr, g_nHandles, CreateFileMappingA, (HANDLE h, None, DWORD p, DWORD u, DWORD n, None), h, nullptr, p, u, n, nullptr)
-MAKES(LPVOID, nullptr, g_nViews, MapViewOfFile, (HANDLE h, DWORD a, DWORD u, DWORD o, SIZE_T n), h, a, u, o, n)
-RELEASES(g_nViews, UnmapViewOfFile, (LPCVOID p), p)
-MAKES(DWORD, 0, g_nNot, GetTempFileNameA, (LPCSTR f, LPCSTR p, DWORD u, LPSTR n), f, p, u, n)
-inline DWORD FaultyGetTickCount() { return faults::g_nTicks; }
-inline void FaultySleep(DWORD nMilliseconds) { faults::g_nTicks += nMilliseconds; }
-inline bool FaultyCopyToFile(HANDLE f, HANDLE m, DWORD o, const void* p, DWORD n, bool b)
-    { return faults::Make("CopyToFile", false, faults::g_nNot, [&] { return platform::CopyToFile(f, m, o, p, n, b); }); }
-inline std::FILE* FaultyOpenBinaryFile(const char* p, ULONGLONG n)
-    { return faults::Make<std::FILE*>("OpenBinaryFile", nullptr, faults::g_nNot, [&] { return platform::OpenBinaryFile(p, n); }); }
-namespace platform { using ::FaultyCopyToFile; using ::FaultyOpenBinaryFile; }
-// clang-format on
+MAKES(VirtualAlloc, LPVOID{}, g_alive.nBlocks)
+MAKES(LocalAlloc, HLOCAL{}, g_alive.nBlocks)
+MAKES(LocalReAlloc, HLOCAL{}, g_nNot)
+MAKES(CreateFileA, INVALID_HANDLE_VALUE, g_alive.nHandles)
+MAKES(CreateFileMappingA, HANDLE{}, g_alive.nHandles)
+MAKES(MapViewOfFile, LPVOID{}, g_alive.nViews)
+MAKES(ReadFile, BOOL{}, g_nNot)
+MAKES(SetFilePointer, INVALID_SET_FILE_POINTER, g_nNot)
+MAKES(GetFileSize, INVALID_FILE_SIZE, g_nNot)
+MAKES(GetTempFileNameA, UINT{}, g_nNot)
+RELEASES(VirtualFree, g_alive.nBlocks)
+RELEASES(CloseHandle, g_alive.nHandles)
+RELEASES(UnmapViewOfFile, g_alive.nViews)
+
+inline HLOCAL FaultyLocalFree(HLOCAL p)
+{
+    faults::g_alive.nBlocks -= p ? 1 : 0;
+    return ::LocalFree(p);
+}
+inline DWORD FaultyGetTickCount()
+{
+    return faults::g_nTicks;
+}
+inline void FaultySleep(DWORD nMilliseconds)
+{
+    faults::g_nTicks += nMilliseconds;
+}
+
+namespace platform {
+MAKES(CopyToFile, false, g_nNot)
+MAKES(OpenBinaryFile, static_cast<std::FILE*>(nullptr), g_nNot)
+} // namespace platform

@@ -2,7 +2,6 @@
 // fails: the right bytes or a code, nothing left alive, and the budget where it is documented to be.
 
 #include "MemoryManager/CImageObjIO.h"
-#include "MemoryManager/ResultCodes.h"
 #include "StoreTest.h"
 
 namespace {
@@ -18,6 +17,20 @@ class Pipeline : public StoreTest
 {
 protected:
     Pipeline() { CImageObj::ms_nOnMemory = 0; }
+
+    // An image that is planned for: as wide as the bitmap, in bands where it is high.
+    struct Planned : CImageObj
+    {
+        explicit Planned(int nHeight)
+        {
+            T_ImageLrg_tag info{};
+            info.nWidth = kWidth;
+            info.nHeight = nHeight;
+            info.nFormat = MM_FORMAT_BGRA32;
+            info.nRatio = 100;
+            EXPECT_OK(SetImageInfo(&info));
+        }
+    };
 
     // The bitmap to 32 bits in the object and back, inside the budget. *pExported are the pixels.
     DWORD Run(LONG nBudget, const faults::Plan& plan, std::string* pExported)
@@ -80,13 +93,16 @@ TEST_F(Pipeline, EndsWithTheRightBytesOrACodeWhateverFails)
                     const DWORD nResult = Run(nBudget, {call.pszCall, n, 1, nError}, &sExported);
                     bFailed = m_nCalls >= n;
                     if (nResult == MM_SUCCESS) {
-                        ASSERT_TRUE(sExported == sPixels) << "other bytes";
+                        ASSERT_TRUE(SameBytes(sPixels, sExported));
                     } else {
-                        ASSERT_TRUE(bFailed && std::string("unknown result code") != MM_ResultText(nResult));
+                        ASSERT_TRUE(bFailed) << "it fails although no call does";
+                        ASSERT_STRNE("unknown result code", MM_ResultText(nResult));
                     }
                     ASSERT_LE(CImageObj::AskFreeMemory(), nBudget);
-                    ASSERT_TRUE((bFailed && call.bMakesStores) || CImageObj::AskFreeMemory() == nBudget);
-                    ASSERT_EQ(0, faults::g_nBlocks | faults::g_nViews | faults::g_nHandles);
+                    if (!bFailed || !call.bMakesStores) {
+                        ASSERT_EQ(nBudget, CImageObj::AskFreeMemory());
+                    }
+                    ASSERT_EQ(faults::Alive{}, faults::g_alive);
                     ASSERT_EQ("", Take("temp"));
                 }
 }
@@ -94,8 +110,8 @@ TEST_F(Pipeline, EndsWithTheRightBytesOrACodeWhateverFails)
 TEST_F(Pipeline, WritesABandThatTheDiskHadNoRoomForAtFirst)
 {
     std::string sExported;
-    ASSERT_EQ(MM_SUCCESS, Run(1 << 16, {"CreateFileMappingA", 4, 300, ERROR_DISK_FULL}, &sExported));
-    EXPECT_TRUE(sExported == Bitmap().substr(kHeader));
+    ASSERT_OK(Run(1 << 16, {"CreateFileMappingA", 4, 300, ERROR_DISK_FULL}, &sExported));
+    EXPECT_TRUE(SameBytes(Bitmap().substr(kHeader), sExported));
     EXPECT_EQ(300u * 100, m_nTicks) << "a pause after every failed attempt";
 }
 
@@ -103,67 +119,61 @@ TEST_F(Pipeline, PlansOnceMoreWithSmallestBandsWhenAStoreCannotBeMade)
 {
     const LONG nBudget = 1 << 18;
     CImageObj::InitBaseMemory(nBudget, nBudget);
-    T_ImageLrg_tag info{};
-    info.nWidth = kWidth;
-    info.nHeight = 2000;
-    info.nFormat = MM_FORMAT_BGRA32;
-    info.nRatio = 100;
     {
-        CImageObj in, out;
-        in.SetImageInfo(&info);
-        out.SetImageInfo(&info);
-        CImageObj* pIn = &in;
-        CImageObj* pOut = &out;
+        Planned in(2000), out(2000);
+        CImageObj *pIn = &in, *pOut = &out;
         tag_MemAlloc request;
         request.nOutCnt = 1;
         faults::Begin({"GetTempFileNameA", 1, 1, 5});
-        ASSERT_EQ(MM_SUCCESS, CImageObj::MemoryAlloc(&request, &pIn, &pOut, nullptr));
+        ASSERT_OK(CImageObj::MemoryAlloc(&request, &pIn, &pOut, nullptr));
         EXPECT_EQ(1, in.m_nReserveTaken);
         EXPECT_EQ(std::pair(16, 16), std::pair(in.m_ImgInfo.nBandLines, out.m_ImgInfo.nBandLines));
         EXPECT_EQ(-nBudget - in.m_nAreaSize - out.m_nAreaSize, CImageObj::AskFreeMemory());
     }
     EXPECT_EQ(0, CImageObj::AskFreeMemory()) << "the reserve is back, the first attempt's charges are not";
+}
 
-    // A host's block that was planned, but not reached when the step failed, is planned and made again.
+TEST_F(Pipeline, MakesAHostsBlockAgainThatAFailedStepPlannedAndDidNotReach)
+{
     CImageObj::InitBaseMemory(1 << 20, 1 << 20);
-    {
-        std::vector<unsigned char> block(8 * 10 * 10, 7), lines(10 * 400);
-        T_ImgInf inf{MM_FILE_RAW, ACS_MEMORY, block.data(), 0, 10, 10, MM_FORMAT_RAW64, MM_FORMAT_RAW64, 80};
-        CImageObjIO host;
-        ASSERT_EQ(MM_SUCCESS, host.InitForUnify(&inf, IMG_INPUT, 0, 0, 0, MM_ALIGN_LINES, 0, 0));
-        CImageObj first;
-        first.SetImageInfo(&info);
-        CImageObj* inputs[] = {&first, &host};
-        tag_MemAlloc request;
-        request.nInCnt = 2;
-        faults::Begin({"VirtualAlloc", 1, 1, 8});
-        ASSERT_EQ(MM_SUCCESS, CImageObj::MemoryAlloc(&request, inputs, nullptr, nullptr));
-        EXPECT_EQ(1, first.m_nReserveTaken);
-        T_ImageLrg_tag band{};
-        EXPECT_EQ(MM_SUCCESS, host.MapBandRangeBuf(0, 9, lines.data(), &band));
-    }
+    std::vector<unsigned char> block(8 * 10 * 10, 7), lines(10 * 400);
+    T_ImgInf inf{MM_FILE_RAW, ACS_MEMORY, block.data(), 0, 10, 10, MM_FORMAT_RAW64, MM_FORMAT_RAW64, 80};
+    CImageObjIO host;
+    ASSERT_OK(host.InitForUnify(&inf, IMG_INPUT, 0, 0, 0, MM_ALIGN_LINES, 0, 0));
+    Planned first(2000);
+    CImageObj* inputs[] = {&first, &host};
+    tag_MemAlloc request;
+    request.nInCnt = 2;
+    faults::Begin({"VirtualAlloc", 1, 1, 8});
+    ASSERT_OK(CImageObj::MemoryAlloc(&request, inputs, nullptr, nullptr));
+    EXPECT_EQ(1, first.m_nReserveTaken);
+    T_ImageLrg_tag band{};
+    EXPECT_OK(host.MapBandRangeBuf(0, 9, lines.data(), &band));
+}
 
-    // A standalone buffer that cannot be had costs nothing.
+TEST_F(Pipeline, ChargesNothingForABufferThatCannotBeHad)
+{
+    const LONG nBudget = 1 << 18;
     CImageObj::InitBaseMemory(nBudget, nBudget);
     T_ImageLrg_tag buffer{};
     faults::Begin({"VirtualAlloc", 1, 10000, ERROR_NOT_ENOUGH_MEMORY});
-    EXPECT_EQ(MM_NO_MEMORY, CImageObj::AllcImgBufLrg(&buffer, 10, 10, 0, 0, MM_FORMAT_BGR24, 0));
+    EXPECT_CODE(MM_NO_MEMORY, CImageObj::AllcImgBufLrg(&buffer, 10, 10, 0, 0, MM_FORMAT_BGR24, 0));
     EXPECT_EQ(60000u, faults::g_nTicks) << "as long as memory may be short";
     EXPECT_EQ(nullptr, buffer.pBase);
     EXPECT_EQ(nBudget, CImageObj::AskFreeMemory());
+}
 
-    // An image that could not become a file is where it was, charge and pixels included.
-    CImageObj image;
+TEST_F(Pipeline, LeavesAnImageInMemoryThatCouldNotBecomeAFile)
+{
+    CImageObj::InitBaseMemory(1 << 18, 1 << 18);
+    Planned image(100);
     CImageObj* pImage = &image;
     tag_MemAlloc request;
-    info.nHeight = 100;
-    image.SetImageInfo(&info);
-    faults::Begin();
-    ASSERT_EQ(MM_SUCCESS, CImageObj::MemoryAlloc(&request, &pImage, nullptr, nullptr));
+    ASSERT_OK(CImageObj::MemoryAlloc(&request, &pImage, nullptr, nullptr));
     const LONG nCharged = image.m_nAreaSize;
     for (const char* pszCall : {"GetTempFileNameA", "CreateFileA", "CopyToFile", "CreateFileMappingA"}) {
         faults::Begin({pszCall, 1, 1, ERROR_DISK_FULL});
-        EXPECT_EQ(MM_FILE_ACCESS, image.CnvFileImg()) << pszCall;
+        EXPECT_CODE(MM_FILE_ACCESS, image.CnvFileImg()) << pszCall;
         EXPECT_EQ(nCharged, image.m_nAreaSize);
         EXPECT_EQ(1, image.IsOnMemory());
     }

@@ -14,7 +14,7 @@ TEST_F(Helpers, OnlyShortageIsRetriedAndForAMinute)
     for (const auto& [pszCall, bWait, nError, nFailures, nCalls, nTicks] : cases) {
         faults::Begin({pszCall, 1, nFailures, nError});
         void* pFound = *pszCall == 'V' ? AllocMemoryBlock(9, bWait) : MapViewOfFileRetry(nullptr, 4, 0, 0, 1);
-        EXPECT_TRUE(pFound != nullptr ? nFailures < INT_MAX : GetLastError() == nError) << pszCall;
+        EXPECT_EQ(nFailures < INT_MAX ? 0 : nError, ErrorOf(pFound)) << pszCall;
         EXPECT_EQ(std::pair(nCalls, nTicks), std::pair(faults::g_nCalls, faults::g_nTicks)) << pszCall;
         FreeMemoryBlock(pFound);
     }
@@ -34,14 +34,13 @@ TEST_F(Helpers, AppendsAndMappedRangesShowTheSameBytes)
     const HANDLE hFile = OpenHost(sFile.substr(0, 12345));
     DWORD nWritten = 0;
     faults::Begin({"CopyToFile", 3, 1, 112});
-    EXPECT_FALSE(WriteFileByView(hFile, &sFile[12345], 33 << 20, &nWritten, kAppend, 60));
-    EXPECT_TRUE(GetLastError() == 112 && nWritten == 32u << 20) << "whole chunks only";
+    EXPECT_EQ(112u, ErrorOf(WriteFileByView(hFile, &sFile[12345], 33 << 20, &nWritten, kAppend, 60)));
+    EXPECT_EQ(32u << 20, nWritten) << "whole chunks only";
     EXPECT_TRUE(WriteFileByView(hFile, &sFile[12345], 33 << 20, &nWritten, 12345, 0));
     EXPECT_TRUE(WriteFileByView(hFile, "append", 6, &nWritten, kAppend, 101));
-    EXPECT_TRUE(!WriteFileByView(hFile, "abc", 3, &nWritten, 0xFFFFFFFD, 60) && GetLastError() == 223);
+    EXPECT_EQ(223u, ErrorOf(WriteFileByView(hFile, "abc", 3, &nWritten, 0xFFFFFFFD, 60)));
     fs::resize_file(m_sFolder + "host/file", 5ull << 30);
-    EXPECT_TRUE(!WriteFileByView(hFile, "abc", 3, &nWritten, kAppend, 60) && GetLastError() == 223)
-        << "behind 4 GiB";
+    EXPECT_EQ(223u, ErrorOf(WriteFileByView(hFile, "abc", 3, &nWritten, kAppend, 60))) << "behind 4 GiB";
     fs::resize_file(m_sFolder + "host/file", sFile.size() + 6);
     const HANDLE hMap = CreateFileMappingA(hFile, nullptr, PAGE_READWRITE, 0, 0, nullptr);
     for (const DWORD nOffset : {65535u, 131072u, (33u << 20) + 12300}) {
@@ -52,5 +51,7 @@ TEST_F(Helpers, AppendsAndMappedRangesShowTheSameBytes)
         EXPECT_TRUE(UnmapView(pBytes - nOffset % 65536)) << "the view starts on its granule";
     }
     EXPECT_EQ(nullptr, MapFileRange(hFile, hMap, (33u << 20) + 12351, 1, 0)) << "at the end of the file";
-    EXPECT_TRUE(CloseHandle(hMap) && CloseHandle(hFile) && Take("host") == sFile + "append");
+    EXPECT_TRUE(CloseHandle(hMap));
+    EXPECT_TRUE(CloseHandle(hFile));
+    EXPECT_TRUE(SameBytes(sFile + "append", Take("host")));
 }

@@ -2,6 +2,7 @@
 // The fixture of the store tests: host file, temporary files and error log in a folder of their own, an image
 // whose bytes tell where they belong, and a look at what is left when a test ends.
 
+#include "../ResultChecks.h"
 #include "MemoryManager/CImageCtrlIO.h"
 #include "MemoryManager/ImgObjUty.h"
 #include "MemoryManager/base/PlatformHelpers.h"
@@ -11,7 +12,6 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
 
 namespace fs = std::filesystem;
 
@@ -38,6 +38,19 @@ template <class Store> struct Opened : Store
     using Store::m_hMap, Store::ms_ExecuteFlg, Store::ms_TempDirctoryName;
 };
 
+/// What the error log holds after one failure.
+inline std::string LogLine(const char* pszUnit, int nLine, DWORD nError)
+{
+    return std::string("MemoryManager/") + pszUnit + '(' + std::to_string(nLine) +
+           "):LastError=" + std::to_string(nError) + '\n';
+}
+
+/// The error of a call that gave this; 0 where it has not failed.
+template <class Result> DWORD ErrorOf(Result result)
+{
+    return result ? 0 : GetLastError();
+}
+
 class StoreTest : public testing::Test
 {
 protected:
@@ -54,7 +67,7 @@ protected:
     {
         *m_pszTemp = '\0'; // other tests find it again
         fs::remove_all(m_sFolder);
-        EXPECT_EQ(0, faults::g_nBlocks | faults::g_nViews | faults::g_nHandles);
+        EXPECT_EQ(faults::Alive{}, faults::g_alive);
     }
     // The bytes of the files in one of the folders, one behind the other; the files are deleted. A log is
     // text.
@@ -77,20 +90,20 @@ protected:
         return CreateFileA(sPath.c_str(), GENERIC_READ | GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING,
                            FILE_ATTRIBUTE_NORMAL, nullptr);
     }
-    // Copies the image into the store or compares it, band by band. 69: no address.
+    // Copies the image into the store or compares it, band by band.
     static DWORD Pass(CImageCtrl& store, bool bIn)
     {
-        DWORD nResult = 0;
-        for (DWORD nAt = 0; nAt < DWORD{kBytes} && nResult == 0; nAt += kBand) {
+        DWORD nResult = MM_SUCCESS;
+        for (DWORD nAt = 0; nAt < DWORD{kBytes} && nResult == MM_SUCCESS; nAt += kBand) {
             void* pBand = store.MapBandAdress(nAt, kBand, 0);
             if (pBand == nullptr)
-                return 69;
+                return MM_NO_BAND_ADDRESS;
             if (auto* pExternal = dynamic_cast<CImageCtrlIO*>(&store)) {
                 EXPECT_EQ(pBand, pExternal->GetWrtBuf(static_cast<int>(nAt)));
             }
             if (bIn)
                 std::memcpy(pBand, &kImage[nAt], kBand);
-            EXPECT_EQ(0, std::memcmp(pBand, &kImage[nAt], kBand)) << nAt;
+            EXPECT_TRUE(SameBytes(BytesAt(&kImage[nAt], kBand), BytesAt(pBand, kBand))) << "band at " << nAt;
             nResult = store.FreeBandAdress(0);
         }
         return nResult;

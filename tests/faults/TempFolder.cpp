@@ -21,12 +21,12 @@ TEST_F(TempFolder, CleaningDeletesOwnNamesOnceAndSkipsPathsThatOverrun)
         for (const char* pszName : {"LRG1.tmp", "lrg", "LRG12.tmp", "Oth.LRG", "xLRG.tmp"})
             std::ofstream(sDeep + pszName) << "left behind";
         std::strcpy(m_pszTemp, sDeep.c_str());
-        EXPECT_EQ(0u, CImageCtrl::CleanTempFolder());
+        EXPECT_OK(CImageCtrl::CleanTempFolder());
         for (const char* pszKept : {"LRG12.tmp", "Oth.LRG", "xLRG.tmp", "LRGdir"})
             EXPECT_TRUE(fs::remove(sDeep + pszKept)) << pszKept;
         EXPECT_TRUE(fs::is_empty(sDeep));
         std::ofstream(sDeep + "LRG1.tmp") << "later";
-        EXPECT_EQ(0u, CImageCtrl::CleanTempFolder());
+        EXPECT_OK(CImageCtrl::CleanTempFolder());
         EXPECT_FALSE(fs::is_empty(sDeep)) << "only the first call cleans";
         fs::remove_all(m_sFolder);
         std::exit(HasFailure() ? 1 : 0);
@@ -40,13 +40,14 @@ TEST_F(TempFolder, IsFoundOnDemandUnlessForbidden)
     Opened<CImageCtrl> store;
     *m_pszTemp = '\0';
     store.ms_ExecuteFlg = 1;
-    EXPECT_EQ(18u, CImageCtrl::CleanTempFolder());
-    EXPECT_EQ(49u, store.Create(1000, 0, 1));
-    EXPECT_EQ("MemoryManager/CImageCtrl(287):LastError=3\n", Take("log"));
+    EXPECT_CODE(MM_BAD_ARGUMENT, CImageCtrl::CleanTempFolder());
+    EXPECT_CODE(MM_FILE_ACCESS, store.Create(1000, 0, 1));
+    EXPECT_EQ(LogLine("CImageCtrl", 287, 3), Take("log"));
     store.ms_ExecuteFlg = 0;
-    EXPECT_TRUE(CImageCtrl::CleanTempFolder() == 0 && *m_pszTemp == '\0')
-        << "the failed call was the only one";
-    EXPECT_EQ(0u, store.Create(1000, 0, 1) | store.Destroy());
+    EXPECT_OK(CImageCtrl::CleanTempFolder());
+    EXPECT_STREQ("", m_pszTemp) << "the failed call was the only one";
+    EXPECT_OK(store.Create(1000, 0, 1));
+    EXPECT_OK(store.Destroy());
     EXPECT_TRUE(fs::is_directory(m_pszTemp));
 }
 
@@ -54,7 +55,11 @@ TEST_F(TempFolder, TextHelpersIgnoreCase)
 {
     const auto [pFind, pCompare] = TextHelpers();
     const char szText[] = "Abc";
-    EXPECT_TRUE(pFind(szText, 'B') == szText + 1 && pFind(szText, 0) == szText + 3 && !pFind(szText, 'x'));
-    EXPECT_TRUE(pCompare("ABCx", "abcy", 3) == 0 && pCompare("abd", "ABC", 3) == 1);
-    EXPECT_TRUE(pCompare("ab", "abc", 5) == -1 && pCompare("\xE0", "z", 1) == 1);
+    EXPECT_EQ(szText + 1, pFind(szText, 'B'));
+    EXPECT_EQ(szText + 3, pFind(szText, 0));
+    EXPECT_EQ(nullptr, pFind(szText, 'x'));
+    EXPECT_EQ(0, pCompare("ABCx", "abcy", 3));
+    EXPECT_EQ(1, pCompare("abd", "ABC", 3));
+    EXPECT_EQ(-1, pCompare("ab", "abc", 5));
+    EXPECT_EQ(1, pCompare("\xE0", "z", 1));
 }

@@ -4,7 +4,6 @@
 
 #include <gmock/gmock.h>
 
-#include <fstream>
 #include <malloc.h>
 #include <string>
 #include <thread>
@@ -15,7 +14,6 @@ using testing::Each;
 using testing::IsEmpty;
 using testing::Not;
 using testing::StrCaseEq;
-using testing::UnorderedElementsAreArray;
 
 namespace {
 
@@ -56,27 +54,6 @@ std::vector<std::string> ImportedDlls(const Dll& dll)
     const auto* pImport = dll.At<IMAGE_IMPORT_DESCRIPTOR>(dll.Directory(IMAGE_DIRECTORY_ENTRY_IMPORT));
     for (; pImport->Name; ++pImport)
         names.push_back(dll.At<char>(pImport->Name));
-    return names;
-}
-
-std::vector<std::string> ExportedNames(const Dll& dll)
-{
-    const auto& table = *dll.At<IMAGE_EXPORT_DIRECTORY>(dll.Directory(IMAGE_DIRECTORY_ENTRY_EXPORT));
-    std::vector<std::string> names;
-    for (DWORD i = 0; i < table.NumberOfNames; ++i)
-        names.push_back(dll.At<char>(dll.At<DWORD>(table.AddressOfNames)[i]));
-    EXPECT_EQ(table.NumberOfFunctions, table.NumberOfNames) << "something is exported without a name";
-    return names;
-}
-
-/// Names in the module definition file.
-std::vector<std::string> ListedNames()
-{
-    std::ifstream file(MM_DEFINITION_FILE);
-    std::vector<std::string> names;
-    for (std::string line; std::getline(file, line);)
-        if (line.starts_with("    "))
-            names.push_back(line.substr(4, line.find(' ', 4) - 4));
     return names;
 }
 
@@ -139,16 +116,6 @@ TEST(DllFile, ImportsFromSystemDllsOnly)
     EXPECT_THAT(ImportedDlls(dll), Each(AnyOf(StrCaseEq("KERNEL32.dll"), StrCaseEq("msvcrt.dll"))));
     EXPECT_THAT(ImportedDlls(dll), Not(IsEmpty()));
     EXPECT_EQ(dll.Directory(IMAGE_DIRECTORY_ENTRY_DELAY_IMPORT), 0u);
-}
-
-TEST(DllFile, ExportsTheListedNamesAndNothingElse)
-{
-    const Dll dll;
-    const std::vector<std::string> names = ListedNames();
-    ASSERT_THAT(names, Not(IsEmpty()));
-    EXPECT_THAT(ExportedNames(dll), UnorderedElementsAreArray(names));
-    for (const std::string& name : names)
-        EXPECT_TRUE(dll.Find<void*>(name.c_str())) << name;
 }
 
 TEST(DllFile, EveryLoadStartsAfreshAndEveryUnloadLeavesNothing)
