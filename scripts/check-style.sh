@@ -91,6 +91,7 @@ check_tidiness() {
     local tree=build/tidy wanted=.
     cmake --preset dev -B "$tree" -DCMAKE_CXX_COMPILER=clang++ -DMM_JOIN_SOURCES=ON \
         -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON >/dev/null
+    cp tests/.clang-tidy "$tree/tests/tool" # what is joined lies there
     # Each source once: the library's are compiled a second time for the tests of faults.
     jq 'map(select(.command | test("mm_(faulty|platform)\\.dir") | not)) | unique_by(.file)' \
         "$tree/compile_commands.json" >"$tree/once.json"
