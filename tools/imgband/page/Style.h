@@ -32,6 +32,7 @@ dt,small,.words,figcaption{color:var(--muted);font-size:13px;font-weight:400}
 .figures{margin-top:28px;display:grid;grid-template-columns:repeat(auto-fit,minmax(145px,1fr));gap:20px 24px}
 .figures>div{border-top:3px solid var(--bar);padding-top:6px}
 .figures dd{font-size:24px;font-weight:600}
+.figures small{display:block}
 .c0{--c:#56b4e9}.c1{--c:#e69f00}.c2{--c:#1ba784}.c3{--c:#d48fb3}.c4{--c:#f0e442}.c5{--c:#e5713a}
 .h1{--h:repeating-linear-gradient(45deg,var(--hatch) 0 1px,#0000 1px 6px)}
 .h2{--h:radial-gradient(circle,var(--hatch) 1.5px,#0000 2px) 0 0/7px 7px}
