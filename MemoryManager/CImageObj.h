@@ -26,8 +26,7 @@ enum MM_FRAME_MODE : int
     MM_FRAME_COLOR = 4,       ///< a fixed colour
 };
 
-/// An image whose data lies in a committed block or in a temporary file, and which a step reaches band by
-/// band.
+/// An image that lies in a committed block or in a temporary file, and that a step reaches band by band.
 ///
 /// Invariants: IsOnMemory() is 1 exactly when m_ImgInfo.nBufSize <= m_nAreaSize. SetFsize keeps
 /// m_ImgInfo.nFsize within nMarginX. As long as nothing is clipped, withheld or dropped (see MemoryAlloc),
@@ -49,8 +48,7 @@ public:
     CImageObj();
 
     /// An object with the source's geometry, a new empty store and the band state of InitObj. Here and below
-    /// the source is only read, and the new object is never a unit object; m_pImageCtrl is null when memory
-    /// is short.
+    /// the source is only read, the new object is no unit object, and without memory it has no store.
     explicit CImageObj(CImageObj* pSrc);
 
     /// The same with other sizes: each argument above 0 replaces the source's width (pixels), height (lines)
@@ -59,8 +57,7 @@ public:
     CImageObj(CImageObj* pSrc, int nWidth, int nHeight, int nPixelBytes);
 
     /// The same with another geometry. Width and height replace the source's if they are above 0; margins,
-    /// samples (from nFormat) and alignment type (MM_ALIGN) always do. m_ImgInfo.nFormat keeps the source's
-    /// value.
+    /// samples (from nFormat) and alignment type (MM_ALIGN) always do. m_ImgInfo.nFormat stays the source's.
     CImageObj(CImageObj* pSrc, int nWidth, int nHeight, int nMarginX, int nMarginY, int nFormat, int nAlign);
 
     /// Copies every member, the pointer to the store and the charge included. An object must not be copied
@@ -93,10 +90,8 @@ public:
     /// set-up, which bands of other heights have changed.
     virtual void GetImageInfo(T_ImageLrg_tag* pInfo);
 
-    /// Sets the charge and the band height, as the planner decides them. It does not change the budget, which
-    /// is the planner's task.
-    /// @param nBand   buffer lines of one band with its frame, raised to ms_MinBand; 0 or less: the whole
-    ///                image
+    /// Sets the charge and the band height, as the planner decides them. The budget does not change.
+    /// @param nBand   lines of one band and its frame, at least ms_MinBand; 0 or less: the whole image
     /// @param nCount  band buffers; of a whole image one is charged, whatever the number
     /// @return the new charge in bytes, at most INT32_MAX
     virtual int SetBandInfo(int nBand, int nCount);
@@ -104,8 +99,8 @@ public:
     /// Bytes that hold the image whole: nBufSize. -1: there is no such buffer.
     virtual int GetAreaSize();
 
-    /// Makes the store, as the planner does after sizing. If it already has a file, this maps the file whole
-    /// when nSize <= nAllotted; if it is created already, this does nothing.
+    /// Makes the store, as the planner does after sizing. A file that it has already is mapped whole when
+    /// nSize <= nAllotted; a store that is created already stays as it is.
     /// @param nSize      bytes of the whole image
     /// @param nAllotted  bytes of the budget allotted to it
     /// @param nSlots     view slots, 1 to 10, of a store made here
@@ -134,8 +129,8 @@ public:
     /// Gives the charge back and deletes the store with its image; with m_nKeepStore 1 the store stays as it
     /// is. The geometry stays. Without a store, band mapping returns 69 and the planner refuses the object
     /// with 18 until SetImageInfo makes a new one. A unit band that is held stays held, and unit mappings
-    /// stay open: the destructor, ImportImg or another unit import releases them. Takes the library's lock.
-    /// Always returns 0.
+    /// stay open: the destructor, ImportImg or another unit import releases them. Takes the lock. Always
+    /// returns 0.
     DWORD Destroy();
 
     /// Turns an image in memory, or a file mapped whole, into a file reached through band views, and gives
@@ -159,14 +154,11 @@ public:
     // Geometry --------------------------------------------------------------------------------------------
 
     /// Computes the layout that AllcImgBufLrg would make. Uses no member.
-    ///
-    /// @param nBufferSize, nLineBytes  out: bytes
-    /// @param nBufferWidth             out: pixels per line, margins and alignment included
-    /// @param nBufferHeight            out: lines, margins included
-    /// @param nWidth, nHeight          pixels and lines of the image, without margins
-    /// @param nMarginX, nMarginY       pixels on each side, lines above and below
-    /// @param nFormat                  format code, of which samples and bytes per sample are read
-    /// @param nAlign                   MM_ALIGN
+    /// @param nBufferSize, nLineBytes      out: bytes
+    /// @param nBufferWidth, nBufferHeight  out: pixels per line and lines, margins and alignment included
+    /// @param nWidth, nHeight              pixels and lines of the image, without margins
+    /// @param nMarginX, nMarginY           pixels on each side, lines above and below
+    /// @param nFormat, nAlign              format code (only samples and their bytes are read), MM_ALIGN
     /// @return 0; 18 unsupported alignment or sample size, a negative number, or a layout that does not fit
     ///         32 bits: nothing is written. Any thread.
     DWORD CalcImgBufLrg(int& nBufferSize, int& nLineBytes, int& nBufferWidth, int& nBufferHeight, int nWidth,
@@ -180,8 +172,7 @@ public:
     /// Commits a standalone buffer, charges the budget for nBufSize bytes whatever is left, and fills the
     /// record's fields from pBase to nAlignType; the others stay. The buffer is zero-filled and belongs to
     /// the caller, who frees it with FreeImgBufLrg. pImage is the first image pixel. A buffer that the record
-    /// names is not released. Arguments as for CalcImgBufLrg. Can take 60 s while memory is short. Any
-    /// thread.
+    /// names is not released. Arguments as for CalcImgBufLrg. Any thread. Can take 60 s.
     /// @return 0; 1 no memory; 18 as above. After an error nothing is charged or written.
     static DWORD AllcImgBufLrg(T_ImageLrg_tag* pInfo, int nWidth, int nHeight, int nMarginX, int nMarginY,
                                int nFormat, int nAlign);
@@ -192,7 +183,7 @@ public:
 
     // Budget ----------------------------------------------------------------------------------------------
     //
-    // A charge is a number of bytes that is taken from the free budget; the free budget may become negative.
+    // A charge is a number of bytes taken from the free budget, which may become negative.
 
     /// Sizes the budget, in bytes: the free budget becomes the reserve. Call it while nothing is charged:
     /// existing charges are forgotten. Takes the lock; any thread. Always 0.
@@ -216,11 +207,10 @@ public:
     /// The cap of SetUseMaxBandMemory in bytes, 24 MiB unless set. Takes no lock.
     static LONG GetUseMaxBandMemory();
 
-    /// Caps the memory of an output's band, in MiB: when all other images of a step are held whole and the
-    /// output is not, its band takes no more bytes than this, but never fewer lines than the step's smallest
-    /// band. Bands of inputs and temporaries, and the output's in steps with such bands, are not capped.
-    /// Takes no lock, but the planner reads the cap under it: call this before other threads use the library,
-    /// or hold the lock.
+    /// Caps the memory of an output's band, in MiB, for steps whose other images are all held whole; the
+    /// step's smallest band may exceed it. Bands of inputs and temporaries, and the output's in steps with
+    /// such bands, are not capped. Takes no lock, but the planner reads the cap under it: call this before
+    /// other threads use the library, or hold the lock.
     /// @return 0; 18 below 1, or 2048 and more: nothing changes
     static int SetUseMaxBandMemory(LONG nMiB);
 
@@ -241,8 +231,7 @@ public:
     /// store could not be made are dropped: they come back to the budget with InitBaseMemory only.
     ///
     /// @param pRequest            the counts, and the smallest band; not changed
-    /// @param ppIn, ppOut, ppTmp  arrays with as many objects as the request counts; null for a count of 0.
-    ///                            The objects stay the caller's.
+    /// @param ppIn, ppOut, ppTmp  arrays with as many objects as the request counts; null for a count of 0
     /// @return 0; 18 a null object, one without store or geometry, with a negative ratio or with bands beyond
     ///         32 bits, or counts out of range: nothing is changed; 88; 89; a code of Create: call Destroy on
     ///         what is not planned again
@@ -259,8 +248,7 @@ public:
     /// @return 0; 89: objects that were charged before stay charged
     static DWORD MemoryCalculation(tag_MemAlloc* pRequest, CImageObj** ppList, CImageObj** ppOut);
 
-    /// Gives back the charges of those of the nCount objects whose store has a file. Takes the lock. Always
-    /// returns 0.
+    /// Gives back the charges of the objects whose store has a file. Takes the lock. Always returns 0.
     static DWORD MemoryReturn(CImageObj** ppObjects, int nCount);
 
     /// Gives back the charges of a step's outputs and temporaries, keeps their stores and sets their band
@@ -285,16 +273,15 @@ public:
     /// @param nSlot       view slot, 0 to 9, that has no band
     /// @return 0; 97 line outside the image; 113 unknown direction; a code of MapBandRange
     ///
-    /// The pixels belong to the object and stay valid until UnmapBand(nSlot). Can take 60 s while address
-    /// space is short.
+    /// The pixels are the object's, and valid until UnmapBand(nSlot). Can take 60 s for lack of address
+    /// space.
     DWORD MapBand(int nLine, T_ImageLrg_tag* pBand, int nDirection, int nSlot);
 
     /// Maps exactly the lines nFirst to nLast.
     ///
     /// A unit object reads the lines, and those of the frame that the image has, into a fresh buffer with
     /// four samples a pixel, which is charged to the budget. It holds one band at a time, whatever the slot:
-    /// a band that is still held is ended first, as UnmapBand does it. nBandLines is then the number of lines
-    /// mapped.
+    /// a band that is still held is ended first, as UnmapBand does it. nBandLines is then the lines mapped.
     ///
     /// @param nFirst, nLast  image lines. For an object with a store they may lie in the margins: only the
     ///                       ends of the buffer are checked.
@@ -309,8 +296,7 @@ public:
     /// Ends the band of a slot; does nothing when none is mapped. The band of a unit object, if it has a
     /// destination, is written there: its own lines and pixels, not its frame.
     /// @return 0; 18 no such slot; 81. For a unit object 1 or 49 (logged): the lines could not be appended to
-    ///         the destination's file, and the band stays held. That a view of a mapped destination failed is
-    ///         only logged.
+    ///         the destination's file, and the band stays held. A view that failed is only logged.
     DWORD UnmapBand(int nSlot);
 
     /// Sets the frame mode. On an object with a store and a frame it also paints the frame around the image's
@@ -318,8 +304,7 @@ public:
     /// @param nMode   MM_FRAME_MODE
     /// @param nColor  for MM_FRAME_COLOR, not -1: its first nPixelBytes bytes in memory order are a pixel;
     ///                pixels of 8 bytes take each byte as one 16-bit sample
-    /// @return 0; 116 unknown mode, or MM_FRAME_COLOR with colour -1: nothing is changed; a code of band
-    ///         mapping
+    /// @return 0; 116 unknown mode, or MM_FRAME_COLOR with -1: nothing is changed; a code of mapping
     DWORD SetFrameColor(int nMode, int nColor);
 
     /// Finds the bitmap signature in the unit source and sets m_InImgInf.nOffset to 54 bytes behind it. Only
@@ -334,8 +319,8 @@ public:
     /// Copies a rectangle, with the block's margin of surrounding pixels, into the caller's block.
     ///
     /// Bands are mapped in slot 0, which must be free. The object's geometry and band fields are afterwards
-    /// what they were. A band that a unit object still holds is ended first, as UnmapBand does it; beyond
-    /// that nothing is written.
+    /// what they were. A band that a unit object still holds is ended first, as UnmapBand does it; nothing
+    /// else is written.
     ///
     /// @param nTop, nBottom, nLeft, nRight  lines and pixels of the image, all inclusive
     /// @param pBlock  the caller's record and buffer, usually from AllcImgBufLrg: pImage is the block's first
@@ -359,11 +344,11 @@ public:
 
     // Work buffers ----------------------------------------------------------------------------------------
 
-    /// Allocates the work buffers that the table lists, by its AllocWorkTable. The table stays the caller's.
+    /// Calls the table's AllocWorkTable. The table stays the caller's.
     /// @return 0; 1 it failed, or pTable is null
     static DWORD AllocWorkMem(CWorkTableList* pTable);
 
-    /// Releases them and empties the table, by its List_Free. Null does nothing.
+    /// Calls the table's List_Free. Null does nothing.
     static void ReleaseWorkMem(CWorkTableList* pTable);
 
     // Reports ---------------------------------------------------------------------------------------------
@@ -395,8 +380,7 @@ public:
     /// @param pszName  text of the host's, cut where the entry becomes too long; may be null
     static int MapList(void* pAddress, const char* pszName);
 
-    /// Switches the thread list and the mapping list on. A list that exists is kept; one for which there is
-    /// no memory stays off.
+    /// Switches both lists on. One that exists is kept; one for which there is no memory stays off.
     static void DbgCImgLogInit();
 
     /// Appends the lists to debugthread.txt and debugmap.txt in "..\logdata\trace\", if that folder exists,
@@ -410,8 +394,8 @@ public:
     /// are read, and written where it has a destination.
     ///
     /// @param pFlat  the caller's record and committed block, usually from AllcImgBufLrg; its lines are as
-    ///               long as the object's, and there are at least as many. The block stays the caller's, but
-    ///               for what is told below; its charge, if any, is the caller's to give back in any case.
+    ///               long as the object's, and there are at least as many. The block stays the caller's
+    ///               unless it is freed below; its charge always does.
     /// @return 0; 18 no block, lines that do not fit it or the object's, or an image that stands for an
     ///         external one: nothing is done; a code of band mapping, or 18 for bands of a unit object with
     ///         other lines: the block is freed, and pBase and pImage are null
@@ -420,8 +404,8 @@ public:
     /// Makes an image of a flat buffer: in memory, and charged, if the free budget has room for all of it;
     /// else in a temporary file that is not charged.
     ///
-    /// @param pFlat  the caller's record and committed block, which this frees as told below. The block's own
-    ///               charge, if any, stays the caller's to give back.
+    /// @param pFlat  the caller's record and committed block, which this frees as told below. The block's
+    ///               charge stays the caller's to give back.
     /// @return 0: the block is freed, and pBase and pImage are null; 18 no block, lines that do not fit it,
     ///         margins narrower than the object's frame, or an object that holds an image or a charge or is
     ///         in unit mode: nothing is done; 1 no memory, a code of Create, or 49 (logged): the block stays,
@@ -443,8 +427,7 @@ public:
 
     // State -----------------------------------------------------------------------------------------------
     //
-    // Planner, reports and import functions read these members. A host reads them and, but for what a comment
-    // allows, changes them through operations only.
+    // Read by planner, reports and import functions. A host that sets them answers for the invariants.
 
     LONG m_nAreaSize;         ///< bytes of the budget that are charged to this object
     CImageCtrl* m_pImageCtrl; ///< backing store, owned; null: none

@@ -1,5 +1,5 @@
-# What `cmake --install` puts where, in the components Runtime, Development and Tools. All of it may be moved.
-# A shared and a static build may go to one prefix: only the library and MemoryManager-<kind>.cmake differ.
+# What `cmake --install` installs, in the components Runtime, Development and Tools. The installed tree can be moved as
+# a whole. A shared and a static build can share a prefix: only the library and MemoryManager-<kind>.cmake differ.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -9,7 +9,7 @@ if(MM_LIBRARY_TYPE STREQUAL SHARED_LIBRARY)
 else()
     set(MM_KIND static)
 endif()
-# A folder of the library's own: "Platform" is too general a name for everybody's.
+# Headers get a folder of their own, as "Platform" is too general a name for a shared include folder.
 set(MM_INSTALL_HEADERS ${CMAKE_INSTALL_INCLUDEDIR}/MemoryManager-${PROJECT_VERSION_MAJOR})
 set(MM_INSTALL_CMAKE ${CMAKE_INSTALL_LIBDIR}/cmake/MemoryManager)
 set(MM_INSTALL_PKGCONFIG ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
@@ -54,7 +54,7 @@ endforeach()
 install(FILES ${PROJECT_BINARY_DIR}/include/MemoryManager/Version.h
     DESTINATION ${MM_INSTALL_HEADERS}/MemoryManager COMPONENT Development)
 
-# How others find it: find_package and pkg-config
+# Files for find_package and pkg-config
 if(WIN32)
     set(MM_RUNTIME_FILE ${CMAKE_INSTALL_BINDIR}/MemoryManager.dll)
 else()
@@ -73,7 +73,7 @@ install(EXPORT MemoryManager NAMESPACE MemoryManager:: FILE MemoryManager-${MM_K
     DESTINATION ${MM_INSTALL_CMAKE} COMPONENT Development)
 install(FILES ${PROJECT_BINARY_DIR}/MemoryManager.pc DESTINATION ${MM_INSTALL_PKGCONFIG} COMPONENT Development)
 
-# The tool, which finds the library beside it unless that lies where the system looks
+# The tool. Unless the system's loader searches the library's folder, the tool finds it by a path relative to itself.
 if(TARGET imgband)
     if(NOT WIN32 AND NOT CMAKE_INSTALL_FULL_LIBDIR IN_LIST CMAKE_CXX_IMPLICIT_LINK_DIRECTORIES)
         file(RELATIVE_PATH MM_LIBRARY_FROM_TOOL /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})

@@ -18,7 +18,7 @@ enum MM_UNIT_ROLE : int
     MM_UNIT_BOTH = 1,        ///< reads its source and writes its destination
     MM_UNIT_ENLARGED = 2,    ///< the source of an enlargement: reads only
     MM_UNIT_ENLARGEMENT = 3, ///< the destination of an enlargement: writes only
-    MM_UNIT_JUDGED = 5,      ///< reads only
+    MM_UNIT_JUDGED = 5,      ///< the source of ImportImgForUnitJudge: reads only
 };
 
 /// Whether unmapping a band of a unit object writes it.
