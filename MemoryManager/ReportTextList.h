@@ -1,10 +1,10 @@
 #pragma once
 // Every Japanese text of the library with its English meaning.
 //
-// The library holds these texts as bytes of code page 932. A program that shows a report can translate it with
-// the lists alone and needs to link nothing for it: it passes the name of a macro X(key, text, English), whose
-// key is a constant's name in the first list and a field's value in the others. The texts are UTF-8 literals, in
-// which %d and %s stand for numbers and texts that a report fills in.
+// The library holds these texts as bytes of code page 932. A program that shows a report can translate it
+// with the lists alone and needs to link nothing for it: it passes the name of a macro X(key, text, English),
+// whose key is a constant's name in the first list and a field's value in the others. The texts are UTF-8
+// literals, in which %d and %s stand for numbers and texts that a report fills in.
 
 // clang-format off
 
