@@ -67,7 +67,8 @@ std::string FilesText(const std::vector<Leftover>& leftovers)
 
 void RunClean(const Options& options, Report& report)
 {
-    const std::string szFolder = options.szTempDir.empty() ? os::TemporaryFolder() : options.szTempDir;
+    const std::string szFolder =
+        options.run.library.szTempDir.empty() ? os::TemporaryFolder() : options.run.library.szTempDir;
     const std::vector<Leftover> leftovers = Search(szFolder, !options.bDryRun);
 
     std::string szLines;

@@ -7,7 +7,7 @@
 
 void RunInfo(const Options& options, Report& report)
 {
-    const InputFile input(options);
+    const InputFile input(options.input, options.run);
     const PictureFacts& facts = input.Facts();
     const std::int64_t nLine = LineBytes(facts.eFormat, facts.size.nWidth);
     const char* pszOrder = facts.bBottomUp ? "bottom to top" : "top to bottom";

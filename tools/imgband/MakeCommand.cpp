@@ -14,15 +14,6 @@
 
 namespace {
 
-Format ChooseFormat(const Options& options)
-{
-    const std::optional<Format> eFormat = options.eTo ? options.eTo : FormatFromEnding(options.szOutput, 3);
-    if (!eFormat)
-        throw Failure(ExitStatus::WrongCommandLine, options.szOutput, "the name's ending tells no format",
-                      "--to FORMAT");
-    return *eFormat;
-}
-
 DWORD PaintBand(CImageObj& object, int nTop, Scene& scene, std::vector<std::uint16_t>& line, Report& report)
 {
     T_ImageLrg_tag band = {};
@@ -40,7 +31,7 @@ DWORD PaintBand(CImageObj& object, int nTop, Scene& scene, std::vector<std::uint
     return object.UnmapBand(0);
 }
 
-void PaintStep(const Run& run, PlannedImage& object, ImageSize size)
+void PaintStep(const Run& run, PlannedImage& object, const SceneSettings& scene)
 {
     run.report.BeginStep("paint", kIpOther);
     tag_MemAlloc request; // one image, which is filled instead of read
@@ -51,11 +42,11 @@ void PaintStep(const Run& run, PlannedImage& object, ImageSize size)
     run.report.PlanStep({"paint", kIpOther, {plan}, run.lib.Taken()});
     run.report.History().NoteCharges({object.m_nAreaSize});
     run.report.History().Count({.nSpilled = plan.nTemporary});
-    const Bands bands{size.nHeight, object.GetBandHeight()};
+    const Bands bands{scene.size.nHeight, object.GetBandHeight()};
     run.report.ExpectBands(bands.Count(), object.m_ImgInfo.nBufSize);
 
-    const auto pScene = MakeScene(run.options.ePattern, size, run.options.nSeed);
-    std::vector<std::uint16_t> line(static_cast<std::size_t>(size.nWidth) * Scene::kSamples);
+    const auto pScene = MakeScene(scene);
+    std::vector<std::uint16_t> line(static_cast<std::size_t>(scene.size.nWidth) * Scene::kSamples);
     for (int i = 0; i < bands.Count(); ++i) {
         nCode = PaintBand(object, bands.At(i).nFirst, *pScene, line, run.report);
         run.lib.CheckStep(nCode, "painting", object.m_ImgInfo.nBufSize);
@@ -68,26 +59,26 @@ void PaintStep(const Run& run, PlannedImage& object, ImageSize size)
 
 void RunMake(const Options& options, Report& report)
 {
-    const Format eTo = ChooseFormat(options);
-    const ImageSize size = *options.size;
+    const Format eTo = ChooseFormat(options.output, 3);
+    const ImageSize size = options.scene.size;
     const int nObjectFormat = ObjectFormat(SampleBytes(eTo));
     if (!FitsWholeScheme(eTo, size, IsBitmap(eTo) ? kBitmapHeaderBytes : 0, 0))
-        FailTooLarge(Scheme::Whole, ExitStatus::WrongCommandLine, options.szOutput, size);
+        FailTooLarge(Scheme::Whole, ExitStatus::WrongCommandLine, options.output.szPath, size);
 
-    const Library library(options);
-    DescribeLibrary(options, library, report);
-    OutputFile output(options.szOutput);
+    const Library library(options.run.library, options.report.bJson);
+    DescribeLibrary(options.run, library, report);
+    OutputFile output(options.output.szPath);
     output.CheckRoom(FileBytes(eTo, size));
-    ExternalPair pair(options.eAccess, nullptr, &output, eTo, size, {nObjectFormat, nObjectFormat});
-    const Workers workers(options.nThreads);
-    const Run run{options, library, report, pair, workers, &output};
+    ExternalPair pair(options.run.eAccess, nullptr, &output, eTo, size, {nObjectFormat, nObjectFormat});
+    const Workers workers(options.run.nThreads);
+    const Run run{options.run, library, report, pair, workers, &output};
 
     PlannedImage object(false);
     library.CheckStep(object.SetGeometry(size.nWidth, size.nHeight, nObjectFormat), "set-up", 0);
-    PaintStep(run, object, size);
+    PaintStep(run, object, options.scene);
     ExportStep(run, object, eTo, IsStoredBottomUp(eTo), true);
     pair.DeliverOutput();
     output.Publish();
 
-    DescribePicture(options.szOutput, eTo, size, report);
+    DescribePicture(options.output.szPath, eTo, size, report);
 }

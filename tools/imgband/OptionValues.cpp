@@ -2,6 +2,8 @@
 
 #include "OptionValues.h"
 
+#include "pictures/Formats.h"
+
 #include <charconv>
 #include <string_view>
 
@@ -63,6 +65,14 @@ std::optional<ImageSize> Size(std::string_view szText)
     if (!nWidth || !nHeight || *nWidth > INT32_MAX || *nHeight > INT32_MAX)
         return std::nullopt;
     return ImageSize{static_cast<int>(*nWidth), static_cast<int>(*nHeight)};
+}
+
+ImageSize ParseSize(const std::string& szValue)
+{
+    const auto size = Size(szValue);
+    if (!size)
+        RefuseValue("--size", szValue, "a size in pixels, such as 640x480");
+    return *size;
 }
 
 std::optional<Format> FormatOf(std::string_view szName)
@@ -149,13 +159,15 @@ CLI::Option* AddSize(CLI::App& app, std::optional<ImageSize>& target, const char
 {
     return app
         .add_option_function<std::string>(
-            "--size",
-            [&target](const std::string& szValue) {
-                target = Size(szValue);
-                if (!target)
-                    RefuseValue("--size", szValue, "a size in pixels, such as 640x480");
-            },
-            pszHelp)
+            "--size", [&target](const std::string& szValue) { target = ParseSize(szValue); }, pszHelp)
+        ->type_name("WxH");
+}
+
+CLI::Option* AddSize(CLI::App& app, ImageSize& target, const char* pszHelp)
+{
+    return app
+        .add_option_function<std::string>(
+            "--size", [&target](const std::string& szValue) { target = ParseSize(szValue); }, pszHelp)
         ->type_name("WxH");
 }
 
@@ -202,18 +214,18 @@ CLI::Option* AddNumber(CLI::App& app, const char* pszOption, int& nTarget, int n
         ->type_name("N");
 }
 
-void AddAmount(CLI::App& app, const char* pszOption, double& dTarget, double dMost, const char* pszHelp)
+void AddAmount(CLI::App& app, const char* pszOption, double& fTarget, double fMost, const char* pszHelp)
 {
     app.add_option_function<std::string>(
            pszOption,
-           [=, &dTarget](const std::string& szValue) {
-               double dValue = -1;
+           [=, &fTarget](const std::string& szValue) {
+               double fValue = -1;
                const auto [pEnd, eError] =
-                   std::from_chars(szValue.data(), szValue.data() + szValue.size(), dValue);
+                   std::from_chars(szValue.data(), szValue.data() + szValue.size(), fValue);
                const bool bWhole = eError == std::errc() && pEnd == szValue.data() + szValue.size();
-               if (!bWhole || !(dValue >= 0 && dValue <= dMost)) // which is no number either
-                   RefuseValue(pszOption, szValue, fmt::format("a number from 0 to {:.0f}", dMost).c_str());
-               dTarget = dValue;
+               if (!bWhole || !(fValue >= 0 && fValue <= fMost)) // which is no number either
+                   RefuseValue(pszOption, szValue, fmt::format("a number from 0 to {:.0f}", fMost).c_str());
+               fTarget = fValue;
            },
            pszHelp)
         ->type_name("A");

@@ -1,9 +1,8 @@
 #pragma once
 // Options whose values are more than a word or a number.
 
-#include "Options.h"
-#include "pictures/Formats.h"
-#include "pixels/FilterWork.h"
+#include "values/FilterSettings.h"
+#include "values/StepRequest.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -21,13 +20,14 @@ void AddMebibytes(CLI::App& app, const char* pszOption, LONG& nTarget, const cha
 
 /// Width and height.
 CLI::Option* AddSize(CLI::App& app, std::optional<ImageSize>& target, const char* pszHelp);
+CLI::Option* AddSize(CLI::App& app, ImageSize& target, const char* pszHelp);
 
 /// A whole number from nFirst to nLast.
 CLI::Option* AddNumber(CLI::App& app, const char* pszOption, int& nTarget, int nFirst, int nLast,
                        const char* pszHelp);
 
-/// A number from 0 to dMost.
-void AddAmount(CLI::App& app, const char* pszOption, double& dTarget, double dMost, const char* pszHelp);
+/// A number from 0 to fMost.
+void AddAmount(CLI::App& app, const char* pszOption, double& fTarget, double fMost, const char* pszHelp);
 
 void AddFormat(CLI::App& app, const char* pszOption, std::optional<Format>& eTarget, const char* pszHelp);
 

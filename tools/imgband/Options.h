@@ -1,12 +1,14 @@
 #pragma once
 // The command line.
 
-#include "pictures/Formats.h"
-#include "pixels/EnlargeWork.h"
-#include "pixels/FilterWork.h"
+#include "values/EnlargeSettings.h"
+#include "values/FilterSettings.h"
+#include "values/PictureRequest.h"
+#include "values/ReportSettings.h"
+#include "values/RunSettings.h"
+#include "values/SceneSettings.h"
+#include "values/StepRequest.h"
 
-#include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,92 +24,35 @@ enum class Command
     Clean,
 };
 
-/// How the library reaches the external pictures.
-enum class Access
+struct ConvertSettings
 {
-    File,   ///< reading and writing bands through buffers
-    Memory, ///< whole pictures in blocks of the tool
-    Mmap,   ///< views of the files
+    bool bTurn = false;     ///< by 180 degrees
+    bool bFullRange = true; ///< samples of another width are scaled; else they keep their values
+    bool bKeepAlpha = true; ///< else the fourth sample becomes opaque
 };
 
-/// How a picture goes through the library.
-enum class Scheme
-{
-    Auto,  ///< only while the command line is read
-    Whole, ///< as image objects in the budget or in temporary files
-    Unit,  ///< band by band from file to file
-};
-
-enum class Pattern
-{
-    Photo,
-    Gradient,
-    Noise,
-};
-
-/// An image of a step that is only planned.
-struct StepImage
-{
-    ImageSize size;
-    Format eFormat;
-    int nRatio = 100; ///< percent
-    int nFrame = 0;   ///< pixels
-};
-
-/// A step that is only planned.
-struct StepRequest
-{
-    std::vector<StepImage> inputs;
-    std::vector<StepImage> outputs; ///< at most one
-    std::vector<StepImage> temporaries;
-    int nMaps = 1;    ///< band buffers of each input and temporary
-    int nMinBand = 1; ///< lines
-};
-
+/// What the user asked for. A command uses only its own part.
 struct Options
 {
     Command eCommand = Command::None;
-    std::string szInput;
-    std::string szOutput;
-    std::optional<Format> eFrom;
-    std::optional<Format> eTo;
-    std::optional<ImageSize> size; ///< of a raw input, or of what is made
-
-    bool bTurn = false;
-    bool bFullRange = true;
-    bool bKeepAlpha = true;
-
-    FilterSettings filter{FilterOp::Box, 2, 1, {MM_FRAME_REPLICATE, 0}};
-
-    EnlargeOp eEnlargeOp = EnlargeOp::Linear;
-    int nFactor = 1;
-
+    InputRequest input;
+    OutputRequest output;
+    SceneSettings scene;
+    ConvertSettings convert;
+    FilterSettings filter;
+    EnlargeSettings enlarge;
     StepRequest step;
-
     bool bDryRun = false; ///< clean: list, and remove nothing
-
-    Pattern ePattern = Pattern::Photo;
-    std::uint64_t nSeed = 1;
-
-    LONG nBudget = 100 << 20;    ///< bytes
-    LONG nOneMapping = 32 << 20; ///< bytes
-    LONG nBandCap = 0;           ///< MiB; 0: the scheme's own
-    std::string szTempDir;       ///< empty: the system's
-    Access eAccess = Access::File;
-    Scheme eScheme = Scheme::Auto; ///< whole or unit once the command line is read
-    bool bPlan = false;            ///< tell what the run would take, and do nothing
-    int nThreads = 1;
-
-    std::vector<std::string> reports; ///< files for the run's report, in the form that each ending tells
-    std::string szDump;               ///< folder for pictures of the objects of a filter; empty: none
-
-    bool bJson = false;
-    bool bQuiet = false;
-    bool bVerbose = false;
+    RunSettings run;
+    ReportSettings report;
 };
 
+/// The command's name on the command line; empty for None.
 const char* CommandName(Command eCommand);
 
-/// Fills the options. eCommand None: there was only help or the version to print, which is done.
-/// Throws Failure (WrongCommandLine); bJson is right even then.
+/// Fills the options. With eCommand None there was only help or the version to print, which is done.
+///
+/// @param arguments  in UTF-8, without the program's name
+/// @param options    default ones, which are changed; report.bJson is right even when this throws
+/// Throws Failure (WrongCommandLine).
 void ParseCommandLine(const std::vector<std::string>& arguments, Options& options);

@@ -3,6 +3,7 @@
 #include "Commands.h"
 #include "library/Library.h"
 #include "library/PlannedImage.h"
+#include "pictures/Formats.h"
 #include "system/Files.h"
 #include "values/ProcessIds.h"
 
@@ -75,10 +76,10 @@ void CheckPlan(DWORD nCode)
 
 void RunPlanned(const Options& options, Report& report)
 {
-    SizeBudget(options);
+    SizeBudget(options.run.library);
     const LONG nBudget = CImageObj::AskFreeMemory();
     report.TellSettings(nBudget, CImageObj::ms_MaxOneMappingSize, CImageObj::GetUseMaxBandMemory(),
-                        os::TemporaryFolder(), options.nThreads);
+                        os::TemporaryFolder(), options.run.nThreads);
     const StepRequest& step = options.step;
     StepImages inputs("input", ImageRole::Input, step.inputs);
     StepImages outputs("output", ImageRole::Output, step.outputs);

@@ -53,9 +53,14 @@ ExitStatus RunCommand(const Options& options, Report& report)
     }
 }
 
+Report MakeReport(const Options& options)
+{
+    return Report(options.report, CommandName(options.eCommand), options.run.bPlan);
+}
+
 ExitStatus RunReported(const Options& options)
 {
-    Report report(options);
+    Report report = MakeReport(options);
     const ExitStatus eStatus = RunCommand(options, report);
     report.WriteFiles();
     return eStatus;
@@ -71,16 +76,16 @@ ExitStatus RunProgram(const std::vector<std::string>& arguments)
     Options options;
     try {
         ParseCommandLine(arguments, options);
-        CheckReportFiles(options);
+        CheckReportFiles(options.report.reports, {options.input.szPath, options.output.szPath});
     } catch (const Failure& failure) {
-        Report(options).PrintFailure(failure);
+        MakeReport(options).PrintFailure(failure);
         return failure.eStatus;
     }
     if (options.eCommand == Command::None)
         return ExitStatus::Done;
     const LeakCheck leaks;
     const ExitStatus eStatus = RunReported(options);
-    if (options.bVerbose && UsesLibrary(options.eCommand))
+    if (options.report.bVerbose && UsesLibrary(options.eCommand))
         leaks.Print();
     return eStatus;
 }

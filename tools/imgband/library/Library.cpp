@@ -2,7 +2,6 @@
 
 #include "library/Library.h"
 
-#include "MemoryManager/MemoryManager.h"
 #include "system/Files.h"
 #include "system/Paths.h"
 
@@ -16,9 +15,9 @@ constexpr LONG kWholeBandCap = 24; // MiB
 // and are still large enough for pages of 2 MiB.
 constexpr LONG kUnitBandCap = 8;
 
-std::string ChooseTemporaryFolder(const Options& options)
+std::string ChooseTemporaryFolder(const LibrarySettings& settings)
 {
-    const std::string szFolder = options.szTempDir.empty() ? os::TemporaryFolder() : options.szTempDir;
+    const std::string szFolder = settings.szTempDir.empty() ? os::TemporaryFolder() : settings.szTempDir;
     std::error_code error;
     if (!std::filesystem::is_directory(os::PathOf(szFolder), error))
         throw Failure(ExitStatus::NoRoom, szFolder, "there is no such folder for temporary files",
@@ -63,11 +62,11 @@ bool IsFromExternalImage(const std::optional<LoggedError>& logged)
 
 } // namespace
 
-Library::Library(const Options& options)
-    : m_szTemporaryFolder(ChooseTemporaryFolder(options)), m_log(os::RuntimeFolder())
+Library::Library(const LibrarySettings& settings, bool bJson)
+    : m_szTemporaryFolder(ChooseTemporaryFolder(settings)), m_log(os::RuntimeFolder())
 {
-    os::RestartOnInterrupt(kInterruptedCommand, {m_log.Folder(), options.bJson ? "--json" : ""});
-    SizeBudget(options);
+    os::RestartOnInterrupt(kInterruptedCommand, {m_log.Folder(), bJson ? "--json" : ""});
+    SizeBudget(settings);
     m_nBudget = CImageObj::AskFreeMemory();
     if (const DWORD nCode = CImageCtrl::CleanTempFolder())
         Fail(Failure(ExitStatus::NoRoom, m_szTemporaryFolder, "cannot be the folder for temporary files",
@@ -162,11 +161,11 @@ void Library::CheckExport(DWORD nCode, const std::string& szOutput, Room room) c
     Fail(failure, nCode);
 }
 
-void SizeBudget(const Options& options)
+void SizeBudget(const LibrarySettings& settings)
 {
-    CImageObj::InitBaseMemory(options.nBudget, options.nOneMapping);
-    CImageObj::SetUseMaxBandMemory(options.nBandCap ? options.nBandCap : kWholeBandCap);
-    CImageObj::ms_nUseMaxMemoryUnit = (options.nBandCap ? options.nBandCap : kUnitBandCap) << 20;
+    CImageObj::InitBaseMemory(settings.nBudget, settings.nOneMapping);
+    CImageObj::SetUseMaxBandMemory(settings.nBandCap ? settings.nBandCap : kWholeBandCap);
+    CImageObj::ms_nUseMaxMemoryUnit = (settings.nBandCap ? settings.nBandCap : kUnitBandCap) << 20;
 }
 
 void CleanUpInterruptedRun(const std::string& szLogFolder)

@@ -1,16 +1,18 @@
 #pragma once
 // Starting the library, and turning its results into failures.
 
-#include "Options.h"
+#include "MemoryManager/MemoryManager.h"
 #include "library/ErrorLog.h"
 #include "values/Failure.h"
+#include "values/RunSettings.h"
 
 /// The library as one run uses it: budget, temporary folder and error log are set, and what earlier runs left
 /// in the temporary folder is removed. Throws Failure (NoRoom) when there is no temporary folder.
 class Library
 {
 public:
-    explicit Library(const Options& options);
+    /// @param bJson  an interrupt is told as a JSON object too
+    Library(const LibrarySettings& settings, bool bJson);
 
     /// Budget in bytes that the library works with.
     LONG Budget() const { return m_nBudget; }
@@ -38,8 +40,8 @@ private:
     LONG m_nBudget;
 };
 
-/// Sizes the library's budget, mappings and bands as the options say.
-void SizeBudget(const Options& options);
+/// Sizes the library's budget, mappings and bands.
+void SizeBudget(const LibrarySettings& settings);
 
 /// Removes what an interrupted run left in the temporary folder and its error log's folder.
 void CleanUpInterruptedRun(const std::string& szLogFolder);

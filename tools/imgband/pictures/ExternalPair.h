@@ -3,6 +3,7 @@
 
 #include "pictures/InputFile.h"
 #include "pictures/OutputFile.h"
+#include "values/RunSettings.h"
 
 #include <cstdlib>
 #include <memory>

@@ -3,6 +3,7 @@
 #include "pictures/Formats.h"
 
 #include "system/Paths.h"
+#include "values/Failure.h"
 
 #include <algorithm>
 #include <cctype>
@@ -44,6 +45,16 @@ std::optional<Format> FormatFromEnding(const std::string& szPath, int nSamples)
     if (szEnding == ".raw")
         return nSamples == 4 ? Format::Raw64 : Format::Raw48;
     return std::nullopt;
+}
+
+Format ChooseFormat(const OutputRequest& output, int nSamples)
+{
+    const std::optional<Format> eFormat =
+        output.eFormat ? output.eFormat : FormatFromEnding(output.szPath, nSamples);
+    if (!eFormat)
+        throw Failure(ExitStatus::WrongCommandLine, output.szPath, "the name's ending tells no format",
+                      "--to FORMAT");
+    return *eFormat;
 }
 
 bool IsBitmap(Format eFormat)

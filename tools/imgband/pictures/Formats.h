@@ -1,27 +1,11 @@
 #pragma once
 // The picture formats that the tool reads and writes.
 
-#include "MemoryManager/MemoryManager.h"
+#include "values/PictureRequest.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
-
-/// In the order of MM_DATA_TYPE.
-enum class Format
-{
-    Bgr24 = MM_DATA_BITMAP24,  ///< bitmap, three 8-bit samples
-    Bgra32 = MM_DATA_BITMAP32, ///< bitmap, four 8-bit samples
-    Raw48 = MM_DATA_RAW48,     ///< no header, three 16-bit samples
-    Raw64 = MM_DATA_RAW64,     ///< no header, four 16-bit samples
-};
-
-/// Width and height in pixels, both above 0.
-struct ImageSize
-{
-    int nWidth;
-    int nHeight;
-};
 
 /// Bytes of the header that is written ahead of a bitmap's lines.
 inline constexpr std::int64_t kBitmapHeaderBytes = 54;
@@ -32,6 +16,11 @@ const char* FormatName(Format eFormat);
 
 /// The format of a file name's ending with this many samples a pixel; none for an unknown ending.
 std::optional<Format> FormatFromEnding(const std::string& szPath, int nSamples);
+
+/// The format that an output is to have. Throws Failure (WrongCommandLine) when neither the request nor the
+/// ending of its name tells one.
+/// @param nSamples  of a pixel, where only the ending tells
+Format ChooseFormat(const OutputRequest& output, int nSamples);
 
 bool IsBitmap(Format eFormat);
 int SampleCount(Format eFormat);

@@ -15,11 +15,11 @@ namespace {
     throw Failure(ExitStatus::BadInput, szPath, "cannot be read: " + ErrorText(error), pszTry);
 }
 
-os::File Open(const Options& options)
+os::File Open(const std::string& szPath, const RunSettings& settings)
 {
-    const std::string& szPath = options.szInput;
     // Whole pictures are read through writable views, bands through views for reading.
-    const bool bViews = options.eAccess == Access::Mmap && options.eScheme == Scheme::Whole && !options.bPlan;
+    const bool bViews =
+        settings.eAccess == Access::Mmap && settings.eScheme == Scheme::Whole && !settings.bPlan;
     try {
         os::File file = os::File::OpenForReading(szPath, bViews);
         std::error_code error;
@@ -32,44 +32,43 @@ os::File Open(const Options& options)
     }
 }
 
-PictureFacts RawFacts(const Options& options, Format eFormat, std::int64_t nFileBytes)
+PictureFacts RawFacts(const InputRequest& request, Format eFormat, std::int64_t nFileBytes)
 {
-    if (!options.size)
-        throw Failure(ExitStatus::WrongCommandLine, options.szInput, "the size of a raw picture is not known",
+    if (!request.size)
+        throw Failure(ExitStatus::WrongCommandLine, request.szPath, "the size of a raw picture is not known",
                       "--size WxH");
-    const PictureFacts facts{eFormat, *options.size, false, 0, nFileBytes};
+    const PictureFacts facts{eFormat, *request.size, false, 0, nFileBytes};
     const std::int64_t nPromised = FileBytes(eFormat, facts.size);
     if (nFileBytes != nPromised)
-        throw Failure(ExitStatus::BadInput, options.szInput,
+        throw Failure(ExitStatus::BadInput, request.szPath,
                       fmt::format("the file has {} bytes, but {} x {} pixels of {} take {}", nFileBytes,
                                   facts.size.nWidth, facts.size.nHeight, FormatName(eFormat), nPromised),
                       "another --size or --from");
     return facts;
 }
 
-void RefuseContradiction(const Options& options, const PictureFacts& facts)
+void RefuseContradiction(const InputRequest& request, const PictureFacts& facts)
 {
-    if (options.eFrom && *options.eFrom != facts.eFormat)
+    if (request.eFormat && *request.eFormat != facts.eFormat)
         throw Failure(
-            ExitStatus::BadInput, options.szInput,
-            fmt::format("is a {} bitmap, not {}", FormatName(facts.eFormat), FormatName(*options.eFrom)),
+            ExitStatus::BadInput, request.szPath,
+            fmt::format("is a {} bitmap, not {}", FormatName(facts.eFormat), FormatName(*request.eFormat)),
             "without --from");
-    if (options.size &&
-        (options.size->nWidth != facts.size.nWidth || options.size->nHeight != facts.size.nHeight))
-        throw Failure(ExitStatus::BadInput, options.szInput,
+    if (request.size && *request.size != facts.size)
+        throw Failure(ExitStatus::BadInput, request.szPath,
                       fmt::format("is a bitmap of {} x {} pixels, not {} x {}", facts.size.nWidth,
-                                  facts.size.nHeight, options.size->nWidth, options.size->nHeight),
+                                  facts.size.nHeight, request.size->nWidth, request.size->nHeight),
                       "without --size");
 }
 
 } // namespace
 
-InputFile::InputFile(const Options& options)
-    : m_szPath(options.szInput), m_file(Open(options)), m_facts(Identify(options))
+InputFile::InputFile(const InputRequest& request, const RunSettings& settings)
+    : m_szPath(request.szPath), m_file(Open(m_szPath, settings)), m_facts(Identify(request))
 {
 }
 
-PictureFacts InputFile::Identify(const Options& options) const
+PictureFacts InputFile::Identify(const InputRequest& request) const
 {
     unsigned char head[kHeaderPeek];
     std::int64_t nFileBytes = 0;
@@ -80,13 +79,13 @@ PictureFacts InputFile::Identify(const Options& options) const
     } catch (const std::system_error& e) {
         FailReading(m_szPath, e.code());
     }
-    if (options.eFrom && !IsBitmap(*options.eFrom))
-        return RawFacts(options, *options.eFrom, nFileBytes);
+    if (request.eFormat && !IsBitmap(*request.eFormat))
+        return RawFacts(request, *request.eFormat, nFileBytes);
     if (!HasBitmapSignature({head, nHead}))
         throw Failure(ExitStatus::BadInput, m_szPath, "is not a bitmap",
                       "--from raw48 or raw64 and --size WxH for a raw picture");
     const PictureFacts facts = ParseBitmapHeader(m_szPath, {head, nHead}, nFileBytes);
-    RefuseContradiction(options, facts);
+    RefuseContradiction(request, facts);
     return facts;
 }
 

@@ -1,15 +1,16 @@
 #pragma once
 // The picture file that a command reads.
 
-#include "Options.h"
 #include "pictures/BitmapFile.h"
 #include "system/Files.h"
+#include "values/PictureRequest.h"
+#include "values/RunSettings.h"
 
 /// An open input whose header was read and found true. Throws Failure (BadInput, WrongCommandLine).
 class InputFile
 {
 public:
-    explicit InputFile(const Options& options);
+    InputFile(const InputRequest& request, const RunSettings& settings);
 
     const PictureFacts& Facts() const { return m_facts; }
     const std::string& Path() const { return m_szPath; }
@@ -29,7 +30,7 @@ public:
     void Close() { m_file.Close(); }
 
 private:
-    PictureFacts Identify(const Options& options) const;
+    PictureFacts Identify(const InputRequest& request) const;
 
     std::string m_szPath;
     os::File m_file;

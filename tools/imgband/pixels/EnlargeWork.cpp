@@ -28,18 +28,19 @@ Place PlaceOf(int nLine, int nFactor)
 
 } // namespace
 
-EnlargeWork::EnlargeWork(EnlargeOp eOp, int nFactor, int nWidth, int nHeight, bool bReversed)
-    : m_eOp(eOp), m_nFactor(nFactor), m_nWidth(nWidth), m_nHeight(nHeight), m_bReversed(bReversed)
+EnlargeWork::EnlargeWork(const EnlargeSettings& settings, ImageSize source, bool bReversed)
+    : m_settings(settings), m_source(source), m_bReversed(bReversed)
 {
 }
 
 LineRange EnlargeWork::SourceLines(LineRange dst) const
 {
-    LineRange lines = {dst.nFirst / m_nFactor, dst.nLast / m_nFactor};
-    if (m_eOp == EnlargeOp::Linear)
-        lines = {std::max(PlaceOf(dst.nFirst, m_nFactor).nUpper, 0),
-                 std::min(PlaceOf(dst.nLast, m_nFactor).nUpper + 1, m_nHeight - 1)};
-    return m_bReversed ? LineRange{m_nHeight - 1 - lines.nLast, m_nHeight - 1 - lines.nFirst} : lines;
+    LineRange lines = {dst.nFirst / m_settings.nFactor, dst.nLast / m_settings.nFactor};
+    if (m_settings.eOp == EnlargeOp::Linear)
+        lines = {std::max(PlaceOf(dst.nFirst, m_settings.nFactor).nUpper, 0),
+                 std::min(PlaceOf(dst.nLast, m_settings.nFactor).nUpper + 1, m_source.nHeight - 1)};
+    return m_bReversed ? LineRange{m_source.nHeight - 1 - lines.nLast, m_source.nHeight - 1 - lines.nFirst}
+                       : lines;
 }
 
 void EnlargeWork::Run(const T_ImageLrg_tag& src, const T_ImageLrg_tag& dst, const Workers& workers) const
@@ -59,20 +60,21 @@ void EnlargeWork::RunLines(const T_ImageLrg_tag& src, const T_ImageLrg_tag& dst,
     for (int k = nFirst; k < nEnd; ++k) {
         Sample* pDst = SampleAddress<Sample>(dst, 0, k);
         const int nLine = dst.nBandTop + k;
-        if (m_eOp == EnlargeOp::Linear) {
-            const Place place = PlaceOf(nLine, m_nFactor);
+        if (m_settings.eOp == EnlargeOp::Linear) {
+            const Place place = PlaceOf(nLine, m_settings.nFactor);
             const int nUpper = std::max(place.nUpper, 0);
-            const int nLower = std::min(place.nUpper + 1, m_nHeight - 1);
-            Interpolate<Sample>({pLine(nUpper), pLine(nLower), place.nFromUpper}, pDst, m_nWidth, m_nFactor);
-        } else if (k > nFirst && nLine % m_nFactor != 0) {
+            const int nLower = std::min(place.nUpper + 1, m_source.nHeight - 1);
+            Interpolate<Sample>({pLine(nUpper), pLine(nLower), place.nFromUpper}, pDst, m_source.nWidth,
+                                m_settings.nFactor);
+        } else if (k > nFirst && nLine % m_settings.nFactor != 0) {
             std::copy_n(pDst - SampleStep<Sample>(dst), std::ptrdiff_t{dst.nWidth} * kSamples, pDst);
         } else {
-            RepeatPixels(pLine(nLine / m_nFactor), pDst, m_nWidth, m_nFactor);
+            RepeatPixels(pLine(nLine / m_settings.nFactor), pDst, m_source.nWidth, m_settings.nFactor);
         }
     }
 }
 
 int EnlargeWork::BandLine(const T_ImageLrg_tag& src, int nLine) const
 {
-    return (m_bReversed ? m_nHeight - 1 - nLine : nLine) - src.nBandTop;
+    return (m_bReversed ? m_source.nHeight - 1 - nLine : nLine) - src.nBandTop;
 }

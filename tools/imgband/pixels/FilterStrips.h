@@ -5,7 +5,7 @@
 // What comes out of a pixel does not depend on the strip that it lies in.
 
 #include "pixels/BandLines.h"
-#include "pixels/FilterWork.h"
+#include "values/FilterSettings.h"
 
 #include <array>
 #include <bit>

@@ -4,6 +4,7 @@
 
 #include "pixels/BandLines.h"
 #include "pixels/FilterStrips.h"
+#include "pixels/FrameFill.h"
 
 #include <algorithm>
 #include <cmath>
@@ -36,7 +37,7 @@ void RunFilter(const FilterStrip<Sample>& strip, const FilterSettings& settings,
         GaussStrip(strip, pWeights, settings.nRadius);
         break;
     case FilterOp::Sharpen:
-        SharpenStrip(strip, pWeights, settings.nRadius, settings.nAmount);
+        SharpenStrip(strip, pWeights, settings.nRadius, settings.fAmount);
         break;
     }
 }

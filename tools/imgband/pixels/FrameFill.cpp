@@ -2,8 +2,10 @@
 //
 // Band line k is k lines below the band's first one.
 
+#include "pixels/FrameFill.h"
+
 #include "pixels/BandLines.h"
-#include "pixels/FilterWork.h"
+#include "pixels/BandWork.h"
 #include "pixels/LineConversion.h"
 
 #include <algorithm>

@@ -273,15 +273,15 @@ private:
 
 } // namespace
 
-std::unique_ptr<Scene> MakeScene(Pattern ePattern, ImageSize size, std::uint64_t nSeed)
+std::unique_ptr<Scene> MakeScene(const SceneSettings& settings)
 {
-    switch (ePattern) {
+    switch (settings.ePattern) {
     case Pattern::Gradient:
-        return std::make_unique<Gradient>(size, nSeed);
+        return std::make_unique<Gradient>(settings.size, settings.nSeed);
     case Pattern::Noise:
-        return std::make_unique<Noise>(size, nSeed);
+        return std::make_unique<Noise>(settings.size, settings.nSeed);
     case Pattern::Photo:
         break;
     }
-    return std::make_unique<Landscape>(size, nSeed);
+    return std::make_unique<Landscape>(settings.size, settings.nSeed);
 }

@@ -1,7 +1,7 @@
 #pragma once
 // The pictures that the tool can make.
 
-#include "Options.h"
+#include "values/SceneSettings.h"
 
 #include <cstdint>
 #include <memory>
@@ -18,4 +18,4 @@ public:
     virtual void PaintLine(int nLine, std::uint16_t* pLine) = 0;
 };
 
-std::unique_ptr<Scene> MakeScene(Pattern ePattern, ImageSize size, std::uint64_t nSeed);
+std::unique_ptr<Scene> MakeScene(const SceneSettings& settings);

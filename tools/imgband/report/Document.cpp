@@ -13,11 +13,11 @@ constexpr int kSchema = 1;
 
 } // namespace
 
-ordered_json HeadJson(Command eCommand, bool bPlan, int nStatus)
+ordered_json HeadJson(const std::string& szCommand, bool bPlan, int nStatus)
 {
     ordered_json json = {{"schema", kSchema}, {"program", "imgband"}, {"version", IMGBAND_VERSION}};
-    if (eCommand != Command::None)
-        json["command"] = CommandName(eCommand);
+    if (!szCommand.empty())
+        json["command"] = szCommand;
     if (bPlan)
         json["plan"] = true;
     json["ok"] = nStatus == static_cast<int>(ExitStatus::Done);

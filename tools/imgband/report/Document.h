@@ -1,7 +1,6 @@
 #pragma once
 // The JSON objects that runs print and report.
 
-#include "Options.h"
 #include "report/RunPlan.h"
 #include "system/Files.h"
 #include "values/Failure.h"
@@ -21,8 +20,9 @@ struct StepRecord
     os::ResidentMemory peak; ///< while it ran
 };
 
-/// How an object begins. Command None: the command line told none.
-nlohmann::ordered_json HeadJson(Command eCommand, bool bPlan, int nStatus);
+/// How an object begins.
+/// @param szCommand  empty when the command line told none
+nlohmann::ordered_json HeadJson(const std::string& szCommand, bool bPlan, int nStatus);
 
 nlohmann::ordered_json ErrorJson(const Failure& failure);
 

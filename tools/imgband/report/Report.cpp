@@ -20,12 +20,13 @@ double SecondsSince(std::chrono::steady_clock::time_point begin)
 
 } // namespace
 
-Report::Report(const Options& options)
-    : m_options(options), m_history(!options.reports.empty() && !options.bPlan, m_begin),
-      m_progress(options.bQuiet || options.bPlan || !os::IsTerminal(stderr))
+Report::Report(const ReportSettings& settings, const std::string& szCommand, bool bPlan)
+    : m_settings(settings), m_szCommand(szCommand), m_bPlan(bPlan),
+      m_history(!settings.reports.empty() && !bPlan, m_begin),
+      m_progress(settings.bQuiet || bPlan || !os::IsTerminal(stderr))
 {
-    const bool bReports = !options.reports.empty();
-    if ((options.bVerbose || options.bJson || bReports) && !options.bPlan)
+    const bool bReports = !settings.reports.empty();
+    if ((settings.bVerbose || settings.bJson || bReports) && !bPlan)
         m_pWatch = std::make_unique<MemoryWatch>(m_begin);
     if (bReports)
         m_pTables = std::make_unique<LibraryTables>(os::RuntimeFolder());
@@ -34,14 +35,14 @@ Report::Report(const Options& options)
 void Report::TellSettings(std::int64_t nBudget, std::int64_t nOneMapping, std::int64_t nBandCap,
                           const std::string& szTemporaryFolder, int nThreads)
 {
-    m_settings = {{"budget_bytes", nBudget},
-                  {"one_mapping_bytes", nOneMapping},
-                  {"band_cap_bytes", nBandCap},
-                  {"temporary_folder", szTemporaryFolder},
-                  {"threads", nThreads}};
+    m_librarySettings = {{"budget_bytes", nBudget},
+                         {"one_mapping_bytes", nOneMapping},
+                         {"band_cap_bytes", nBandCap},
+                         {"temporary_folder", szTemporaryFolder},
+                         {"threads", nThreads}};
     m_nBudget = static_cast<LONG>(nBudget);
     m_history.Begin(m_nBudget);
-    if (m_options.bVerbose)
+    if (m_settings.bVerbose)
         Say(fmt::format("  budget {}, one mapping up to {}, bands up to {}, temporary files in {}, "
                         "threads: {}\n",
                         MiB(nBudget), MiB(nOneMapping), MiB(nBandCap), szTemporaryFolder, nThreads));
@@ -57,7 +58,7 @@ void Report::BeginStep(const std::string& szStep, int nIpNo)
     m_step->begin = std::chrono::steady_clock::now();
     if (m_pWatch)
         m_pWatch->TakePeak();
-    if (m_pTables && !m_options.bPlan)
+    if (m_pTables && !m_bPlan)
         m_pTables->Enter(nIpNo, szStep);
 }
 
@@ -100,10 +101,10 @@ void Report::CloseStep(bool bFinished)
     }
     WarnAboutBudget(step.plan);
     m_plan.Add(step.plan);
-    m_steps.push_back(StepJson(step, m_nBudget, m_options.bPlan));
+    m_steps.push_back(StepJson(step, m_nBudget, m_bPlan));
     if (m_pTables)
         TellTables(step.plan);
-    if (m_options.bVerbose && bFinished)
+    if (m_settings.bVerbose && bFinished)
         TellStep(step);
 }
 
@@ -124,14 +125,14 @@ void Report::TellTables(const StepPlan& plan)
     if (!plan.images.empty())
         m_pTables->NoteStep(plan);
     CImageObj::ms_FreeMemory = nFree;
-    if (!m_options.bPlan)
+    if (!m_bPlan)
         m_pTables->Leave(plan.nIpNo, plan.szStep);
 }
 
 void Report::WarnAboutBudget(const StepPlan& step)
 {
-    const std::int64_t nBudget = m_settings.value("budget_bytes", step.Charged());
-    if (step.Charged() > nBudget && !m_options.bQuiet)
+    const std::int64_t nBudget = m_librarySettings.value("budget_bytes", step.Charged());
+    if (step.Charged() > nBudget && !m_settings.bQuiet)
         Say(fmt::format("imgband: {}: the images take {}, more than the budget of {}\n", step.szStep,
                         MiB(step.Charged()), MiB(nBudget)));
 }
@@ -146,16 +147,16 @@ void Report::Say(const std::string& szText)
 ordered_json Report::Document(const Failure* pFailure) const
 {
     const ExitStatus eStatus = pFailure ? pFailure->eStatus : ExitStatus::Done;
-    ordered_json json = HeadJson(m_options.eCommand, m_options.bPlan, static_cast<int>(eStatus));
+    ordered_json json = HeadJson(m_szCommand, m_bPlan, static_cast<int>(eStatus));
     if (pFailure)
         json["error"] = ErrorJson(*pFailure);
     json.update(m_json);
-    if (m_settings.is_null())
+    if (m_librarySettings.is_null())
         return json;
-    json["settings"] = m_settings;
+    json["settings"] = m_librarySettings;
     json["steps"] = m_steps;
     m_plan.TellTotals(json);
-    if (m_options.bPlan)
+    if (m_bPlan)
         return json;
     json["seconds"] = SecondsSince(m_begin);
     json.update(PeakJson(m_peak));
@@ -164,7 +165,7 @@ ordered_json Report::Document(const Failure* pFailure) const
 
 void Report::TellTotal()
 {
-    if (m_options.bVerbose && !m_plan.IsEmpty() && !m_options.bPlan)
+    if (m_settings.bVerbose && !m_plan.IsEmpty() && !m_bPlan)
         Say(fmt::format("  total: {:.2f} s, peak private memory {}, {}\n", SecondsSince(m_begin),
                         MiB(m_peak.nPrivate), m_plan.Totals()));
 }
@@ -173,12 +174,12 @@ void Report::PrintSuccess()
 {
     os::SettleOutcome();
     m_document = Document(nullptr);
-    if (m_options.bJson)
+    if (m_settings.bJson)
         os::Print(stdout, JsonText(m_document));
-    else if (!m_options.bQuiet)
-        os::Print(stdout, m_options.bPlan ? m_plan.Table() : m_szData);
+    else if (!m_settings.bQuiet)
+        os::Print(stdout, m_bPlan ? m_plan.Table() : m_szData);
     TellTotal();
-    if (!m_options.bQuiet && !m_szSummary.empty())
+    if (!m_settings.bQuiet && !m_szSummary.empty())
         Say(m_szSummary + "\n");
 }
 
@@ -188,9 +189,9 @@ void Report::PrintFailure(const Failure& failure)
     if (m_step)
         CloseStep(false);
     m_document = Document(&failure);
-    if (m_options.bJson)
+    if (m_settings.bJson)
         os::Print(stdout, JsonText(m_document));
-    else if (!m_options.bQuiet)
+    else if (!m_settings.bQuiet)
         os::Print(stdout, m_szData); // what was found before
     Say(fmt::format("imgband: {}\n", failure.Message()));
 }
@@ -204,7 +205,7 @@ void Report::WriteFiles()
     if (m_pWatch)
         m_pWatch->AddTo(m_document);
     m_pTables->AddTo(m_document);
-    for (const std::string& szPath : m_options.reports)
+    for (const std::string& szPath : m_settings.reports)
         try {
             WriteReportFile(szPath, m_document);
         } catch (const std::exception& e) {
@@ -216,7 +217,7 @@ void PrintInterrupted(int nStatus, bool bJson)
 {
     const std::string szMessage = fmt::format("interrupted by signal {}", nStatus - 128);
     if (bJson) {
-        ordered_json json = HeadJson(Command::None, false, nStatus);
+        ordered_json json = HeadJson("", false, nStatus);
         json["error"] = {{"message", szMessage}};
         os::Print(stdout, JsonText(json));
     }

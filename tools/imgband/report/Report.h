@@ -1,7 +1,6 @@
 #pragma once
 // What a run tells: text on standard error, data or one JSON object on standard output, and its reports.
 
-#include "Options.h"
 #include "report/Document.h"
 #include "report/LibraryTables.h"
 #include "report/MemoryWatch.h"
@@ -9,6 +8,7 @@
 #include "report/RunHistory.h"
 #include "report/RunPlan.h"
 #include "values/Failure.h"
+#include "values/ReportSettings.h"
 
 #include <chrono>
 #include <memory>
@@ -20,7 +20,12 @@
 class Report
 {
 public:
-    explicit Report(const Options& options);
+    /// @param settings   used as long as the report lives
+    /// @param szCommand  empty when the command line told none
+    /// @param bPlan      steps are planned only
+    Report(const ReportSettings& settings, const std::string& szCommand, bool bPlan);
+
+    const ReportSettings& Settings() const { return m_settings; }
 
     /// Tells the settings that the library works with.
     void TellSettings(std::int64_t nBudget, std::int64_t nOneMapping, std::int64_t nBandCap,
@@ -77,13 +82,15 @@ private:
     void TellTables(const StepPlan& plan);
     void WarnAboutBudget(const StepPlan& step);
 
-    const Options& m_options;
+    const ReportSettings& m_settings;
+    std::string m_szCommand;
+    bool m_bPlan;
     std::chrono::steady_clock::time_point m_begin = std::chrono::steady_clock::now();
     std::unique_ptr<MemoryWatch> m_pWatch;    ///< only where its figures are told
     std::unique_ptr<LibraryTables> m_pTables; ///< only for reports
     RunHistory m_history;
     nlohmann::ordered_json m_json = nlohmann::ordered_json::object();
-    nlohmann::ordered_json m_settings;
+    nlohmann::ordered_json m_librarySettings;
     LONG m_nBudget = 0;
     std::optional<StepRecord> m_step; ///< the one that runs
     nlohmann::ordered_json m_steps = nlohmann::ordered_json::array();

@@ -41,13 +41,13 @@ bool IsSameFile(const fs::path& a, const fs::path& b)
 
 } // namespace
 
-void CheckReportFiles(const Options& options)
+void CheckReportFiles(const std::vector<std::string>& reports, const std::vector<std::string>& pictures)
 {
-    for (const std::string& szReport : options.reports) {
+    for (const std::string& szReport : reports) {
         if (!FormOf(szReport))
             throw Failure(ExitStatus::WrongCommandLine, szReport, "the report's name tells no form",
                           "a name that ends in .html, .json or .txt");
-        for (const std::string& szPicture : {options.szInput, options.szOutput})
+        for (const std::string& szPicture : pictures)
             if (!szPicture.empty() && IsSameFile(os::PathOf(szReport), os::PathOf(szPicture)))
                 throw Failure(ExitStatus::WrongCommandLine, szReport,
                               "the report would replace the job's own picture", "another name");

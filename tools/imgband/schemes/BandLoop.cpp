@@ -43,7 +43,7 @@ void FillFrom(const Run& run, CImageObj& src, CImageObj& dst, const BandWork& wo
         MappedBand to(dst, lines);
         watch.CheckDestination(to.Result());
         watch.NoteMapped(from.Record(), to.Record());
-        if (!run.options.bPlan)
+        if (!run.settings.bPlan)
             work.Run(from.Record(), to.Record(), run.workers);
         watch.CheckDestination(to.End());
         watch.CheckSource(from.End());

@@ -143,7 +143,7 @@ void DumpObject(const std::string& szFolder, const std::string& szName, CImageOb
 
 void DumpObjects(const Run& run, CImageObj& input, CImageObj& output)
 {
-    const std::string& szFolder = run.options.szDump;
+    const std::string& szFolder = run.settings.szDump;
     try {
         fs::create_directory(os::PathOf(szFolder));
         DumpObject(szFolder, "input", input);

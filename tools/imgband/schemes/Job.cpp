@@ -9,21 +9,22 @@
 
 namespace {
 
-void CheckSizes(const Options& options, const PictureFacts& facts, const Job& job)
+void CheckSizes(Scheme eScheme, const InputFile& input, const Job& job)
 {
-    const auto fnFits = options.eScheme == Scheme::Unit ? FitsUnitScheme : FitsWholeScheme;
+    const PictureFacts& facts = input.Facts();
+    const auto fnFits = eScheme == Scheme::Unit ? FitsUnitScheme : FitsWholeScheme;
     if (!fnFits(facts.eFormat, facts.size, facts.nOffset, job.nFrame))
-        FailTooLarge(options.eScheme, ExitStatus::BadInput, options.szInput, facts.size);
+        FailTooLarge(eScheme, ExitStatus::BadInput, input.Path(), facts.size);
     if (!fnFits(job.eTo, job.size, IsBitmap(job.eTo) ? kBitmapHeaderBytes : 0, job.nFrame))
-        FailTooLarge(options.eScheme, ExitStatus::WrongCommandLine, options.szOutput, job.size);
+        FailTooLarge(eScheme, ExitStatus::WrongCommandLine, job.szOutput, job.size);
 }
 
 /// Lets the bands of a filter be several times as tall as their frame, as far as the budget reaches: the
 /// lines of the frame are read anew for every band.
-void WidenBandCap(const Options& options, const Job& job)
+void WidenBandCap(const LibrarySettings& settings, const Job& job)
 {
     constexpr std::int64_t kFrames = 8;
-    if (options.nBandCap != 0 || job.nFrame == 0)
+    if (settings.nBandCap != 0 || job.nFrame == 0)
         return;
     const std::int64_t nLines = kFrames * job.nFrame;
     const std::int64_t nBandLine =
@@ -36,7 +37,7 @@ void WidenBandCap(const Options& options, const Job& job)
 
 void RunScheme(const Run& run, const InputFile& input, const Job& job)
 {
-    if (run.options.eScheme == Scheme::Unit)
+    if (run.settings.eScheme == Scheme::Unit)
         RunUnitScheme(run, input, job);
     else
         RunWholeScheme(run, input, job);
@@ -49,21 +50,22 @@ bool IsStoredBottomUp(Format eFormat)
     return IsBitmap(eFormat);
 }
 
-bool MustReverseLines(const Options& options, const Job& job)
+bool MustReverseLines(Scheme eScheme, const Job& job)
 {
-    return options.eScheme == Scheme::Unit && job.bReversedLines;
+    return eScheme == Scheme::Unit && job.bReversedLines;
 }
 
-Job KeepFormat(const Options& options, const PictureFacts& facts, int nIpNo)
+Job KeepFormat(const std::string& szName, int nIpNo, const PictureFacts& facts, const std::string& szOutput)
 {
-    const auto eMeant = FormatFromEnding(options.szOutput, SampleCount(facts.eFormat));
+    const auto eMeant = FormatFromEnding(szOutput, SampleCount(facts.eFormat));
     if (eMeant && *eMeant != facts.eFormat)
-        throw Failure(ExitStatus::WrongCommandLine, options.szOutput,
+        throw Failure(ExitStatus::WrongCommandLine, szOutput,
                       std::string("the name means another format than ") + FormatName(facts.eFormat) +
                           ", which is kept",
                       "imgband convert first");
-    return {.szName = CommandName(options.eCommand),
+    return {.szName = szName,
             .nIpNo = nIpNo,
+            .szOutput = szOutput,
             .eTo = facts.eFormat,
             .size = facts.size,
             .bReversedLines = facts.bBottomUp != IsStoredBottomUp(facts.eFormat),
@@ -71,27 +73,27 @@ Job KeepFormat(const Options& options, const PictureFacts& facts, int nIpNo)
             .bOwnAlpha = true};
 }
 
-void RunJob(const Options& options, InputFile& input, const Job& job, Report& report)
+void RunJob(const RunSettings& settings, InputFile& input, const Job& job, Report& report)
 {
-    CheckSizes(options, input.Facts(), job);
-    const Library library(options);
-    WidenBandCap(options, job);
-    DescribeLibrary(options, library, report);
-    report.TellScheme(options.eScheme == Scheme::Unit ? "unit" : "whole");
+    CheckSizes(settings.eScheme, input, job);
+    const Library library(settings.library, report.Settings().bJson);
+    WidenBandCap(settings.library, job);
+    DescribeLibrary(settings, library, report);
+    report.TellScheme(settings.eScheme == Scheme::Unit ? "unit" : "whole");
     const ObjectFormats objects{ObjectFormat(SampleBytes(input.Facts().eFormat)),
                                 ObjectFormat(SampleBytes(job.eTo))};
-    const Workers workers(options.nThreads);
-    if (options.bPlan) {
-        ExternalPair pair(options.eAccess, &input, nullptr, job.eTo, job.size, objects);
-        RunScheme({options, library, report, pair, workers, nullptr}, input, job);
+    const Workers workers(settings.nThreads);
+    if (settings.bPlan) {
+        ExternalPair pair(settings.eAccess, &input, nullptr, job.eTo, job.size, objects);
+        RunScheme({settings, library, report, pair, workers, nullptr}, input, job);
         return;
     }
-    OutputFile output(options.szOutput);
+    OutputFile output(job.szOutput);
     output.CheckRoom(FileBytes(job.eTo, job.size));
-    ExternalPair pair(options.eAccess, &input, &output, job.eTo, job.size, objects);
-    RunScheme({options, library, report, pair, workers, &output}, input, job);
+    ExternalPair pair(settings.eAccess, &input, &output, job.eTo, job.size, objects);
+    RunScheme({settings, library, report, pair, workers, &output}, input, job);
     pair.DeliverOutput();
     input.Close(); // it may be what the output replaces
     output.Publish();
-    DescribePicture(options.szOutput, job.eTo, job.size, report);
+    DescribePicture(job.szOutput, job.eTo, job.size, report);
 }

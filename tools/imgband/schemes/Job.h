@@ -4,6 +4,7 @@
 #include "pictures/InputFile.h"
 #include "pixels/BandWork.h"
 #include "report/Report.h"
+#include "values/FilterSettings.h"
 #include "values/ProcessIds.h"
 
 #include <memory>
@@ -14,8 +15,9 @@
 /// bitmaps.
 struct Job
 {
-    std::string szName; ///< of the step in the middle
-    int nIpNo;          ///< its process identifier
+    std::string szName;   ///< of the step in the middle
+    int nIpNo;            ///< its process identifier
+    std::string szOutput; ///< the picture to write
     Format eTo;
     ImageSize size;       ///< of the output
     bool bReversedLines;  ///< the input's last stored line comes first
@@ -27,15 +29,16 @@ struct Job
     bool bOneObject = false;                   ///< unit scheme: one object reads, is worked on, and writes
 };
 
-/// A job that keeps the input's format and size and turns nothing, without a work yet.
-Job KeepFormat(const Options& options, const PictureFacts& facts, int nIpNo);
+/// A job that keeps the input's format and size and turns nothing, without a work yet. Throws Failure
+/// (WrongCommandLine) when the output's name means another format.
+Job KeepFormat(const std::string& szName, int nIpNo, const PictureFacts& facts, const std::string& szOutput);
 
 /// Lines that are stored from the bottom up by the tool.
 bool IsStoredBottomUp(Format eFormat);
 
 /// Whether the work has to reverse the order of lines: in the whole scheme, the import has done it.
-bool MustReverseLines(const Options& options, const Job& job);
+bool MustReverseLines(Scheme eScheme, const Job& job);
 
 /// Does the job, or plans it, and tells the report. The input is closed when its place may be taken by the
 /// output. Throws Failure.
-void RunJob(const Options& options, InputFile& input, const Job& job, Report& report);
+void RunJob(const RunSettings& settings, InputFile& input, const Job& job, Report& report);

@@ -74,12 +74,12 @@ const char* ExternalPlace(Access eAccess)
     return "file";
 }
 
-void DescribeLibrary(const Options& options, const Library& library, Report& report)
+void DescribeLibrary(const RunSettings& settings, const Library& library, Report& report)
 {
-    const bool bUnit = options.eScheme == Scheme::Unit && options.eCommand != Command::Make;
+    const bool bUnit = settings.eScheme == Scheme::Unit;
     const LONG nBandCap = bUnit ? CImageObj::ms_nUseMaxMemoryUnit : CImageObj::GetUseMaxBandMemory();
     report.TellSettings(library.Budget(), CImageObj::ms_MaxOneMappingSize, nBandCap,
-                        library.TemporaryFolder(), options.nThreads);
+                        library.TemporaryFolder(), settings.nThreads);
 }
 
 void DescribePicture(const std::string& szPath, Format eFormat, ImageSize size, Report& report)

@@ -8,7 +8,7 @@
 
 struct Run
 {
-    const Options& options;
+    const RunSettings& settings;
     const Library& lib;
     Report& report;
     ExternalPair& pair;
@@ -34,7 +34,7 @@ T_ImageLrg_tag PictureInfo(Format eFormat, ImageSize size);
 const char* ExternalPlace(Access eAccess);
 
 /// Tells the report how the library is set.
-void DescribeLibrary(const Options& options, const Library& library, Report& report);
+void DescribeLibrary(const RunSettings& settings, const Library& library, Report& report);
 
 /// Tells the report what was written.
 void DescribePicture(const std::string& szPath, Format eFormat, ImageSize size, Report& report);

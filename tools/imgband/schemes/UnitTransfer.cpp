@@ -2,6 +2,7 @@
 
 #include "schemes/UnitTransfer.h"
 
+#include "pixels/FrameFill.h"
 #include "schemes/BandLoop.h"
 
 #include <algorithm>
@@ -71,14 +72,14 @@ public:
 
     void CheckSource(DWORD nCode) override
     {
-        if (m_run.options.eAccess != Access::Memory)
+        if (m_run.settings.eAccess != Access::Memory)
             m_input.CheckWhole();
         m_run.lib.CheckRead(WithRecorded(nCode), m_input.Path());
     }
 
     void CheckDestination(DWORD nCode) override
     {
-        if (m_run.options.bPlan)
+        if (m_run.settings.bPlan)
             return m_run.lib.CheckStep(nCode, m_job.szName, 0);
         m_run.lib.CheckExport(
             WithRecorded(nCode), m_run.pOutput->Path(),
@@ -132,9 +133,9 @@ private:
     /// The step as its bands are.
     StepPlan Plan() const
     {
-        const char* pszPlace = ExternalPlace(m_run.options.eAccess);
+        const char* pszPlace = ExternalPlace(m_run.settings.eAccess);
         const Format eFrom = m_input.Facts().eFormat;
-        const bool bFile = m_run.options.eAccess != Access::Memory;
+        const bool bFile = m_run.settings.eAccess != Access::Memory;
         StepPlan plan{m_job.szName,
                       m_job.nIpNo,
                       {{.szImage = fmt::format("input {}", FormatName(eFrom)),
@@ -165,7 +166,7 @@ private:
     // What a mapped view could not take or give is in the library's log only.
     DWORD WithRecorded(DWORD nCode) const
     {
-        const bool bLook = nCode == MM_SUCCESS && m_run.options.eAccess == Access::Mmap;
+        const bool bLook = nCode == MM_SUCCESS && m_run.settings.eAccess == Access::Mmap;
         return bLook && m_run.lib.HasRecordedError() ? DWORD{MM_FILE_ACCESS} : nCode;
     }
 
@@ -187,7 +188,7 @@ private:
 T_ImgInf OutputInf(const Run& run)
 {
     T_ImgInf out = run.pair.Output();
-    if (run.options.bPlan)
+    if (run.settings.bPlan)
         out.eAcsType = ACS_NONE;
     return out;
 }
@@ -196,7 +197,7 @@ T_ImgInf OutputInf(const Run& run)
 void SettleSource(const Run& run, const InputFile& input, CImageObj& reader)
 {
     reader.m_InImgInf.nOffset = static_cast<int>(input.Facts().nOffset);
-    if (run.options.bPlan)
+    if (run.settings.bPlan)
         reader.m_InImgInf.eAcsType = ACS_NONE;
 }
 
@@ -230,7 +231,7 @@ void RunOneObject(const Run& run, const InputFile& input, const Job& job)
         MappedBand band(object, bands.At(i));
         watch.CheckSource(band.Result());
         watch.NoteMapped(band.Record(), band.Record());
-        if (job.pWork && !run.options.bPlan)
+        if (job.pWork && !run.settings.bPlan)
             WorkInPlace(run, job, band.Record(), *copy);
         watch.CheckDestination(band.End());
         watch.NoteEnded();

@@ -23,8 +23,8 @@ ImagePlan ExternalPlan(const Run& run, ImageRole eRole, Format eFormat, const T_
                 fmt::format("{} {}", eRole == ImageRole::Input ? "input" : "output", FormatName(eFormat)),
             .eRole = eRole,
             .info = PictureInfo(eFormat, {inf.nWidth, inf.nHeight}),
-            .szPlace = ExternalPlace(run.options.eAccess),
-            .bFile = run.options.eAccess != Access::Memory,
+            .szPlace = ExternalPlace(run.settings.eAccess),
+            .bFile = run.settings.eAccess != Access::Memory,
             .nBytes = nLine * inf.nHeight,
             .nBandLines = static_cast<int>(std::clamp<std::int64_t>(nFits, 1, inf.nHeight)),
             .nBands = 0,
@@ -51,10 +51,10 @@ void ImportStep(const Run& run, const InputFile& input, PlannedImage& object, bo
     T_ImgInf& inf = run.pair.Input();
     const PictureFacts& facts = input.Facts();
     object.BeginTransfer();
-    const DWORD nCode = run.options.bPlan ? PlanImport(object, inf, bReversed)
-                                          : ImportImg(&object, &inf, bReversed ? 1 : 0, nullptr);
+    const DWORD nCode = run.settings.bPlan ? PlanImport(object, inf, bReversed)
+                                           : ImportImg(&object, &inf, bReversed ? 1 : 0, nullptr);
     run.lib.CheckImport(nCode, input.Path(), object.m_ImgInfo.nBufSize);
-    if (run.options.eAccess != Access::Memory)
+    if (run.settings.eAccess != Access::Memory)
         input.CheckWhole();
     run.report.History().Count({.nRead = LineBytes(facts.eFormat, inf.nWidth) * inf.nHeight,
                                 .nSpilled = object.NotedPlan(ImageRole::Output).nTemporary});
@@ -127,12 +127,12 @@ void WorkStep(const Run& run, const Job& job, PlannedImage& src, PlannedImage& d
     run.report.History().NoteCharges({src.m_nAreaSize, dst.m_nAreaSize});
     run.report.History().Count({.nSpilled = plan.images[1].nTemporary});
 
-    if (!run.options.bPlan) {
+    if (!run.settings.bPlan) {
         StepWatch watch(run, job, src, dst);
         run.report.ExpectBands(bands.Count(), FileBytes(job.eTo, job.size));
         watch.CheckSource(src.SetFrameColor(job.frame.nMode, static_cast<int>(job.frame.nColor)));
         FillFrom(run, src, dst, *job.pWork, bands, watch);
-        if (!run.options.szDump.empty())
+        if (!run.settings.szDump.empty())
             DumpObjects(run, src, dst);
     }
     src.Destroy();
@@ -147,7 +147,7 @@ void ExportStep(const Run& run, PlannedImage& object, Format eTo, bool bReversed
     run.report.BeginStep("export", kIpWrite);
     T_ImgInf& inf = run.pair.Output();
     object.BeginTransfer();
-    if (run.options.bPlan) {
+    if (run.settings.bPlan) {
         run.lib.CheckStep(PlanExport(object, inf), "export", 0);
     } else {
         const std::int64_t nBytes = FileBytes(eTo, {inf.nWidth, inf.nHeight});
@@ -163,11 +163,11 @@ void ExportStep(const Run& run, PlannedImage& object, Format eTo, bool bReversed
 
 void RunWholeScheme(const Run& run, const InputFile& input, const Job& job)
 {
-    PlannedImage object(run.options.bPlan);
+    PlannedImage object(run.settings.bPlan);
     ImportStep(run, input, object, job.bReversedLines);
     if (!job.pWork)
         return ExportStep(run, object, job.eTo, false, job.bOwnAlpha);
-    PlannedImage result(run.options.bPlan, "result");
+    PlannedImage result(run.settings.bPlan, "result");
     run.lib.CheckStep(
         result.SetGeometry(job.size.nWidth, job.size.nHeight, ObjectFormat(SampleBytes(job.eTo))), job.szName,
         0);
