@@ -6,27 +6,19 @@
 set -euo pipefail
 bits=$1
 shift
-repository=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-wine=$repository/build/wine
+wine=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)/build/wine
 # Without a debugger a crash ends the program; nothing asks to be installed.
 settings=(WINEPREFIX="$wine/prefix$bits" WINEDEBUG="${WINEDEBUG--all}" WINEDLLOVERRIDES="winedbg.exe,mscoree,mshtml=d"
     LOCPATH="$wine/locale" LC_ALL=ja_JP.UTF-8)
 
-if [ "$1" = wineserver ]; then
-    command=("/usr/lib/wine/wineserver$bits" "${@:2}")
-elif [ "$bits" = 64 ]; then
-    command=(/usr/lib/wine/wine64 "$@")
-else
-    command=(/usr/lib/wine/wine "$@")
-fi
-
 if [ "$bits" = 64 ]; then
-    exec env "${settings[@]}" "${command[@]}"
+    programs=/usr/lib/wine loader=wine64
+else
+    programs=$wine/i386/usr/lib/wine loader=wine
+    settings+=(LD_LIBRARY_PATH="$wine/i386/lib/i386-linux-gnu:$wine/i386/usr/lib/i386-linux-gnu")
 fi
-# The 32-bit Wine has a root of its own, which sees the machine's temporary folder and this repository. Its
-# mounts vanish with the process.
-enter='root=$1 repository=$2
-    shift 2
-    see() { mkdir -p "$root$1" && mount --rbind "$1" "$root$1"; }
-    see /proc && see /dev && see /tmp && see "${TMPDIR:-/tmp}" && see "$repository" && exec chroot "$root" env "$@"'
-exec unshare -m sh -c "$enter" sh "$wine/root" "$repository" -C "$PWD" "${settings[@]}" "${command[@]}"
+if [ "$1" = wineserver ]; then
+    loader=wineserver$bits
+    shift
+fi
+exec env "${settings[@]}" "$programs/$loader" "$@"
