@@ -6,6 +6,7 @@ set -euo pipefail
 folder=$(realpath -m "${1:-${TMPDIR:-/tmp}/imgband-demo}")
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/packages.sh
+. scripts/progress.sh
 
 width=12000
 height=12000
@@ -20,10 +21,10 @@ if [ "$free_mib" -lt "$needed_mib" ]; then
     exit 4
 fi
 
-echo "== Build"
+echo "== Build of the tool, which takes a minute or two"
 need_packages "${BUILD_PACKAGES[@]}" netpbm
-cmake --preset release -B build/demo -DMM_BUILD_TESTS=OFF -DMM_BUILD_BENCHMARKS=OFF >/dev/null
-cmake --build build/demo --parallel "$(nproc)" --target imgband -- --quiet
+cmake --preset release -B build/demo -DMM_BUILD_TESTS=OFF -DMM_BUILD_BENCHMARKS=OFF -DMM_JOIN_SOURCES=ON >/dev/null
+build_folder build/demo --target imgband
 imgband=$PWD/build/demo/tools/imgband/imgband
 
 run() { # arguments of imgband: prints its plan, and holds its peak against the budget
@@ -41,11 +42,12 @@ run() { # arguments of imgband: prints its plan, and holds its peak against the 
 }
 
 same() { # title, two files or pipes: every byte compared
+    printf '  %s: ' "$1"
     if ! cmp "$2" "$3"; then
         echo "FAILED: $1" >&2
         exit 1
     fi
-    echo "  same: $1"
+    echo "yes"
 }
 
 # The pixels of a bitmap as netpbm reads them, without a header: from top to bottom, red, green, blue.
