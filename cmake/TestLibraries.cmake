@@ -20,5 +20,4 @@ endif()
 # What every test program links. Optimising them would cost more than it saves; their warnings are ours.
 add_library(mm_tests INTERFACE)
 target_compile_options(mm_tests INTERFACE $<$<CONFIG:Release>:-O1>)
-target_precompile_headers(mm_tests INTERFACE <gmock/gmock.h>)
 target_link_libraries(mm_tests INTERFACE GTest::gmock_main mm_warnings)
