@@ -25,7 +25,7 @@ compile_alone() { # number, compiler: a source for each header
     for standard in c++17 c++20; do
         $2 -std=$standard "${warnings[@]}" -I "$work" -I . "$sources"/*.cpp
     done
-    echo "$(ls "$sources" | wc -l) headers compile alone: $2"
+    echo "$(find "$sources" -type f | wc -l) headers compile alone: $2"
 }
 
 compilers=(g++ "g++ -m32" clang++ i686-w64-mingw32-g++-posix x86_64-w64-mingw32-g++-posix "$vendor")

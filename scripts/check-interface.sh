@@ -111,6 +111,7 @@ changed_header() { # what, header, sed script
 }
 
 library_with() { # names
+    # shellcheck disable=SC2001 # every line is changed
     sed 's/.*/.globl &\n&:/' <<<"$1" | gcc -shared -nostdlib -Wl,-z,noexecstack -x assembler -o "$work/library.so" -
 }
 

@@ -3,5 +3,6 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
+# shellcheck disable=SC2016 # the fence of a code block, no command
 diff -u examples/import_export.cpp <(sed -n '/^```cpp$/,/^```$/{//!p}' README.md)
 echo "README.md shows examples/import_export.cpp"

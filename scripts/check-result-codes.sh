@@ -3,6 +3,7 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
+# shellcheck disable=SC2016 # Markdown's quotes, no commands
 table() {
     printf '# Result codes\n\nMade from `MemoryManager/ResultCodes.h` by `scripts/check-result-codes.sh --write`.\n\n'
     printf '| code | name | meaning |\n|---|---|---|\n'

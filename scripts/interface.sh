@@ -1,6 +1,8 @@
+# shellcheck shell=bash
 # Sourced by the other scripts: compiles the public headers for a target, and describes what they promise there.
 # Windows targets take stand-ins for the system's headers from tests/headers.
 
+# shellcheck disable=SC2034 # used by who sources this
 INTERFACE_TARGETS=(linux-x86-64 linux-i386 windows-x86 windows-x86-64 msvc-x86 msvc-x86-64)
 
 # Everything that includes the umbrella header gets, and the texts that a host may show.

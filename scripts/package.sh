@@ -6,6 +6,7 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/packages.sh
+. scripts/progress.sh
 system=${1:-linux windows}
 builds=$PWD/build/package-builds
 packages=$PWD/build/packages
@@ -35,20 +36,22 @@ collect_documents() { # Debian packages whose code is compiled into the programs
 
 package_linux() {
     need_packages dpkg-dev file
-    local flags linker_flags name=memorymanager-$version-linux-$(uname -m)
+    local flags linker_flags name
+    name=memorymanager-$version-linux-$(uname -m)
     export DEB_BUILD_MAINT_OPTIONS=hardening=+all
     flags="$(dpkg-buildflags --get CPPFLAGS) $(dpkg-buildflags --get CXXFLAGS) -g0"
     linker_flags=$(dpkg-buildflags --get LDFLAGS)
     # fmt from its headers: the tool then needs no library that another system has in another version.
     collect_documents libcli11-dev nlohmann-json3-dev libfmt-dev
-    local options=(-DMM_NOTICES="$documents/NOTICES" -DMM_BUILD_TESTS=OFF -DMM_BUILD_BENCHMARKS=OFF -DMM_HEADERS_ONLY=ON -DCMAKE_CXX_FLAGS="$flags"
-        -DCMAKE_SHARED_LINKER_FLAGS="$linker_flags" -DCMAKE_EXE_LINKER_FLAGS="$linker_flags")
+    local options=(-DMM_NOTICES="$documents/NOTICES" -DMM_BUILD_TESTS=OFF -DMM_BUILD_BENCHMARKS=OFF
+        -DMM_HEADERS_ONLY=ON -DMM_JOIN_SOURCES=ON -DCMAKE_CXX_FLAGS="$flags" -DCMAKE_SHARED_LINKER_FLAGS="$linker_flags"
+        -DCMAKE_EXE_LINKER_FLAGS="$linker_flags")
     build_linux() { # prefix: the library's folder below it depends on it, and where the tool looks for the library
         cmake --preset release -B "$builds/shared" "${options[@]}" -DCMAKE_INSTALL_PREFIX="$1" >/dev/null
         cmake --preset release -B "$builds/static" "${options[@]}" -DCMAKE_INSTALL_PREFIX="$1" \
             -DBUILD_SHARED_LIBS=OFF -DMM_BUILD_TOOL=OFF >/dev/null
-        cmake --build "$builds/shared" --parallel "$(nproc)" -- --quiet
-        cmake --build "$builds/static" --parallel "$(nproc)" -- --quiet
+        build_folder "$builds/shared"
+        build_folder "$builds/static"
     }
     local both="$builds/shared;MemoryManager;ALL;/;$builds/static;MemoryManager;ALL;/"
     build_linux /usr
@@ -62,7 +65,7 @@ package_windows() {
     local preset
     for preset in win32 win64; do
         cmake --preset $preset -DMM_NATIVE_TOOL_TESTS= >/dev/null
-        cmake --build --preset $preset --parallel "$(nproc)" --target MemoryManager imgband -- --quiet
+        build_folder build/$preset --target MemoryManager imgband
     done
     collect_documents libcli11-dev nlohmann-json3-dev libfmt-dev mingw-w64-common gcc-mingw-w64-base
     sed "s/@PROJECT_VERSION@/$version/; s/\$/\r/" packaging/windows/README.txt.in >"$documents/README.txt"
@@ -74,7 +77,7 @@ case $system in
 linux | windows | 'linux windows') ;;
 *) echo "Usage: scripts/package.sh [linux|windows]" >&2; exit 2 ;;
 esac
-rm -rf "$packages"/*
+rm -rf "${packages:?}"/*
 for name in $system; do
     "package_$name"
 done

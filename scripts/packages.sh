@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Sourced by the other scripts: installs Debian packages that are missing. Needs root, or sudo, only then.
 
 retry() { # command: up to three times, with pauses
@@ -24,24 +25,12 @@ need_packages() {
         dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
     done
     [ ${#missing[@]} -eq 0 ] && return 0
-    echo "Installing: ${missing[*]}"
+    echo "Installing (a minute or several): ${missing[*]}"
     retry install_packages "${missing[@]}" || { echo "Could not install: ${missing[*]}" >&2; return 1; }
 }
 
-# A small Debian system of its own, of this one's release: complete or not at all. Needs root.
-make_root() { # folder, architecture, further packages separated by commas
-    local folder=$1 release mirror
-    need_packages debootstrap || return
-    release=$(. /etc/os-release && echo "$VERSION_CODENAME")
-    mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' "Codename: $release" | head -1)
-    rm -rf "$folder.unfinished"
-    debootstrap --arch="$2" --variant=minbase ${3:+--include="$3"} "$release" "$folder.unfinished" "$mirror" \
-        >"$folder.log" 2>&1 || { tail -5 "$folder.log" >&2; return 1; }
-    rm -rf "$folder.unfinished"/var/cache/apt/*
-    mv "$folder.unfinished" "$folder"
-}
-
 # What every build of library and tool needs.
+# shellcheck disable=SC2034 # used by who sources this
 BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libfmt-dev)
 
 # Ends the servers that scripts/install-wine.sh left running.
