@@ -241,6 +241,30 @@ files_of_root() { # but what apt and dpkg keep for themselves
 }
 
 packages_work_on_bare_debian() {
+    local deb debs=() names=(libmemorymanager1 libmemorymanager-dev imgband)
+    rm -rf "$root"
+    cp -a build/bare-root "$root"
+    files_of_root >"$work/before"
+    for deb in "$packages"/*.deb; do
+        cp "$deb" "$root/tmp"
+        debs+=("/tmp/${deb##*/}")
+    done
+    quietly in_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${debs[@]}"
+    in_root sh -euc 'cd /tmp
+        ldconfig -p | grep -q libMemoryManager.so.1
+        imgband make photo.bmp --size 3000x2000
+        imgband convert photo.bmp photo.raw --to raw48 --scheme whole --budget 12M --report run.html --report run.json
+        imgband convert photo.raw back.bmp --from raw48 --size 3000x2000 --to bgr24
+        imgband info back.bmp
+        cmp photo.bmp back.bmp
+        grep -q "</html>" run.html
+        grep -q "\"peak_budget_bytes\"" run.json' >"$work/output" 2>&1 ||
+        fail "imgband on a bare Debian: $(cat "$work/output")"
+    quietly in_root dpkg --purge "${names[@]}"
+    files_of_root | diff "$work/before" - || fail "purging the packages leaves or takes files"
+}
+
+bare_debian() {
     local title="packages on a bare Debian"
     if ! chroot / true 2>/dev/null; then
         not_run "$title (this machine grants no chroot)"
