@@ -119,7 +119,8 @@ self_test() {
     changed_header 'two members changed places' MemoryManager/ImageRecord.h \
         '0,/int nWidth;/s/int nWidth;/int nSwap;/; 0,/int nHeight;/s/int nHeight;/int nWidth;/; s/nSwap/nHeight/'
     changed_header 'two virtual slots changed places' MemoryManager/CImageObj.h \
-        's/virtual int GetAreaSize/virtual int Swap/; s/virtual int GetBandHeight/virtual int GetAreaSize/; s/Swap/GetBandHeight/'
+        's/virtual int GetAreaSize/virtual int Swap/; s/virtual int GetBandHeight/virtual int GetAreaSize/
+            s/Swap/GetBandHeight/'
     changed_header 'another value of an enumerator' MemoryManager/ExternalImage.h 's/ACS_MEMORY = 1/ACS_MEMORY = 4/'
     changed_header 'another value of a constant' MemoryManager/CImageCtrl.h 's/MM_SLOT_COUNT = 10/MM_SLOT_COUNT = 11/'
     changed_header 'a function that is gone' MemoryManager/ErrorLogFolder.h '/^MM_API const char\* GetErrLogPath/d'

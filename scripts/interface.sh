@@ -54,7 +54,11 @@ list_probes() { # facts
 # Sizes and offsets out of clang's record layouts, those of the records listed in the facts.
 list_layouts() { # facts
     awk -v facts="$1" '
-        BEGIN { while ((getline line < facts) > 0) if (split(line, part, " ") == 2 && part[1] == "record") ours[part[2]] = 1 }
+        BEGIN {
+            while ((getline line < facts) > 0)
+                if (split(line, part, " ") == 2 && part[1] == "record")
+                    ours[part[2]] = 1
+        }
         /Dumping AST Record Layout/ { title = ""; members = ""; next }
         title == "" { title = $NF; next }
         !(title in ours) { next }

@@ -20,7 +20,10 @@ number() { sed -n "s/^  \"$1\": \([0-9]*\).*/\1/p" job.json; } # of the whole ru
 job() { # arguments of the tool; checks what it took
     local start=$SECONDS key
     echo "imgband $*"
-    "${imgband[@]}" "$@" --budget $budget --temp-dir "$folder/temp" --json >job.json 2>errors.txt || { cat errors.txt; exit 1; }
+    if ! "${imgband[@]}" "$@" --budget $budget --temp-dir "$folder/temp" --json >job.json 2>errors.txt; then
+        cat errors.txt
+        exit 1
+    fi
     for key in peak_budget_bytes peak_private_bytes peak_mapped_bytes; do
         [ "$(number $key)" -le $budget ] || { echo "$key is $(number $key)"; exit 1; }
     done
