@@ -12,7 +12,7 @@ width=12000
 height=12000
 budget_mib=64
 margin_mib=24 # what the process may take beside the budget
-needed_mib=3800 # three pictures, the fourth's provisional file or two temporary files
+needed_mib=2400 # the pictures; bands go straight from file to file, without temporary ones
 
 mkdir -p "$folder"
 free_mib=$(($(df --output=avail -k "$folder" | tail -1) / 1024))
