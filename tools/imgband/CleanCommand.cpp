@@ -3,7 +3,7 @@
 // It makes no use of the library, which would remove its leftovers before they could be told.
 
 #include "Commands.h"
-#include "system/Files.h"
+#include "system/Folders.h"
 #include "system/Leftovers.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 #include "Options.h"
 
 #include "OptionValues.h"
-#include "system/Files.h"
+#include "system/Process.h"
 #include "values/Failure.h"
 
 #include <algorithm>

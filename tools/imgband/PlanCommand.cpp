@@ -4,7 +4,7 @@
 #include "library/Library.h"
 #include "library/PlannedImage.h"
 #include "pictures/Formats.h"
-#include "system/Files.h"
+#include "system/Folders.h"
 #include "values/ProcessIds.h"
 
 #include <deque>

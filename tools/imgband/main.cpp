@@ -4,7 +4,7 @@
 #include "library/LeakCheck.h"
 #include "library/Library.h"
 #include "report/ReportFile.h"
-#include "system/Files.h"
+#include "system/Process.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -3,8 +3,10 @@
 #include "MemoryManager/MemoryManager.h"
 #include "report/LibraryTables.h"
 #include "system/Files.h"
+#include "system/Folders.h"
 #include "system/Leftovers.h"
 #include "system/Paths.h"
+#include "system/Text.h"
 #include "values/Failure.h"
 #include "values/ProcessIds.h"
 

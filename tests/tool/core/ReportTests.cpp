@@ -5,7 +5,8 @@
 #include "report/BoundedSeries.h"
 #include "report/Glossary.h"
 #include "report/RunHistory.h"
-#include "system/Files.h"
+#include "system/Process.h"
+#include "system/Text.h"
 
 #include <cmath>
 #include <fmt/format.h>

@@ -3,8 +3,9 @@
 #include "library/ErrorLog.h"
 
 #include "MemoryManager/MemoryManager.h"
-#include "system/Files.h"
+#include "system/Folders.h"
 #include "system/Paths.h"
+#include "system/Process.h"
 
 #include <cstdlib>
 #include <cstring>

@@ -3,7 +3,7 @@
 #include "library/LeakCheck.h"
 
 #include "library/PlannedImage.h"
-#include "system/Files.h"
+#include "system/Folders.h"
 #include "system/Leftovers.h"
 
 #include <algorithm>

@@ -3,6 +3,8 @@
 #include "library/Library.h"
 
 #include "system/Files.h"
+#include "system/Folders.h"
+#include "system/Interrupts.h"
 #include "system/Paths.h"
 
 #include <fmt/format.h>

@@ -2,7 +2,7 @@
 
 #include "pixels/Workers.h"
 
-#include "system/Files.h"
+#include "system/Process.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -2,7 +2,7 @@
 // The JSON objects that runs print and report.
 
 #include "report/RunPlan.h"
-#include "system/Files.h"
+#include "system/Process.h"
 #include "values/Failure.h"
 
 #include <chrono>

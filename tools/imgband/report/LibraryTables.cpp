@@ -3,8 +3,10 @@
 #include "report/LibraryTables.h"
 
 #include "report/Glossary.h"
-#include "system/Files.h"
+#include "system/Folders.h"
 #include "system/Paths.h"
+#include "system/Process.h"
+#include "system/Text.h"
 
 #include <fmt/format.h>
 #include <fstream>

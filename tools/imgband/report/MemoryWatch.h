@@ -2,7 +2,7 @@
 // The memory that a run takes, watched from beside it.
 
 #include "report/BoundedSeries.h"
-#include "system/Files.h"
+#include "system/Process.h"
 
 #include <chrono>
 #include <mutex>

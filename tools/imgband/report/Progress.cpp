@@ -2,7 +2,7 @@
 
 #include "report/Progress.h"
 
-#include "system/Files.h"
+#include "system/Console.h"
 
 #include <cstdio>
 #include <fmt/format.h>

@@ -4,6 +4,9 @@
 
 #include "report/ReportFile.h"
 #include "report/Seconds.h"
+#include "system/Console.h"
+#include "system/Folders.h"
+#include "system/Interrupts.h"
 
 #include <algorithm>
 #include <cstdio>

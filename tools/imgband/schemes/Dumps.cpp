@@ -4,6 +4,7 @@
 #include "schemes/Dumps.h"
 
 #include "schemes/BandLoop.h"
+#include "system/Folders.h"
 #include "system/Paths.h"
 
 #include <algorithm>

@@ -22,13 +22,14 @@ struct Leftover
     std::int64_t nBytes;
     std::int64_t nAgeSeconds; ///< since it was written last
     bool bRemoved = false;
-    std::string szReason; ///< why it could not be looked at or removed; empty: nothing kept it
+    std::string szReason; ///< why it could not be examined or removed; empty: nothing kept it
 };
 
-/// Looks for leftovers in a folder, in the order of their names, and removes them if so wanted. Regular files
-/// only; links are not followed, and what another user owns or a process holds is left alone and out. (On
+/// Looks for leftovers in a folder and gives them in the order of their names. Only regular files count, and
+/// links are not followed. Files of other users and files that a process holds are left alone and out. (On
 /// Windows a temporary folder is its user's, and owners are not looked at.)
 /// Throws std::system_error when the folder cannot be read.
+/// @param bRemove  remove them too
 std::vector<Leftover> FindLeftovers(const std::string& szFolder, bool bRemove);
 
 /// The temporary files that this process has open.
@@ -38,6 +39,7 @@ struct HeldFiles
     int nNamed = 0; ///< those whose name is still there
 };
 
+/// Counts them; a file that is open several times counts once.
 HeldFiles FindHeldFiles();
 
 } // namespace os

@@ -3,6 +3,9 @@
 
 #include "system/Leftovers.h"
 
+#include "system/Errors.h"
+#include "values/Failure.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <ctime>
@@ -56,9 +59,9 @@ Leftover Describe(const char* pszName, const struct stat& status)
     return {pszName, status.st_size, std::max<std::int64_t>(nAge, 0), false, ""};
 }
 
-Leftover Refused(Leftover leftover, int nError)
+Leftover Refused(Leftover leftover, const std::error_code& error)
 {
-    leftover.szReason = std::generic_category().message(nError);
+    leftover.szReason = ErrorText(error);
     return leftover;
 }
 
@@ -71,18 +74,19 @@ std::optional<Leftover> Examine(int nFolder, const char* pszName, bool bRemove)
     // The name may lead to something else by now: a link is refused, a pipe does not keep the call waiting.
     const Descriptor file(openat(nFolder, pszName, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     if (file.Get() < 0)
-        return errno == ENOENT || errno == ELOOP ? std::nullopt
-                                                 : std::optional(Refused(Describe(pszName, status), errno));
+        return errno == ENOENT || errno == ELOOP
+                   ? std::nullopt
+                   : std::optional(Refused(Describe(pszName, status), LastError()));
     if (fstat(file.Get(), &status) != 0 || !IsOwnFile(status))
         return std::nullopt;
     Leftover leftover = Describe(pszName, status);
     if (flock(file.Get(), LOCK_EX | LOCK_NB) != 0)
-        return errno == EWOULDBLOCK ? std::nullopt : std::optional(Refused(leftover, errno));
+        return errno == EWOULDBLOCK ? std::nullopt : std::optional(Refused(leftover, LastError()));
     // Whoever had the lock before may have removed the name, and somebody else made it anew.
     if (!IsNamed(nFolder, pszName, status))
         return std::nullopt;
     if (bRemove && unlinkat(nFolder, pszName, 0) != 0)
-        return Refused(leftover, errno);
+        return Refused(leftover, LastError());
     leftover.bRemoved = bRemove;
     return leftover;
 }
@@ -99,7 +103,7 @@ std::vector<Leftover> FindLeftovers(const std::string& szFolder, bool bRemove)
 {
     const Descriptor folder(open(szFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (folder.Get() < 0)
-        throw std::system_error(errno, std::generic_category());
+        ThrowLastError("open");
     std::vector<Leftover> leftovers;
     for (const std::string& szName : TemporaryNames(szFolder))
         if (auto leftover = Examine(folder.Get(), szName.c_str(), bRemove))

@@ -1,6 +1,8 @@
-// What the tool asks about its process and surroundings on POSIX systems.
+// The tool's own process on POSIX systems.
 
-#include "system/Files.h"
+#include "system/Process.h"
+
+#include "system/posix/InterruptsHeld.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -10,7 +12,6 @@
 
 #include <fcntl.h>
 #include <sched.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 namespace os {
@@ -25,46 +26,21 @@ std::int64_t BytesOf(const char* pszStatus, const char* pszField)
 
 } // namespace
 
-std::uintmax_t FileSizeLimit()
+void PrepareProcess()
 {
-    rlimit limit = {};
-    return getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY ? limit.rlim_cur
-                                                                                   : UINTMAX_MAX;
+    int nFile;
+    do
+        nFile = open("/dev/null", O_RDWR);
+    while (nFile >= 0 && nFile <= 2);
+    if (nFile > 2)
+        close(nFile);
+    std::signal(SIGXFSZ, SIG_IGN);
+    std::signal(SIGPIPE, SIG_IGN);
 }
 
-std::optional<std::string> LibraryFolder(const std::string& szFolder)
+std::vector<std::string> Arguments(int nArguments, char** ppArguments)
 {
-    return szFolder;
-}
-
-std::string TemporaryFolder()
-{
-    const char* pszFolder = std::getenv("TMPDIR");
-    return pszFolder && *pszFolder ? pszFolder : "/tmp";
-}
-
-bool SetTemporaryFolder(const std::string& szFolder)
-{
-    return setenv("TMPDIR", szFolder.c_str(), 1) == 0;
-}
-
-std::string RuntimeFolder()
-{
-    const char* pszOwn = std::getenv("XDG_RUNTIME_DIR");
-    for (const char* pszFolder : {pszOwn ? pszOwn : "", "/dev/shm"})
-        if (access(pszFolder, W_OK | X_OK) == 0)
-            return pszFolder;
-    return TemporaryFolder();
-}
-
-void Print(std::FILE* pStream, const std::string& szText)
-{
-    std::fputs(szText.c_str(), pStream);
-}
-
-bool IsTerminal(std::FILE* pStream)
-{
-    return isatty(fileno(pStream)) == 1;
+    return {ppArguments + std::min(nArguments, 1), ppArguments + nArguments};
 }
 
 int ProcessorCount()
@@ -99,6 +75,12 @@ ResidentMemory Resident() noexcept
     const std::int64_t nFiles = BytesOf(szStatus, "RssFile:");
     const std::int64_t nShared = BytesOf(szStatus, "RssShmem:");
     return {nAnonymous, nFiles < 0 || nShared < 0 ? -1 : nFiles + nShared};
+}
+
+std::jthread StartThread(std::function<void(std::stop_token)> fnRun)
+{
+    const InterruptsHeld held; // a thread begins with the mask of its maker
+    return std::jthread(std::move(fnRun));
 }
 
 } // namespace os

@@ -1,8 +1,6 @@
 // Conversion of the library's texts, by iconv.
 
-#include "system/Files.h"
-
-#include "system/Paths.h"
+#include "system/Text.h"
 
 #include <iconv.h>
 
@@ -58,16 +56,6 @@ std::string Convert(std::string szText, const char* pszTo, const char* pszFrom, 
 }
 
 } // namespace
-
-std::string TextOf(const std::filesystem::path& path)
-{
-    return path.string();
-}
-
-bool IsSamePath(const std::filesystem::path& a, const std::filesystem::path& b)
-{
-    return a == b;
-}
 
 std::string Utf8FromCp932(const std::string& szText)
 {

@@ -1,12 +1,12 @@
-// Files and threads on Windows.
+// Files on Windows.
 
 #include "system/Files.h"
 
+#include "system/Errors.h"
 #include "system/Paths.h"
-#include "system/windows/Interrupts.h"
+#include "system/windows/InterruptsHeld.h"
 
 #include <algorithm>
-#include <system_error>
 #include <utility>
 
 namespace os {
@@ -15,29 +15,11 @@ namespace {
 constexpr DWORD kShared = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 constexpr std::size_t kMostAtOnce = 1 << 30; // bytes of one call
 
-[[noreturn]] void ThrowLastError(const char* pszCall)
-{
-    throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), pszCall);
-}
-
 HANDLE Open(const std::filesystem::path& path, DWORD nAccess, DWORD nShare, DWORD nHow, DWORD nFlags)
 {
     const HANDLE hFile = CreateFileW(path.c_str(), nAccess, nShare, nullptr, nHow, nFlags, nullptr);
     return hFile == INVALID_HANDLE_VALUE ? nullptr : hFile;
 }
-
-/// The current folder is the same at the end of the scope.
-class FolderKept
-{
-public:
-    FolderKept() : m_folder(std::filesystem::current_path()) {}
-    ~FolderKept() { SetCurrentDirectoryW(m_folder.c_str()); }
-    FolderKept(const FolderKept&) = delete;
-    FolderKept& operator=(const FolderKept&) = delete;
-
-private:
-    std::filesystem::path m_folder;
-};
 
 } // namespace
 
@@ -62,7 +44,7 @@ File File::CreateProvisional(const std::string& szFolder, std::string& szPath)
     } while (!hFile && GetLastError() == ERROR_FILE_EXISTS);
     if (!hFile)
         ThrowLastError("create");
-    held.SetProvisional(PathOf(szPath));
+    held.SetProvisional(szPath);
     return File(hFile);
 }
 
@@ -132,14 +114,14 @@ void Publish(const std::string& szProvisional, const std::string& szTarget)
     if (!MoveFileExW(PathOf(szProvisional).c_str(), PathOf(szTarget).c_str(),
                      MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
         ThrowLastError("rename");
-    held.SetProvisional({});
+    held.SetProvisional("");
 }
 
 void Discard(const std::string& szProvisional) noexcept
 {
     const InterruptsHeld held;
     DeleteFileW(PathOf(szProvisional).c_str());
-    held.SetProvisional({});
+    held.SetProvisional("");
 }
 
 bool MayWrite(const std::string& szPath)
@@ -164,11 +146,11 @@ std::string RealPath(const std::string& szPath)
     std::wstring szReal(hFile ? GetFinalPathNameByHandleW(hFile, nullptr, 0, 0) : 0, L'\0');
     if (!szReal.empty())
         szReal.resize(GetFinalPathNameByHandleW(hFile, szReal.data(), static_cast<DWORD>(szReal.size()), 0));
-    const DWORD nError = GetLastError();
+    const std::error_code error = LastError();
     if (hFile)
         CloseHandle(hFile);
     if (szReal.empty())
-        throw std::system_error(static_cast<int>(nError), std::system_category(), "find");
+        throw std::system_error(error, "find");
     if (szReal.starts_with(kShare))
         szReal.replace(0, kShare.size(), L"\\\\");
     else if (szReal.starts_with(kLong))
@@ -183,6 +165,11 @@ std::uintmax_t FreeBytes(const std::string& szFolder)
                                                                                           : UINTMAX_MAX;
 }
 
+std::uintmax_t FileSizeLimit()
+{
+    return UINTMAX_MAX;
+}
+
 bool IsFileName(const std::string& szPath)
 {
     const std::filesystem::path path = PathOf(szPath);
@@ -190,20 +177,6 @@ bool IsFileName(const std::string& szPath)
     GetFullPathNameW(path.c_str(), MAX_PATH, szWhole, nullptr);
     return !std::wstring_view(szWhole).starts_with(L"\\\\.\\") &&
            path.filename().native().find_first_of(L"<>:\"|?*") == std::wstring::npos;
-}
-
-void RunInFolder(const std::string& szFolder, const std::function<void()>& fnRun)
-{
-    const InterruptsHeld held;
-    const FolderKept kept;
-    if (!SetCurrentDirectoryW(PathOf(szFolder).c_str()))
-        ThrowLastError("chdir");
-    fnRun();
-}
-
-std::jthread StartThread(std::function<void(std::stop_token)> fnRun)
-{
-    return std::jthread(std::move(fnRun)); // interrupts have a thread of their own
 }
 
 } // namespace os

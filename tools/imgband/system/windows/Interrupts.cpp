@@ -1,19 +1,14 @@
-// The console and its interrupts on Windows.
+// Interrupts on Windows: events of the console.
 
-#include "system/windows/Interrupts.h"
+#include "system/Interrupts.h"
 
-#include "system/Files.h"
+#include "Platform/PlatformTypes.h"
 #include "system/Paths.h"
-#include "system/windows/Text.h"
+#include "system/windows/ConsoleMode.h"
+#include "system/windows/InterruptsHeld.h"
 
-#include <algorithm>
-#include <cstdlib>
 #include <mutex>
-#include <optional>
-
-#include <fcntl.h>
-#include <io.h>
-#include <shellapi.h>
+#include <utility>
 
 namespace os {
 namespace {
@@ -30,43 +25,6 @@ struct Interruption
 
 // It outlives main, for the system's thread may come at any time.
 Interruption& g_interruption = *new Interruption;
-
-/// The console as it was found.
-struct Console
-{
-    HANDLE hScreen = INVALID_HANDLE_VALUE;
-    DWORD nMode = 0;
-};
-Console g_console;
-
-void RestoreConsole()
-{
-    if (g_console.hScreen != INVALID_HANDLE_VALUE)
-        SetConsoleMode(g_console.hScreen, g_console.nMode);
-}
-
-HANDLE HandleOf(std::FILE* pStream)
-{
-    return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(pStream)));
-}
-
-/// The mode of the console that a stream goes to; none for a file or pipe.
-std::optional<DWORD> ConsoleMode(std::FILE* pStream)
-{
-    DWORD nMode = 0;
-    return GetConsoleMode(HandleOf(pStream), &nMode) ? std::optional(nMode) : std::nullopt;
-}
-
-void ReadyConsole()
-{
-    if (!ConsoleMode(stdout) && !ConsoleMode(stderr))
-        return;
-    g_console.hScreen = CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE,
-                                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
-    GetConsoleMode(g_console.hScreen, &g_console.nMode);
-    std::atexit(RestoreConsole);
-    SetConsoleMode(g_console.hScreen, g_console.nMode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
-}
 
 /// Has the provisional file vanish with this process, whatever is still mapped of it.
 void DeleteAtEnd(const std::filesystem::path& path)
@@ -94,8 +52,8 @@ void Finish(int nStatus)
         WaitForSingleObject(process.hProcess, kPatienceMs);
 }
 
-// The mutex stays taken: nothing is published any more. The library's temporary files vanish with the
-// process.
+// The mutex stays locked, so that nothing is published any more. The library's temporary files vanish with
+// the process.
 BOOL WINAPI OnInterrupt(DWORD nEvent)
 {
     g_interruption.mutex.lock();
@@ -119,56 +77,9 @@ InterruptsHeld::~InterruptsHeld()
     g_interruption.mutex.unlock();
 }
 
-void InterruptsHeld::SetProvisional(std::filesystem::path path) const
+void InterruptsHeld::SetProvisional(const std::string& szPath) const
 {
-    g_interruption.provisional = std::move(path);
-}
-
-void PrepareProcess()
-{
-    SetErrorMode(SEM_FAILCRITICALERRORS); // a drive without a medium is an error to report
-    for (std::FILE* pStream : {stdout, stderr})
-        _setmode(_fileno(pStream), _O_BINARY);
-    ReadyConsole();
-}
-
-// The bytes of a character must not reach a console one by one, as an unbuffered stream writes them.
-void Print(std::FILE* pStream, const std::string& szText)
-{
-    constexpr std::size_t kMostAtOnce = 8000; // older systems refuse more than 64 KiB
-    if (!ConsoleMode(pStream)) {
-        std::fwrite(szText.data(), 1, szText.size(), pStream);
-        return;
-    }
-    const std::wstring szWide = WideText(CP_UTF8, szText);
-    for (std::size_t nAt = 0, nChars; nAt < szWide.size(); nAt += nChars) {
-        nChars = std::min(szWide.size() - nAt, kMostAtOnce);
-        if (nAt + nChars < szWide.size() &&
-            IS_HIGH_SURROGATE(szWide[nAt + nChars - 1])) // its other half comes next
-            --nChars;
-        WriteConsoleW(HandleOf(pStream), szWide.data() + nAt, static_cast<DWORD>(nChars), nullptr, nullptr);
-    }
-}
-
-bool IsTerminal(std::FILE* pStream)
-{
-    return ConsoleMode(pStream).value_or(0) & ENABLE_VIRTUAL_TERMINAL_PROCESSING;
-}
-
-std::vector<std::string> Arguments(int, char**)
-{
-    int nArguments = 0;
-    wchar_t** ppArguments = CommandLineToArgvW(GetCommandLineW(), &nArguments);
-    std::vector<std::string> arguments;
-    for (int i = 1; i < nArguments; ++i)
-        arguments.push_back(NarrowText(CP_UTF8, ppArguments[i]));
-    LocalFree(ppArguments);
-    return arguments;
-}
-
-void SettleOutcome()
-{
-    g_interruption.mutex.lock(); // for good
+    g_interruption.provisional = PathOf(szPath);
 }
 
 void RestartOnInterrupt(const std::string& szCommand, const std::vector<std::string>& arguments)
@@ -179,6 +90,11 @@ void RestartOnInterrupt(const std::string& szCommand, const std::vector<std::str
     for (const std::string& szArgument : arguments)
         g_interruption.szArguments += L" \"" + PathOf(szArgument).wstring() + L"\"";
     SetConsoleCtrlHandler(OnInterrupt, TRUE);
+}
+
+void SettleOutcome()
+{
+    g_interruption.mutex.lock(); // for good
 }
 
 } // namespace os

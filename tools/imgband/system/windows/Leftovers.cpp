@@ -4,6 +4,7 @@
 #include "system/Leftovers.h"
 
 #include "Platform/PlatformTypes.h"
+#include "system/Errors.h"
 #include "system/Paths.h"
 #include "values/Failure.h"
 
@@ -32,7 +33,7 @@ Leftover Describe(const std::string& szName, const WIN32_FILE_ATTRIBUTE_DATA& fa
 
 Leftover Refused(Leftover leftover)
 {
-    leftover.szReason = ErrorText({static_cast<int>(GetLastError()), std::system_category()});
+    leftover.szReason = ErrorText(LastError());
     return leftover;
 }
 

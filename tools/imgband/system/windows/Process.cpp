@@ -1,63 +1,39 @@
-// What the tool asks about its process and surroundings on Windows.
+// The tool's own process on Windows.
 
-#include "system/Files.h"
-#include "system/Paths.h"
-#include "system/windows/Text.h"
+#include "system/Process.h"
+
+#include "Platform/PlatformTypes.h"
+#include "system/windows/ConsoleMode.h"
+#include "system/windows/WideText.h"
 
 #include <algorithm>
 #include <bit>
+#include <cstdio>
 
+#include <fcntl.h>
+#include <io.h>
 #include <psapi.h>
+#include <shellapi.h>
 
 namespace os {
-namespace {
 
-/// The same text in bytes of the system's code page; none if they would not mean the same.
-std::optional<std::string> BytesOf(const std::wstring& szWide)
+void PrepareProcess()
 {
-    const std::string szBytes = NarrowText(GetACP(), szWide);
-    return WideText(GetACP(), szBytes) == szWide ? std::optional(szBytes) : std::nullopt;
+    SetErrorMode(SEM_FAILCRITICALERRORS); // a drive without a medium is an error to report
+    for (std::FILE* pStream : {stdout, stderr})
+        _setmode(_fileno(pStream), _O_BINARY);
+    ReadyConsole();
 }
 
-} // namespace
-
-std::uintmax_t FileSizeLimit()
+std::vector<std::string> Arguments(int, char**)
 {
-    return UINTMAX_MAX;
-}
-
-std::optional<std::string> LibraryFolder(const std::string& szFolder)
-{
-    const std::wstring szWide = PathOf(szFolder).wstring();
-    if (const auto szBytes = BytesOf(szWide))
-        return szBytes;
-    wchar_t szShort[MAX_PATH];
-    const DWORD nChars = GetShortPathNameW(szWide.c_str(), szShort, MAX_PATH);
-    return nChars > 0 && nChars < MAX_PATH ? BytesOf(szShort) : std::nullopt;
-}
-
-std::string TemporaryFolder()
-{
-    wchar_t szFolder[MAX_PATH + 2] = {};
-    GetTempPathW(MAX_PATH + 1, szFolder);
-    const std::filesystem::path path = szFolder;
-    return TextOf(path.has_filename() ? path : path.parent_path()); // it ends with a separator
-}
-
-bool SetTemporaryFolder(const std::string& szFolder)
-{
-    const auto szBytes = LibraryFolder(szFolder);
-    return szBytes && SetEnvironmentVariableW(L"TMP", WideText(GetACP(), *szBytes).c_str());
-}
-
-std::string RuntimeFolder()
-{
-    wchar_t szLocal[MAX_PATH] = {};
-    GetEnvironmentVariableW(L"LOCALAPPDATA", szLocal, MAX_PATH);
-    const std::filesystem::path own = std::filesystem::path(szLocal) / "Temp";
-    std::error_code error;
-    const bool bUsable = std::filesystem::is_directory(own, error) && LibraryFolder(TextOf(own));
-    return bUsable ? TextOf(own) : TemporaryFolder();
+    int nArguments = 0;
+    wchar_t** ppArguments = CommandLineToArgvW(GetCommandLineW(), &nArguments);
+    std::vector<std::string> arguments;
+    for (int i = 1; i < nArguments; ++i)
+        arguments.push_back(NarrowText(CP_UTF8, ppArguments[i]));
+    LocalFree(ppArguments);
+    return arguments;
 }
 
 int ProcessorCount()
@@ -92,6 +68,11 @@ ResidentMemory Resident() noexcept
     const auto nPrivate = static_cast<std::int64_t>(std::max(memory.PagefileUsage, memory.PrivateUsage));
     const auto nResident = static_cast<std::int64_t>(memory.WorkingSetSize);
     return {nPrivate, std::max<std::int64_t>(nResident - nPrivate, 0)};
+}
+
+std::jthread StartThread(std::function<void(std::stop_token)> fnRun)
+{
+    return std::jthread(std::move(fnRun)); // interrupts have a thread of their own
 }
 
 } // namespace os

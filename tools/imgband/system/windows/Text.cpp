@@ -1,9 +1,9 @@
 // Conversion of texts on Windows.
 
-#include "system/Files.h"
+#include "system/Text.h"
 
-#include "system/Paths.h"
-#include "system/windows/Text.h"
+#include "Platform/PlatformTypes.h"
+#include "system/windows/WideText.h"
 
 namespace os {
 namespace {
@@ -38,16 +38,6 @@ std::string NarrowText(unsigned nCodePage, std::wstring_view szText)
     szBytes.resize(static_cast<std::size_t>(WideCharToMultiByte(
         nCodePage, nFlags, szText.data(), nChars, szBytes.data(), 4 * nChars, nullptr, nullptr)));
     return szBytes;
-}
-
-std::string TextOf(const std::filesystem::path& path)
-{
-    return NarrowText(CP_UTF8, path.native());
-}
-
-bool IsSamePath(const std::filesystem::path& a, const std::filesystem::path& b)
-{
-    return CompareStringOrdinal(a.c_str(), -1, b.c_str(), -1, TRUE) == CSTR_EQUAL;
 }
 
 // The system itself would replace what is no text by a character of the code page.

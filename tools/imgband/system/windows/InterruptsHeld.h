@@ -1,12 +1,11 @@
 #pragma once
-// Interrupts on Windows: what the tool's own thread and the one that the system starts for a console's event
-// have in common.
+// What the tool's own thread and the one that Windows starts for a console's event have in common.
 
-#include <filesystem>
+#include <string>
 
 namespace os {
 
-/// Interrupts wait for the end of the scope, so that they never see half a change.
+/// Interrupts wait for the end of the scope, so that they never see half a change. Scopes may be nested.
 class InterruptsHeld
 {
 public:
@@ -16,7 +15,7 @@ public:
     InterruptsHeld& operator=(const InterruptsHeld&) = delete;
 
     /// The file that an interrupt removes; an empty path for none.
-    void SetProvisional(std::filesystem::path path) const;
+    void SetProvisional(const std::string& szPath) const;
 };
 
 } // namespace os
