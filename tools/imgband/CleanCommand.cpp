@@ -1,6 +1,6 @@
 // imgband clean: removes what killed runs left in the temporary folder.
 //
-// It makes no use of the library, which would remove its leftovers before they could be told.
+// It does not use the library, which would remove its leftovers before they could be listed.
 
 #include "Commands.h"
 #include "system/Folders.h"

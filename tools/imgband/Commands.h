@@ -1,5 +1,6 @@
 #pragma once
-// The subcommands. Each does its whole job, fills the report, or throws Failure.
+// The subcommands. Each does its whole job and fills the report, or throws Failure. Called once, by the main
+// thread.
 
 #include "Options.h"
 #include "report/Report.h"

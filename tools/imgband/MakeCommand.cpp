@@ -1,6 +1,7 @@
 // imgband make: paints a picture into an image object, band by band, and exports it.
 
 #include "Commands.h"
+#include "pixels/BandLines.h"
 #include "pixels/LineConversion.h"
 #include "pixels/Scene.h"
 #include "schemes/BandLoop.h"
@@ -46,7 +47,7 @@ void PaintStep(const Run& run, PlannedImage& object, const SceneSettings& scene)
     run.report.ExpectBands(bands.Count(), object.m_ImgInfo.nBufSize);
 
     const auto pScene = MakeScene(scene);
-    std::vector<std::uint16_t> line(static_cast<std::size_t>(scene.size.nWidth) * Scene::kSamples);
+    std::vector<std::uint16_t> line(static_cast<std::size_t>(scene.size.nWidth) * kSamples);
     for (int i = 0; i < bands.Count(); ++i) {
         nCode = PaintBand(object, bands.At(i).nFirst, *pScene, line, run.report);
         run.lib.CheckStep(nCode, "painting", object.m_ImgInfo.nBufSize);

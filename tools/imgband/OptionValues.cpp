@@ -83,8 +83,8 @@ std::optional<Format> FormatOf(std::string_view szName)
     return std::nullopt;
 }
 
-/// Cuts a number from 0 on off the end of a text, with the mark in front of it. Leaves both alone where the
-/// mark is missing.
+/// Cuts a number of at least 0 off the end of a text, together with the mark in front of it. Where the mark
+/// is missing, text and number stay as they are. Returns whether what follows the mark is such a number.
 bool CutNumber(std::string_view& szText, char cMark, int& nTarget)
 {
     const std::size_t nMark = szText.find(cMark);
@@ -223,7 +223,7 @@ void AddAmount(CLI::App& app, const char* pszOption, double& fTarget, double fMo
                const auto [pEnd, eError] =
                    std::from_chars(szValue.data(), szValue.data() + szValue.size(), fValue);
                const bool bWhole = eError == std::errc() && pEnd == szValue.data() + szValue.size();
-               if (!bWhole || !(fValue >= 0 && fValue <= fMost)) // which is no number either
+               if (!bWhole || !(fValue >= 0 && fValue <= fMost)) // a NaN is refused too
                    RefuseValue(pszOption, szValue, fmt::format("a number from 0 to {:.0f}", fMost).c_str());
                fTarget = fValue;
            },

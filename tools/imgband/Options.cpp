@@ -50,7 +50,7 @@ void AddPrinting(CLI::App& app, ReportSettings& settings)
         ->excludes(pQuiet);
 }
 
-/// What all commands know that go by a picture file.
+/// The options of every command that handles a picture file.
 void AddCommon(CLI::App& app, Options& options)
 {
     AddBudget(app, options.run.library);
@@ -81,7 +81,7 @@ void AddOutputFormat(CLI::App& app, Options& options)
     AddFormat(app, "--to", options.output.eFormat, "Format of OUT [by its ending: .bmp, .dib or .raw]");
 }
 
-/// What all commands know that make a picture from another one.
+/// The options of every command that makes a picture from another one.
 void AddJob(CLI::App& app, Options& options)
 {
     AddChoice<Scheme>(
@@ -195,7 +195,7 @@ void AddClean(CLI::App& root, Options& options)
     app.callback([&options] { options.eCommand = Command::Clean; });
 }
 
-/// Settles what the words leave open, and refuses those that contradict each other.
+/// Decides what the user left open, and refuses options that contradict each other.
 void Settle(Options& options)
 {
     if (options.input.szPath == "-" || options.output.szPath == "-")
@@ -245,7 +245,7 @@ void ParseCommandLine(const std::vector<std::string>& arguments, Options& option
     AddPlan(app, options);
     AddClean(app, options);
     try {
-        app.parse(std::vector(arguments.rbegin(), arguments.rend())); // it takes them from the end
+        app.parse(std::vector(arguments.rbegin(), arguments.rend())); // the parser takes them from the end
     } catch (const CLI::ParseError& e) {
         if (e.get_exit_code() != 0)
             throw Failure(ExitStatus::WrongCommandLine, "", e.what(), "imgband --help");

@@ -1,4 +1,4 @@
-// imgband plan: a step of any images goes through the library's planner, and none of them is made.
+// imgband plan: a step of any images goes through the library's planner, without making them.
 
 #include "Commands.h"
 #include "library/Library.h"
@@ -12,7 +12,7 @@
 
 namespace {
 
-/// The images that are the same to a step.
+/// The images that have one role in the step, as objects without memory.
 class StepImages
 {
 public:

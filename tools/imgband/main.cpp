@@ -13,34 +13,26 @@
 
 namespace {
 
+struct CommandFacts
+{
+    void (*pRun)(const Options&, Report&);
+    bool bUsesLibrary;
+};
+
+/// In the order of Command.
+constexpr CommandFacts kCommands[] = {{nullptr, false},   {RunMake, true},   {RunInfo, false},
+                                      {RunConvert, true}, {RunFilter, true}, {RunEnlarge, true},
+                                      {RunPlanned, true}, {RunClean, false}};
+
+const CommandFacts& FactsOf(Command eCommand)
+{
+    return kCommands[static_cast<int>(eCommand)];
+}
+
 ExitStatus RunCommand(const Options& options, Report& report)
 {
     try {
-        switch (options.eCommand) {
-        case Command::None:
-            break;
-        case Command::Make:
-            RunMake(options, report);
-            break;
-        case Command::Info:
-            RunInfo(options, report);
-            break;
-        case Command::Convert:
-            RunConvert(options, report);
-            break;
-        case Command::Filter:
-            RunFilter(options, report);
-            break;
-        case Command::Enlarge:
-            RunEnlarge(options, report);
-            break;
-        case Command::Plan:
-            RunPlanned(options, report);
-            break;
-        case Command::Clean:
-            RunClean(options, report);
-            break;
-        }
+        FactsOf(options.eCommand).pRun(options, report);
         report.PrintSuccess();
         return ExitStatus::Done;
     } catch (const Failure& failure) {
@@ -66,11 +58,6 @@ ExitStatus RunReported(const Options& options)
     return eStatus;
 }
 
-bool UsesLibrary(Command eCommand)
-{
-    return eCommand != Command::None && eCommand != Command::Info && eCommand != Command::Clean;
-}
-
 ExitStatus RunProgram(const std::vector<std::string>& arguments)
 {
     Options options;
@@ -85,13 +72,13 @@ ExitStatus RunProgram(const std::vector<std::string>& arguments)
         return ExitStatus::Done;
     const LeakCheck leaks;
     const ExitStatus eStatus = RunReported(options);
-    if (options.report.bVerbose && UsesLibrary(options.eCommand))
+    if (options.report.bVerbose && FactsOf(options.eCommand).bUsesLibrary)
         leaks.Print();
     return eStatus;
 }
 
-/// What is left to do for a run that a signal ended: the arguments are its exit status, log folder and
-/// --json.
+/// Does what is left to do for a run that an interrupt ended. Its exit status, its log folder and perhaps
+/// --json are the arguments behind the command.
 int FinishInterruptedRun(const std::vector<std::string>& arguments)
 {
     const int nStatus = arguments.size() > 1 ? std::atoi(arguments[1].c_str()) : 0;

@@ -5,7 +5,6 @@
 #include "report/BoundedSeries.h"
 #include "report/Glossary.h"
 #include "report/RunHistory.h"
-#include "system/Process.h"
 #include "system/Text.h"
 
 #include <cmath>

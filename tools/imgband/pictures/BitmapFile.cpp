@@ -23,6 +23,11 @@ std::int32_t Signed32(std::span<const unsigned char> head, std::size_t nAt)
     return static_cast<std::int32_t>(Word32(head, nAt));
 }
 
+[[noreturn]] void Refuse(const std::string& szPath, const std::string& szWhat)
+{
+    throw Failure(ExitStatus::BadInput, szPath, szWhat);
+}
+
 void RefuseForeignHeader(const std::string& szPath, std::uint32_t nInfoBytes)
 {
     switch (nInfoBytes) {
@@ -35,29 +40,25 @@ void RefuseForeignHeader(const std::string& szPath, std::uint32_t nInfoBytes)
     case 12:
     case 16:
     case 64:
-        throw Failure(ExitStatus::BadInput, szPath, "OS/2 bitmap headers are not supported");
+        Refuse(szPath, "OS/2 bitmap headers are not supported");
     default:
-        throw Failure(ExitStatus::BadInput, szPath,
-                      fmt::format("unknown bitmap header of {} bytes", nInfoBytes));
+        Refuse(szPath, fmt::format("unknown bitmap header of {} bytes", nInfoBytes));
     }
 }
 
 void RefuseForeignPixels(const std::string& szPath, std::uint32_t nBits, std::uint32_t nCompression)
 {
-    const auto fnRefuse = [&](const std::string& szWhat) {
-        throw Failure(ExitStatus::BadInput, szPath, szWhat);
-    };
     switch (nCompression) {
     case 0:
         break;
     case 1:
     case 2:
-        return fnRefuse("run-length bitmaps are not supported");
+        Refuse(szPath, "run-length bitmaps are not supported");
     case 3:
     case 6:
-        return fnRefuse("bit-field bitmaps are not supported");
+        Refuse(szPath, "bit-field bitmaps are not supported");
     default:
-        return fnRefuse(fmt::format("bitmap compression {} is not supported", nCompression));
+        Refuse(szPath, fmt::format("bitmap compression {} is not supported", nCompression));
     }
     switch (nBits) {
     case 24:
@@ -67,11 +68,11 @@ void RefuseForeignPixels(const std::string& szPath, std::uint32_t nBits, std::ui
     case 2:
     case 4:
     case 8:
-        return fnRefuse(fmt::format("bitmaps with a palette ({} bits a pixel) are not supported", nBits));
+        Refuse(szPath, fmt::format("bitmaps with a palette ({} bits a pixel) are not supported", nBits));
     case 16:
-        return fnRefuse("16-bit bitmaps are not supported");
+        Refuse(szPath, "16-bit bitmaps are not supported");
     default:
-        return fnRefuse(fmt::format("{} bits a pixel are not supported", nBits));
+        Refuse(szPath, fmt::format("{} bits a pixel are not supported", nBits));
     }
 }
 
@@ -85,26 +86,24 @@ bool HasBitmapSignature(std::span<const unsigned char> head)
 PictureFacts ParseBitmapHeader(const std::string& szPath, std::span<const unsigned char> head,
                                std::int64_t nFileBytes)
 {
-    const auto fnRefuse = [&](const std::string& szWhat) -> void {
-        throw Failure(ExitStatus::BadInput, szPath, szWhat);
-    };
     if (head.size() < 18)
-        fnRefuse("the bitmap ends inside its header");
+        Refuse(szPath, "the bitmap ends inside its header");
     const std::uint32_t nInfoBytes = Word32(head, 14);
     RefuseForeignHeader(szPath, nInfoBytes);
     if (head.size() < kHeaderPeek)
-        fnRefuse("the bitmap ends inside its header");
+        Refuse(szPath, "the bitmap ends inside its header");
 
     const std::int64_t nOffset = Word32(head, 10);
     const int nWidth = Signed32(head, 18);
     const int nHeight = Signed32(head, 22);
     RefuseForeignPixels(szPath, Word16(head, 28), Word32(head, 30));
     if (Word16(head, 26) != 1)
-        fnRefuse(fmt::format("the bitmap header names {} planes instead of 1", Word16(head, 26)));
+        Refuse(szPath, fmt::format("the bitmap header names {} planes instead of 1", Word16(head, 26)));
     if (nWidth <= 0 || nHeight == 0 || nHeight == INT32_MIN)
-        fnRefuse(fmt::format("the bitmap header gives an impossible size of {} x {}", nWidth, nHeight));
+        Refuse(szPath, fmt::format("the bitmap header gives an impossible size of {} x {}", nWidth, nHeight));
     if (nOffset < 14 + std::int64_t{nInfoBytes})
-        fnRefuse(fmt::format("the bitmap header puts its lines at byte {}, inside the header", nOffset));
+        Refuse(szPath,
+               fmt::format("the bitmap header puts its lines at byte {}, inside the header", nOffset));
 
     PictureFacts facts{Word16(head, 28) == 24 ? Format::Bgr24 : Format::Bgra32,
                        {nWidth, nHeight < 0 ? -nHeight : nHeight},
@@ -113,8 +112,9 @@ PictureFacts ParseBitmapHeader(const std::string& szPath, std::span<const unsign
                        nFileBytes};
     const std::int64_t nLines = FileBytes(facts.eFormat, facts.size) - kBitmapHeaderBytes;
     if (nOffset > nFileBytes || nLines > nFileBytes - nOffset)
-        fnRefuse(fmt::format("the file has {} bytes, but its header promises {} x {} pixels from byte {} on, "
-                             "which take {} bytes",
-                             nFileBytes, nWidth, facts.size.nHeight, nOffset, nLines));
+        Refuse(szPath,
+               fmt::format("the file has {} bytes, but its header promises {} x {} pixels from byte {} on, "
+                           "which take {} bytes",
+                           nFileBytes, nWidth, facts.size.nHeight, nOffset, nLines));
     return facts;
 }

@@ -10,7 +10,8 @@
 
 namespace {
 
-/// Zero, so that the padding of the output's lines is too; what is not touched takes no memory.
+/// A block of zeros, so that the padding of the output's lines is zero. What is never touched takes no
+/// memory.
 ExternalPair::Block MakeBlock(const std::string& szPath, std::int64_t nBytes)
 {
     ExternalPair::Block pBlock(static_cast<unsigned char*>(std::calloc(static_cast<std::size_t>(nBytes), 1)));

@@ -8,7 +8,8 @@
 #include <cstdlib>
 #include <memory>
 
-/// Object formats on the two sides of a run: what the import makes, and what the export is given.
+/// Formats (MM_FORMAT_...) of the objects on the two sides of a run: what the import makes, and what the
+/// export is given.
 struct ObjectFormats
 {
     int nInput;
@@ -16,7 +17,8 @@ struct ObjectFormats
 };
 
 /// Describes input and output to the library. With memory access it holds both pictures in blocks of its own,
-/// which is memory beside the budget.
+/// which are memory beside the budget. The files must outlive it, and it must outlive the library's use of
+/// the descriptions.
 class ExternalPair
 {
 public:
@@ -26,16 +28,21 @@ public:
     };
     using Block = std::unique_ptr<unsigned char[], FreeBlock>;
 
+    /// Throws Failure when there is no memory for the blocks, or when the input cannot be read into its
+    /// block.
     /// @param pInput   null when nothing is read
     /// @param pOutput  null while a run is only planned: then there are no blocks either
+    /// @param eTo      the output's format
     /// @param size     of the output
     ExternalPair(Access eAccess, const InputFile* pInput, OutputFile* pOutput, Format eTo, ImageSize size,
                  ObjectFormats objects);
 
+    /// The library's descriptions of both, which the library may change; the input's is zero when nothing is
+    /// read.
     T_ImgInf& Input() { return m_inputInf; }
     T_ImgInf& Output() { return m_outputInf; }
 
-    /// Writes the output's block to the file; nothing to do for the other access types.
+    /// Writes the output's block to the file, where there is one. Throws Failure.
     void DeliverOutput();
 
 private:

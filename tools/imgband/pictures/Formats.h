@@ -1,5 +1,5 @@
 #pragma once
-// The picture formats that the tool reads and writes.
+// Names, endings and sizes of the picture formats. Any thread.
 
 #include "values/PictureRequest.h"
 
@@ -12,6 +12,7 @@ inline constexpr std::int64_t kBitmapHeaderBytes = 54;
 
 inline constexpr Format kFormats[] = {Format::Bgr24, Format::Bgra32, Format::Raw48, Format::Raw64};
 
+/// The format's name on the command line and in reports.
 const char* FormatName(Format eFormat);
 
 /// The format of a file name's ending with this many samples a pixel; none for an unknown ending.
@@ -22,18 +23,23 @@ std::optional<Format> FormatFromEnding(const std::string& szPath, int nSamples);
 /// @param nSamples  of a pixel, where only the ending tells
 Format ChooseFormat(const OutputRequest& output, int nSamples);
 
+/// Whether files of this format have a bitmap's header; the others have none.
 bool IsBitmap(Format eFormat);
+
+/// Samples of a pixel: 3 or 4.
 int SampleCount(Format eFormat);
+
+/// Bytes of a sample: 1 or 2.
 int SampleBytes(Format eFormat);
 
-/// The library's code of an image with the samples of this format.
+/// The library's code (MM_FORMAT_...) of an image with the samples of this format.
 int FormatCode(Format eFormat);
 
 /// Bytes of one stored line, padding included.
 std::int64_t LineBytes(Format eFormat, int nWidth);
 
-/// Bytes of a whole file as the tool writes it.
+/// Bytes of a whole file as the tool writes it; INT64_MAX when they are more.
 std::int64_t FileBytes(Format eFormat, ImageSize size);
 
-/// The code of an image object with four samples of one or two bytes.
+/// The library's code of an image object, which has four samples of one or two bytes.
 int ObjectFormat(int nSampleBytes);

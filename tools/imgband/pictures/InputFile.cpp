@@ -17,7 +17,7 @@ namespace {
 
 os::File Open(const std::string& szPath, const RunSettings& settings)
 {
-    // Whole pictures are read through writable views, bands through views for reading.
+    // The library reads whole pictures through writable views, and bands through read-only ones.
     const bool bViews =
         settings.eAccess == Access::Mmap && settings.eScheme == Scheme::Whole && !settings.bPlan;
     try {

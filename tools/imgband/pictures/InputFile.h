@@ -6,27 +6,32 @@
 #include "values/PictureRequest.h"
 #include "values/RunSettings.h"
 
-/// An open input whose header was read and found true. Throws Failure (BadInput, WrongCommandLine).
+/// An open input whose header was read and agrees with the file's size and the request. Its operations throw
+/// Failure (BadInput; the constructor also WrongCommandLine).
 class InputFile
 {
 public:
     InputFile(const InputRequest& request, const RunSettings& settings);
 
     const PictureFacts& Facts() const { return m_facts; }
+
+    /// As the user gave it.
     const std::string& Path() const { return m_szPath; }
+
+    /// For the library, which does not own it.
     HANDLE Handle() const { return m_file.Handle(); }
 
     /// The file's bytes up to the end of the last line.
     std::int64_t PictureEnd() const;
 
-    /// Throws Failure (BadInput) when the file has become too short for its picture. The library takes what
-    /// is missing for zeros.
+    /// Throws when the file has become too short for its picture: the library would take what is missing for
+    /// zeros.
     void CheckWhole() const;
 
-    /// Fills a block with the first nBytes of the file.
+    /// Fills a block with the first nBytes of the file. Throws when the picture is not whole.
     void ReadWhole(unsigned char* pBlock, std::size_t nBytes) const;
 
-    /// Nothing more is read.
+    /// Closes the file early, when nothing more is read.
     void Close() { m_file.Close(); }
 
 private:

@@ -28,7 +28,8 @@ std::string FolderOf(const std::string& szPath)
     return szFolder.empty() ? "." : szFolder;
 }
 
-// Replacing something that is no file would destroy it; a file that is write-protected is meant to stay.
+// The path that the output will have. Replacing what is not a regular file would destroy it, and a
+// write-protected file is meant to stay.
 std::string ResolveTarget(const std::string& szPath)
 {
     if (!os::IsFileName(szPath))

@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <string>
 
-/// A file that appears under its name whole, or not at all: it is written under a provisional name beside
-/// the target, and removed by the destructor or an interrupt unless it was published.
+/// A file that appears under its name whole, or not at all. It is written under a provisional name beside the
+/// target; unless it was published, the destructor or an interrupt removes it. One at a time.
 class OutputFile
 {
 public:
@@ -17,7 +17,10 @@ public:
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
+    /// As the user gave it.
     const std::string& Path() const { return m_szPath; }
+
+    /// For the library, which does not own it.
     HANDLE Handle() const { return m_file.Handle(); }
 
     /// Bytes that a file in its folder can have now: the disk's room, or the process's file-size limit.
@@ -26,9 +29,10 @@ public:
     /// Throws Failure (NoRoom) when nBytes more do not fit.
     void CheckRoom(std::int64_t nBytes) const;
 
+    /// Writes nBytes behind those that were written before. Throws Failure.
     void Append(const unsigned char* pData, std::size_t nBytes);
 
-    /// Flushes the file and gives it its name.
+    /// Flushes the file, closes it, and gives it its name. Throws Failure.
     void Publish();
 
 private:

@@ -8,7 +8,7 @@
 /// Samples of a pixel: blue, green, red and a fourth.
 inline constexpr int kSamples = 4;
 
-/// Pixel x of band line k; both may lie in the band's frame.
+/// Address of pixel x of band line k. Both may lie in the band's frame: from -nFsize on.
 inline unsigned char* PixelAddress(const T_ImageLrg_tag& band, int x, int k)
 {
     return band.pImage + std::ptrdiff_t{k} * band.nLineBytes + std::ptrdiff_t{x} * band.nPixelBytes;

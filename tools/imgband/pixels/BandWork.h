@@ -11,10 +11,13 @@ struct LineRange
     int nLast;
 
     int Count() const { return nLast - nFirst + 1; }
+
+    /// The same lines, counted from the last line of an image of nHeight lines.
+    LineRange Reversed(int nHeight) const { return {nHeight - 1 - nLast, nHeight - 1 - nFirst}; }
 };
 
-/// Makes lines of a destination image from lines of a source image, band by band, with the same result
-/// whatever the bands are. Pixels have four samples of one or two bytes.
+/// Makes lines of a destination image from lines of a source image, band by band. The result does not depend
+/// on how the image is divided into bands. Pixels have four samples of one or two bytes.
 class BandWork
 {
 public:
@@ -26,8 +29,8 @@ public:
     /// Lines of the source image that these lines of the destination are made from, inside the source.
     virtual LineRange SourceLines(LineRange dst) const = 0;
 
-    /// Fills the lines of the destination's band.
-    /// @param src  a band of exactly SourceLines(lines of dst); its frame of nFsize lines and pixels is not
-    ///             painted yet beyond the image's edges, and may be painted here
+    /// Fills the lines of the destination's band, and shares them among the workers.
+    /// @param src  a band of exactly SourceLines(lines of dst). Its frame of nFsize lines and pixels is
+    ///             not painted yet where it lies beyond the image's edges; the work may paint it.
     virtual void Run(const T_ImageLrg_tag& src, const T_ImageLrg_tag& dst, const Workers& workers) const = 0;
 };

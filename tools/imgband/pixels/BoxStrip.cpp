@@ -8,14 +8,15 @@
 
 namespace {
 
-constexpr int kLargestShortRadius = 7; ///< up to which sums of 8-bit samples fit 16 bits
+constexpr int kLargestShortRadius = 7; ///< up to here, sums of 8-bit samples fit 16 bits
 
 constexpr std::uint32_t Area(int nRadius)
 {
     return static_cast<std::uint32_t>((2 * nRadius + 1) * (2 * nRadius + 1));
 }
 
-/// Whether sums of a box, with half its area for rounding, are divided exactly, for all radii up to this one.
+/// Whether every sum of a box, plus half the area for rounding, is divided exactly, for all radii up to
+/// nLastRadius.
 template <class Sample, class Sum> constexpr bool DividesExactly(int nLastRadius)
 {
     for (int nRadius = 1; nRadius <= nLastRadius; ++nRadius) {
@@ -43,10 +44,13 @@ void SlideDown(const Sample* pLeft, const Sample* pNew, Column* pColumns, int nC
         pColumns[i] = static_cast<Column>(pColumns[i] + pNew[i] - pLeft[i]);
 }
 
-/// Turns spans, sums of nSpan / 2 columns from each on, into those of nSpan columns, and so on, and takes
-/// into each sum the spans that the binary digits of nSide name, one behind the other.
+/// Doubles the spans: pSpans holds sums of nSpan / 2 neighbouring columns, and then sums of nSpan columns,
+/// and so on. Each of pSums takes in the spans whose lengths are the binary digits of nSide, one behind the
+/// other.
 ///
-/// The distance is a constant of the compiler's, who so knows that the loop over one array can be a vector's.
+/// The distance between two spans is a template argument, so that the compiler can make vector code of the
+/// loop over one array.
+/// @param nTaken  columns that the sums have taken in already
 template <int nSpan, class Sum> void AddSpans(Sum* pSpans, Sum* pSums, int nSums, int nSide, int nTaken)
 {
     const int nSpans = nSums + (nSide - nSpan) * kSamples;
@@ -63,7 +67,7 @@ template <int nSpan, class Sum> void AddSpans(Sum* pSpans, Sum* pSums, int nSums
     }
 }
 
-/// Sums of nSide columns each; nSide is odd, so each begins with a single column.
+/// Sums of nSide columns each. Because nSide is odd, each begins with a single column.
 template <class Column, class Sum> void AddAcross(const Column* pColumns, Sum* pSums, int nSums, int nSide)
 {
     Sum spans[kMostColumns];

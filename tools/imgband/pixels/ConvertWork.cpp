@@ -11,7 +11,7 @@ ConvertWork::ConvertWork(LineFunction pConvert, int nHeight, bool bReversed)
 
 LineRange ConvertWork::SourceLines(LineRange dst) const
 {
-    return m_bReversed ? LineRange{m_nHeight - 1 - dst.nLast, m_nHeight - 1 - dst.nFirst} : dst;
+    return m_bReversed ? dst.Reversed(m_nHeight) : dst;
 }
 
 void ConvertWork::Run(const T_ImageLrg_tag& src, const T_ImageLrg_tag& dst, const Workers& workers) const

@@ -8,7 +8,7 @@
 class ConvertWork final : public BandWork
 {
 public:
-    /// @param pConvert   what becomes of a line; it may reverse the line's pixels
+    /// @param pConvert   converts one line; it may reverse the line's pixels
     /// @param nHeight    of both images
     /// @param bReversed  the source's last line becomes the destination's first
     ConvertWork(LineFunction pConvert, int nHeight, bool bReversed);

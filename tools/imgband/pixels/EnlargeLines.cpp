@@ -1,8 +1,9 @@
 // The line functions of enlargement.
 //
-// Linear interpolation counts in units of half an enlarged pixel: neighbouring centres are 2 factor apart, so
-// a value between two lines is 2 factor times too large, and one between two of their pixels (2 factor)^2
-// times. From one enlarged pixel to the next, two units on, it changes by the same number.
+// Linear interpolation counts in units of half an enlarged pixel. Neighbouring centres are 2 factor units
+// apart, so weights that are numbers of units make a value between two lines 2 factor times too large, and a
+// value between two pixels of them (2 factor)^2 times. From one enlarged pixel to the next, which is two
+// units, the value changes by a constant.
 
 #include "pixels/EnlargeLines.h"
 
@@ -17,7 +18,7 @@ namespace {
 
 constexpr int kBlockPixels = 256; ///< pixels whose values between the lines are held at a time
 
-/// Division of sums beyond 32 bits.
+/// Plain division, for sums beyond 32 bits.
 struct Quotient
 {
     std::uint64_t nDivisor;
@@ -25,27 +26,27 @@ struct Quotient
     std::uint64_t Divide(std::uint64_t nNumber) const { return nNumber / nDivisor; }
 };
 
-/// Values between the lines of the pixels nFirst to nFirst + nCount - 1; those beyond the edges take the
-/// edge's.
+/// Values between the two lines for the pixels nFirst to nFirst + nCount - 1. Pixels beyond the edges take
+/// the edge's value.
 template <class Sample, class Sum>
 void BlendLines(const LinePair<Sample>& lines, int nFirst, int nCount, int nPixels, int nFactor, Sum* pBlend)
 {
     const Sum nLower = static_cast<Sum>(lines.nFromUpper);
     const Sum nUpper = static_cast<Sum>(2 * nFactor) - nLower;
-    const auto blend = [&](std::ptrdiff_t nFrom, std::ptrdiff_t nTo) {
+    const auto fnBlend = [&](std::ptrdiff_t nFrom, std::ptrdiff_t nTo) {
         const std::ptrdiff_t nOffset = std::ptrdiff_t{nFirst} * kSamples;
         for (std::ptrdiff_t i = nFrom * kSamples; i < nTo * kSamples; ++i)
             pBlend[i - nOffset] = nUpper * lines.pUpper[i] + nLower * lines.pLower[i];
     };
-    blend(std::max(nFirst, 0), std::min(nFirst + nCount, nPixels));
+    fnBlend(std::max(nFirst, 0), std::min(nFirst + nCount, nPixels));
     if (nFirst < 0)
         std::copy_n(pBlend + kSamples, kSamples, pBlend);
     if (nFirst + nCount > nPixels)
         std::copy_n(pBlend + (nCount - 2) * kSamples, kSamples, pBlend + (nCount - 1) * kSamples);
 }
 
-/// The enlarged pixels nFrom to nTo - 1 of the nFactor ones between two centres; gives the address behind
-/// them. Sums wrap where the values fall, and come out right.
+/// Writes the enlarged pixels nFrom to nTo - 1 of the nFactor pixels between two centres, and returns the
+/// address behind them. Where values fall, the steps are negative: unsigned sums wrap and come out right.
 template <class Sample, class Sum, class Divider>
 Sample* WriteBetween(const Sum* pBlend, int nFrom, int nTo, int nFactor, Divider divider, Sample* pDst)
 {
@@ -66,7 +67,8 @@ Sample* WriteBetween(const Sum* pBlend, int nFrom, int nTo, int nFactor, Divider
     return pDst;
 }
 
-/// Pair i lies between the centres of the pixels i and i + 1; the first and the last reach over the edges.
+/// Interpolates the line pair by pair: pair i lies between the centres of the pixels i and i + 1. The first
+/// and the last pair reach over the edges.
 template <class Sum, class Sample, class Divider>
 void InterpolateWith(Divider divider, const LinePair<Sample>& lines, Sample* pDst, int nPixels, int nFactor)
 {

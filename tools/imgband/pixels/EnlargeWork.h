@@ -5,7 +5,7 @@
 #include "values/EnlargeSettings.h"
 #include "values/Picture.h"
 
-/// Makes an image factor times as wide and as high; all four samples alike.
+/// Makes an image factor times as wide and as high. All four samples are treated alike.
 class EnlargeWork final : public BandWork
 {
 public:
@@ -20,7 +20,8 @@ private:
     template <class Sample>
     void RunLines(const T_ImageLrg_tag& src, const T_ImageLrg_tag& dst, int nFirst, int nEnd) const;
 
-    /// A source line, counted from where the destination begins, as a line of the source's band.
+    /// The line of the source's band that holds a source line, which is counted from the end of the source
+    /// that the destination begins with.
     int BandLine(const T_ImageLrg_tag& src, int nLine) const;
 
     EnlargeSettings m_settings;

@@ -2,7 +2,7 @@
 // The filters on one strip of a band: a part of its width, so that what is carried from line to line stays in
 // the processor's nearest cache and on the stack.
 //
-// What comes out of a pixel does not depend on the strip that it lies in.
+// What becomes of a pixel does not depend on the strip that it lies in.
 
 #include "pixels/BandLines.h"
 #include "values/FilterSettings.h"
@@ -18,11 +18,11 @@
 /// Most pixels of a strip's lines.
 inline constexpr int kStripPixels = 256;
 
-/// Most sums that one line of a strip needs: over the columns, and of the columns around its pixels.
+/// Most columns that the sums of a strip's line are made from, and most sums of such a line.
 inline constexpr int kMostColumns = (kStripPixels + 2 * kLargestRadius) * kSamples;
 inline constexpr int kMostSums = kStripPixels * kSamples;
 
-/// Pixels have four samples, 8-bit or 16-bit ones.
+/// A strip of the source, and where its filtered pixels go. Pixels have four samples of 8 or 16 bits.
 template <class Sample> struct FilterStrip
 {
     const Sample* pSrc;      ///< first pixel; radius lines and pixels around the strip can be read
@@ -33,19 +33,20 @@ template <class Sample> struct FilterStrip
     int nLines;
 };
 
-/// Mean of the (2 nRadius + 1)^2 pixels around each, in integers, rounded to nearest.
+/// Every pixel becomes the mean of the (2 nRadius + 1)^2 pixels around it, in integers, rounded to nearest.
 template <class Sample> void BoxStrip(const FilterStrip<Sample>& strip, int nRadius);
 
-/// Weighted mean v of the pixels around each, first over the column and then over the line, not rounded in
-/// between; then floor(c + nAmount * (c - v) + 0.5) with the pixel's own value c for sharpening, and
-/// floor(v + 0.5) without; clamped to the samples' range.
+/// Every pixel becomes floor(v + 0.5), clamped to the samples' range, where v is the weighted mean of the
+/// pixels around it: first over the column and then over the line, not rounded in between.
 ///
-/// @param pWeights  of the distances 0 to nRadius; a sum begins with the centre and goes on with one product
-///                  for the two values of each distance, so that mirrored lines give mirrored results
+/// @param pWeights  of the distances 0 to nRadius. A sum begins with the centre and goes on with one
+///                  product for the two values of each distance, so that mirrored lines give mirrored results
 template <class Sample>
 void GaussStrip(const FilterStrip<Sample>& strip, const double* pWeights, int nRadius);
+
+/// The same with floor(c + fAmount * (c - v) + 0.5), where c is the pixel's own value.
 template <class Sample>
-void SharpenStrip(const FilterStrip<Sample>& strip, const double* pWeights, int nRadius, double nAmount);
+void SharpenStrip(const FilterStrip<Sample>& strip, const double* pWeights, int nRadius, double fAmount);
 
 /// Takes the fourth sample of every pixel of a line from the source.
 template <class Sample> void CarryFourthSample(const Sample* pSrc, Sample* pDst, int nPixels)

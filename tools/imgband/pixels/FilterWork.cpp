@@ -14,15 +14,15 @@ namespace {
 /// Weights of the distances 0 to nRadius; all 2 nRadius + 1 of a line add up to 1.
 std::vector<double> GaussWeights(int nRadius)
 {
-    const double nSigma = nRadius / 2.0;
+    const double fSigma = nRadius / 2.0;
     std::vector<double> weights;
-    double nTotal = 0;
+    double fTotal = 0;
     for (int d = 0; d <= nRadius; ++d) {
-        weights.push_back(std::exp(-(d * d) / (2 * nSigma * nSigma)));
-        nTotal += d == 0 ? weights[0] : 2 * weights.back();
+        weights.push_back(std::exp(-(d * d) / (2 * fSigma * fSigma)));
+        fTotal += d == 0 ? weights[0] : 2 * weights.back();
     }
-    for (double& nWeight : weights)
-        nWeight /= nTotal;
+    for (double& fWeight : weights)
+        fWeight /= fTotal;
     return weights;
 }
 

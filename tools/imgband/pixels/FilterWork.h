@@ -6,8 +6,8 @@
 
 #include <vector>
 
-/// Filters the first three samples of every pixel and carries the fourth. The source band has a frame of the
-/// radius, which Run paints where it lies beyond the image's edges.
+/// Filters the first three samples of every pixel and carries the fourth. The source band has a frame as wide
+/// as the radius; Run paints it where it lies beyond the image's edges.
 class FilterWork final : public BandWork
 {
 public:

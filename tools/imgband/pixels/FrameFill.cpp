@@ -14,29 +14,39 @@
 
 namespace {
 
-/// The lines of a band and its frame that the image has.
+/// The lines of a band and its frame that lie inside the image, as band lines.
 LineRange LinesInside(const T_ImageLrg_tag& band)
 {
     return {std::max(-band.nFsize, -band.nBandTop),
             std::min(band.nBandLines + band.nFsize, band.nHeight - band.nBandTop) - 1};
 }
 
-/// The line or pixel, of nCount, that the place nPlace beyond one of their ends takes.
+/// How far inside the edge the pixel lies that a place nDistance beyond the edge takes; 0 is the edge itself.
+int DistanceInside(int nMode, int nDistance)
+{
+    switch (nMode) {
+    case MM_FRAME_MIRROR:
+        return nDistance;
+    case MM_FRAME_MIRROR_EDGE:
+        return nDistance - 1;
+    default:
+        return 0; // MM_FRAME_REPLICATE
+    }
+}
+
+/// Which of nCount lines or pixels a place beyond one of their ends takes.
 int MirroredPlace(int nMode, int nPlace, int nCount)
 {
     const int nDistance = nPlace < 0 ? -nPlace : nPlace - (nCount - 1);
-    const int nWanted = nMode == MM_FRAME_MIRROR        ? nDistance
-                        : nMode == MM_FRAME_MIRROR_EDGE ? nDistance - 1
-                                                        : 0;
-    const int nInside = std::min(nWanted, nCount - 1);
+    const int nInside = std::min(DistanceInside(nMode, nDistance), nCount - 1);
     return nPlace < 0 ? nInside : nCount - 1 - nInside;
 }
 
-/// A pixel of the colour, as wide as it may be; its fourth sample is 0.
+/// A pixel of the colour, with room for the widest samples. The fourth sample is 0.
 std::array<unsigned char, 8> ColorPixel(std::uint32_t nColor, int nSampleBytes)
 {
     std::array<unsigned char, 8> pixel = {};
-    for (int i = 0; i < 3 * nSampleBytes; ++i) // times 257: both bytes of a wide sample are the same
+    for (int i = 0; i < 3 * nSampleBytes; ++i) // both bytes of a wide sample are the same: times 257
         pixel[static_cast<std::size_t>(i)] = static_cast<unsigned char>(nColor >> (8 * (i / nSampleBytes)));
     return pixel;
 }
@@ -57,7 +67,8 @@ public:
         }
     }
 
-    /// A whole line, sides included, from a line inside the image whose sides are painted.
+    /// Paints a whole line beyond the image, sides included, from a line inside whose sides are painted
+    /// already.
     void PaintLine(int k) const
     {
         const int nFrame = m_band.nFsize;

@@ -1,6 +1,6 @@
 // The Gaussian filter and sharpening: sums of doubles in one order, rounded once.
 //
-// Products and sums are not contracted, which the build forbids, so that every compiler gives the same bytes.
+// The build forbids contracting products and sums, so that every compiler gives the same bytes.
 
 #include "pixels/FilterStrips.h"
 
@@ -15,43 +15,45 @@ struct Weights
     int nRadius;
 };
 
-/// The values of a line and of those at equal distances above and below; two samples add up exactly.
+/// Weighted sums of each column: of a line and those up to nRadius lines above and below it. The two samples
+/// of one distance add up exactly.
 template <class Sample>
 void WeighColumns(const Sample* pLine, std::ptrdiff_t nStep, Weights weights, double* pColumns, int nColumns)
 {
     for (int i = 0; i < nColumns; ++i)
         pColumns[i] = weights.pWeights[0] * pLine[i];
     for (int d = 1; d <= weights.nRadius; ++d) {
-        const double nWeight = weights.pWeights[d];
+        const double fWeight = weights.pWeights[d];
         const Sample* pAbove = pLine - d * nStep;
         const Sample* pBelow = pLine + d * nStep;
         for (int i = 0; i < nColumns; ++i)
-            pColumns[i] += nWeight * (pAbove[i] + pBelow[i]);
+            pColumns[i] += fWeight * (pAbove[i] + pBelow[i]);
     }
 }
 
-/// The same over neighbouring columns; the first sum's centre is nRadius pixels behind pColumns.
+/// Weighted sums of neighbouring columns; the centre of the first one is nRadius pixels behind pColumns.
 void WeighAcross(const double* pColumns, Weights weights, double* pSums, int nSums)
 {
     const double* pCentre = pColumns + weights.nRadius * kSamples;
     for (int i = 0; i < nSums; ++i)
         pSums[i] = weights.pWeights[0] * pCentre[i];
     for (int d = 1; d <= weights.nRadius; ++d) {
-        const double nWeight = weights.pWeights[d];
+        const double fWeight = weights.pWeights[d];
         const double* pLeft = pCentre - d * kSamples;
         const double* pRight = pCentre + d * kSamples;
         for (int i = 0; i < nSums; ++i)
-            pSums[i] += nWeight * (pLeft[i] + pRight[i]);
+            pSums[i] += fWeight * (pLeft[i] + pRight[i]);
     }
 }
 
-/// floor(nValue + 0.5) within the samples' range. Truncation is floor for what is not below 0.
-template <class Sample> Sample Rounded(double nValue)
+/// floor(fValue + 0.5) clamped to the samples' range. The value is at least 0 when it is truncated, so that
+/// this is its floor.
+template <class Sample> Sample Rounded(double fValue)
 {
     constexpr double kMost = std::numeric_limits<Sample>::max();
-    const double nNotBelow = nValue > 0 ? nValue : 0;
-    const double nInside = nNotBelow < kMost ? nNotBelow : kMost;
-    return static_cast<Sample>(static_cast<int>(nInside + 0.5));
+    const double fNotBelow = fValue > 0 ? fValue : 0;
+    const double fInside = fNotBelow < kMost ? fNotBelow : kMost;
+    return static_cast<Sample>(static_cast<int>(fInside + 0.5));
 }
 
 /// Calls fnFinish(centre, sums, destination, samples) for every line.
@@ -83,12 +85,12 @@ template <class Sample> void GaussStrip(const FilterStrip<Sample>& strip, const 
 }
 
 template <class Sample>
-void SharpenStrip(const FilterStrip<Sample>& strip, const double* pWeights, int nRadius, double nAmount)
+void SharpenStrip(const FilterStrip<Sample>& strip, const double* pWeights, int nRadius, double fAmount)
 {
     Gauss(strip, {pWeights, nRadius},
-          [nAmount](const Sample* pSrc, const double* pSums, Sample* pDst, int nSums) {
+          [fAmount](const Sample* pSrc, const double* pSums, Sample* pDst, int nSums) {
               for (int i = 0; i < nSums; ++i)
-                  pDst[i] = Rounded<Sample>(pSrc[i] + nAmount * (pSrc[i] - pSums[i]));
+                  pDst[i] = Rounded<Sample>(pSrc[i] + fAmount * (pSrc[i] - pSums[i]));
           });
 }
 

@@ -1,4 +1,4 @@
-// The line functions: one loop, the change of one sample as its parameter.
+// The line functions: one loop, with the change of one sample as its parameter.
 
 #include "pixels/LineConversion.h"
 

@@ -1,5 +1,5 @@
 #pragma once
-// Exact division of many numbers by the same one, without a division.
+// Exact division of many numbers by the same divisor, without a division instruction.
 
 #include <bit>
 #include <cstdint>
@@ -30,6 +30,7 @@ public:
                (m_nError == 0 || nLargest <= (Power() - 1) / m_nError);
     }
 
+    /// The whole part of nNumber / nDivisor, where IsExact says so.
     constexpr Number Divide(Number nNumber) const
     {
         const Number nHigh = static_cast<Number>((Wide{nNumber} * m_nFactor) >> kBits);
@@ -42,7 +43,7 @@ private:
 
     constexpr std::uint64_t Power() const { return std::uint64_t{1} << (kBits + m_nShift); }
 
-    int m_nShift; ///< masked for the compiler, who then keeps vectors of numbers as narrow as they are
+    int m_nShift; ///< masked, so that the compiler knows its range and need not widen vectors of numbers
     Number m_nFactor;
     std::uint64_t m_nError; ///< e: factor * divisor - 2^(kBits + shift)
 };

@@ -1,7 +1,9 @@
 // Noise, gradient, and a landscape made of noise: sky with sun and clouds above two ranges of hills and a
-// meadow. Basic arithmetic only, so that every machine paints the same picture.
+// meadow. It uses basic arithmetic only, so that every machine paints the same picture.
 
 #include "pixels/Scene.h"
+
+#include "pixels/BandLines.h"
 
 #include <algorithm>
 #include <array>
@@ -47,7 +49,7 @@ float Blend(float a, float b, float t)
     return a + (b - a) * t;
 }
 
-/// Smooth random values, fixed on a grid of cells and blended between its points.
+/// Random values at the corners of a grid of cells, blended smoothly in between.
 class ValueNoise
 {
 public:
@@ -91,7 +93,7 @@ private:
     std::vector<float> m_weights;
 };
 
-/// Octaves of noise, each of half the cells and half the strength; together 0 to 1.
+/// Octaves of noise, each with cells of half the size and half the strength. Their sum is 0 to 1.
 class FractalNoise
 {
 public:
@@ -167,11 +169,11 @@ public:
     }
 
 private:
-    // The meadow's edge lies between these parts of the height.
+    // The meadow's edge lies between these fractions of the height.
     static constexpr float kHighestMeadow = 0.69f;
     static constexpr float kLowestForest = 0.83f;
 
-    /// Line numbers of a ridge over every pixel of a line; heights are parts of the picture's.
+    /// The line of the ridge above every pixel of a line. Heights are fractions of the picture's.
     std::vector<float> Ridge(std::uint64_t nSeed, float fHeight, float fRelief) const
     {
         std::vector<float> ridge(static_cast<std::size_t>(m_size.nWidth));
@@ -196,7 +198,7 @@ private:
         return Blend(clouded, {0.80f, 0.97f, 1.0f}, std::min(1.0f, fGlow));
     }
 
-    /// Grain as of a sensor, and an opaque fourth sample.
+    /// Writes a pixel with the grain of a sensor and an opaque fourth sample.
     static void Put(std::uint16_t* pPixel, const Color& color, float fGrain)
     {
         const float f = fGrain * 0.03f;

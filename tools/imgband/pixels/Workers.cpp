@@ -16,13 +16,13 @@ void Workers::ForLines(int nLines, const std::function<void(int nFirst, int nEnd
 {
     const int nShares = std::min(m_nThreads, nLines);
     const auto fnShare = [&](int i) {
-        const auto nStart = [&](int n) { return static_cast<int>(std::int64_t{nLines} * n / nShares); };
-        fnLines(nStart(i), nStart(i + 1));
+        const auto fnStart = [&](int n) { return static_cast<int>(std::int64_t{nLines} * n / nShares); };
+        fnLines(fnStart(i), fnStart(i + 1));
     };
 
     std::vector<std::jthread> threads;
     threads.reserve(static_cast<std::size_t>(std::max(nShares, 0)));
-    int nStarted = 1; // share 0 is the caller's own
+    int nStarted = 1; // the caller keeps share 0
     try {
         for (; nStarted < nShares; ++nStarted)
             threads.push_back(os::StartThread([&fnShare, i = nStarted](std::stop_token) { fnShare(i); }));

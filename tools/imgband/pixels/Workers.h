@@ -3,8 +3,8 @@
 
 #include <functional>
 
-/// Objects of the library belong to one thread; the pixels of a band that it has mapped may be worked on by
-/// many.
+/// Objects of the library belong to one thread, but many threads may work on the pixels of a band that it has
+/// mapped. A call starts its threads and ends them.
 class Workers
 {
 public:

@@ -17,7 +17,7 @@ enum class ExitStatus : int
     NoRoom = 4,   ///< no room or no permission for output or temporary files
 };
 
-/// Bytes wanted in a place, and bytes there.
+/// Bytes that a file needs in a place, and bytes that are free there.
 struct Room
 {
     std::uintmax_t nWanted;
@@ -52,8 +52,10 @@ struct Failure : std::exception
     std::optional<LibraryResult> libraryResult;
 };
 
-/// An error in the words of its portable meaning where it has one, so that they are the same everywhere.
+/// The text of an error: that of its portable meaning where it has one, so that it is the same on every
+/// system.
 std::string ErrorText(const std::error_code& error);
 
-/// A system error on an output or temporary file: NoRoom for missing room and permission, else JobFailed.
+/// The status of a run that fails by a system error on an output or temporary file: NoRoom for missing room
+/// and permission, else JobFailed.
 ExitStatus StatusOfWriteError(const std::error_code& error);

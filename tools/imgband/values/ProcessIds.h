@@ -1,7 +1,8 @@
 #pragma once
 // The process identifiers of the tool's steps, as the library's reports name them.
 
-/// Function, category and processing step together; the library names the most specific one that it knows.
+/// Each holds a function, a category and a processing step. The library names the most specific part that it
+/// knows.
 enum ProcessId : int
 {
     kIpRead = 0x00008000,    ///< image reading

@@ -57,14 +57,14 @@ void RestoreConsole()
 // The bytes of a character must not reach a console one by one, as an unbuffered stream writes them.
 void Print(std::FILE* pStream, const std::string& szText)
 {
-    constexpr std::size_t kMostAtOnce = 8000; // older systems refuse more than 64 KiB
+    constexpr std::size_t kMostChars = 8000; // older systems refuse more than 64 KiB
     if (!ConsoleMode(pStream)) {
         std::fwrite(szText.data(), 1, szText.size(), pStream);
         return;
     }
     const std::wstring szWide = WideText(CP_UTF8, szText);
     for (std::size_t nAt = 0, nChars; nAt < szWide.size(); nAt += nChars) {
-        nChars = std::min(szWide.size() - nAt, kMostAtOnce);
+        nChars = std::min(szWide.size() - nAt, kMostChars);
         if (nAt + nChars < szWide.size() &&
             IS_HIGH_SURROGATE(szWide[nAt + nChars - 1])) // its other half comes next
             --nChars;
