@@ -121,11 +121,12 @@ protected:
     /// @return the address of the byte at nPos; null: not mapped
     void* ReadMMF(DWORD nPos, DWORD nBytes, void** ppView);
 
+    /// Whether a store has this slot.
     static bool IsSlot(int nSlot) { return nSlot >= 0 && nSlot < MM_SLOT_COUNT; }
-    bool
-    ReleaseSlot(int nSlot); ///< unmaps the slot's view, if any, and empties the slot; false: not unmapped
-    void UnmapSlots();      ///< releases the views of all slots
-    void CloseMapping();    ///< closes m_hMap, if any
+
+    bool ReleaseSlot(int nSlot); ///< empties the slot; false: its view could not be unmapped
+    void UnmapSlots();           ///< releases the views of all slots
+    void CloseMapping();         ///< closes m_hMap, if any
 
     char m_szFileName[261];         ///< full path of the temporary file
     HANDLE m_hFile;                 ///< temporary file, or the host's; INVALID_HANDLE_VALUE: none

@@ -368,8 +368,8 @@ public:
     static int UseMemoryListImg(tag_MemAlloc* pRequest, CImageObj** ppIn, CImageObj** ppOut,
                                 CImageObj** ppTmp);
 
-    /// Adds nUsed bytes to the sum of the step's images in ms_WorkList, and records its work memory, the free
-    /// budget, and the largest sum of a step so far.
+    /// Adds nUsed bytes to the images' sum of the step nIpNo in ms_WorkList, and records its work memory, the
+    /// free budget, and the largest sum of a step so far.
     static int UseMemoryListMax(LONG nIpNo, LONG nUsed);
 
     /// Records in ms_ThreadList that the calling thread enters (bLeave 0) or leaves a step.
@@ -380,7 +380,7 @@ public:
     /// @param pszName  text of the host's, cut where the entry becomes too long; may be null
     static int MapList(void* pAddress, const char* pszName);
 
-    /// Switches both lists on. One that exists is kept; one for which there is no memory stays off.
+    /// Switches the thread and the mapping list on. One that exists is kept; without memory one stays off.
     static void DbgCImgLogInit();
 
     /// Appends the lists to debugthread.txt and debugmap.txt in "..\logdata\trace\", if that folder exists,

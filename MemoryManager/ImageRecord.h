@@ -27,16 +27,15 @@ enum MM_ALIGN : int
 /// record.
 struct T_ImageLrg_tag
 {
-    unsigned char*
-        pBase;        ///< start of a standalone buffer or of a unit band; not used for objects with a store
-    int nBufSize;     ///< bytes of the buffer: nLineBytes * nAllocHeight, + 32 for types 1 and 2
-    int nLineBytes;   ///< bytes from one buffer line to the next: nPixelBytes * nAllocWidth
-    int nPixelBytes;  ///< bytes per pixel
-    int nSampleBytes; ///< bytes per sample
-    int nAllocWidth;  ///< pixels per buffer line, both side margins and alignment included
-    int nAllocHeight; ///< lines of the buffer: nHeight + 2 * nMarginY
-    int nMarginX;     ///< margin pixels on each side
-    int nMarginY;     ///< margin lines above and below
+    unsigned char* pBase;  ///< start of a standalone buffer or unit band; not used by objects with a store
+    int nBufSize;          ///< bytes of the buffer: nLineBytes * nAllocHeight, + 32 for types 1 and 2
+    int nLineBytes;        ///< bytes from one buffer line to the next: nPixelBytes * nAllocWidth
+    int nPixelBytes;       ///< bytes per pixel
+    int nSampleBytes;      ///< bytes per sample
+    int nAllocWidth;       ///< pixels per buffer line, both side margins and alignment included
+    int nAllocHeight;      ///< lines of the buffer: nHeight + 2 * nMarginY
+    int nMarginX;          ///< margin pixels on each side
+    int nMarginY;          ///< margin lines above and below
     unsigned char* pImage; ///< first image pixel; after a mapping the first pixel of the band
     int nWidth;            ///< image width in pixels, without margins
     int nHeight;           ///< image height in lines, without margins
