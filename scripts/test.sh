@@ -173,6 +173,7 @@ else
     test_windows
     check_interface build/{release,i386}/MemoryManager/libMemoryManager.so build/win{32,64}/bin/MemoryManager.dll
     step "public headers alone, with every compiler" scripts/check-headers.sh
+    step "format, tidiness, shell scripts, spelling, rooms" scripts/check-style.sh --all
     test_packages
 fi
 

@@ -114,7 +114,8 @@ private:
         }
         const T_ImageLrg_tag info = RecordOf(*m_pOut);
         const std::int64_t nCap = std::min<std::int64_t>(CImageObj::ms_nUseMaxBandMemory, m_nFree);
-        int nLines = ClampToBuffer(info.nLineBytes == 0 ? 0.0 : double(nCap / info.nLineBytes), info);
+        const std::int64_t nCapLines = info.nLineBytes == 0 ? 0 : nCap / info.nLineBytes;
+        int nLines = ClampToBuffer(static_cast<double>(nCapLines), info);
         if (m_nWholeHeight != 0) {
             if (m_nInRatio == 0)
                 return MM_RATIO_ZERO;

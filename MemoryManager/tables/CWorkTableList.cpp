@@ -234,6 +234,7 @@ int CWorkTableList::str2hash(const char* pszText)
 {
     std::uint32_t nHash = 0;
     for (; *pszText != '\0'; ++pszText) {
+        // NOLINTNEXTLINE(bugprone-signed-char-misuse): a character counts as a signed one on every target
         const int c = static_cast<signed char>(*pszText);
         nHash = 2 * nHash + static_cast<std::uint32_t>(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c);
     }

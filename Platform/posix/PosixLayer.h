@@ -176,7 +176,7 @@ private:
 template <class T> union Immortal {
     T value;
     Immortal() : value() {}
-    ~Immortal() {}
+    ~Immortal() {} // NOLINT(modernize-use-equals-default): the default would be no destructor at all
 };
 
 struct Mapping

@@ -19,7 +19,7 @@ constexpr LONG kUnitBandCap = 8;
 
 std::string ChooseTemporaryFolder(const LibrarySettings& settings)
 {
-    const std::string szFolder = settings.szTempDir.empty() ? os::TemporaryFolder() : settings.szTempDir;
+    std::string szFolder = settings.szTempDir.empty() ? os::TemporaryFolder() : settings.szTempDir;
     std::error_code error;
     if (!std::filesystem::is_directory(os::PathOf(szFolder), error))
         throw Failure(ExitStatus::NoRoom, szFolder, "there is no such folder for temporary files",
