@@ -18,14 +18,13 @@ void RunConvert(const Options& options, Report& report)
             .szOutput = options.output.szPath,
             .eTo = eTo,
             .size = facts.size,
-            .bReversedLines = (facts.bBottomUp != IsStoredBottomUp(eTo)) != options.convert.bTurn,
-            .bReversedPixels = options.convert.bTurn,
+            .order = LineOrder::Between(facts.bBottomUp, eTo, options.convert.bTurn),
             .bOwnAlpha = options.convert.bKeepAlpha && SampleCount(facts.eFormat) == 4};
-    job.bOneObject = nFrom == nTo && job.bReversedLines == job.bReversedPixels;
-    const bool bLinesPass = nFrom == nTo && !options.convert.bTurn;
-    if (options.run.eScheme == Scheme::Unit ? !job.bOneObject : !bLinesPass)
+    job.bOneObject = nFrom == nTo && job.order.bLines == job.order.bPixels;
+    const LineOrder left = job.LeftToWork(options.run.eScheme);
+    if (nFrom != nTo || left != LineOrder{})
         job.pWork = std::make_unique<ConvertWork>(
-            ChooseLineFunction(nFrom, nTo, options.convert.bFullRange, options.convert.bTurn),
-            facts.size.nHeight, MustReverseLines(options.run.eScheme, job));
+            ChooseLineFunction(nFrom, nTo, options.convert.bFullRange, left.bPixels), facts.size.nHeight,
+            left.bLines);
     RunJob(options.run, input, job, report);
 }

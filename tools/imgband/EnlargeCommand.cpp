@@ -27,6 +27,6 @@ void RunEnlarge(const Options& options, Report& report)
     Job job = KeepFormat("enlarge", kIpEnlarge, input.Facts(), options.output.szPath);
     job.size = Enlarged(options, size);
     job.pWork =
-        std::make_unique<EnlargeWork>(options.enlarge, size, MustReverseLines(options.run.eScheme, job));
+        std::make_unique<EnlargeWork>(options.enlarge, size, job.LeftToWork(options.run.eScheme).bLines);
     RunJob(options.run, input, job, report);
 }

@@ -4,7 +4,9 @@
 #include "pixels/BandLines.h"
 #include "pixels/LineConversion.h"
 #include "pixels/Scene.h"
+#include "report/Step.h"
 #include "schemes/BandLoop.h"
+#include "schemes/Limits.h"
 #include "schemes/WholeTransfer.h"
 #include "values/ProcessIds.h"
 
@@ -15,12 +17,12 @@
 
 namespace {
 
-DWORD PaintBand(CImageObj& object, int nTop, Scene& scene, std::vector<std::uint16_t>& line, Report& report)
+DWORD PaintBand(CImageObj& object, int nTop, Scene& scene, std::vector<std::uint16_t>& line, Step& step)
 {
     T_ImageLrg_tag band = {};
     if (const DWORD nCode = object.MapBand(nTop, &band, MM_BAND_DOWNWARD, 0))
         return nCode;
-    report.NoteBand(0, band);
+    step.NoteBand(ImageRole::Input, band);
     for (int i = 0; i < band.nBandLines; ++i) {
         unsigned char* pLine = band.pImage + static_cast<std::ptrdiff_t>(i) * band.nLineBytes;
         scene.PaintLine(nTop + i, line.data());
@@ -34,26 +36,26 @@ DWORD PaintBand(CImageObj& object, int nTop, Scene& scene, std::vector<std::uint
 
 void PaintStep(const Run& run, PlannedImage& object, const SceneSettings& scene)
 {
-    run.report.BeginStep("paint", kIpOther);
+    Step step(run.report, "paint", kIpOther);
     tag_MemAlloc request; // one image, which is filled instead of read
     CImageObj* images[] = {&object};
     DWORD nCode = CImageObj::MemoryAlloc(&request, images, nullptr, nullptr);
     run.lib.CheckStep(nCode, "painting", object.m_ImgInfo.nBufSize);
-    const ImagePlan plan = object.Plan("object", ImageRole::Input);
-    run.report.PlanStep({"paint", kIpOther, {plan}, run.lib.Taken()});
-    run.report.History().NoteCharges({object.m_nAreaSize});
-    run.report.History().Count({.nSpilled = plan.nTemporary});
+    const ImagePlan plan = object.Plan(ImageRole::Input);
+    step.Plan({plan}, run.lib.Taken());
+    step.NoteCharges({.nInput = object.m_nAreaSize});
+    step.Count({.nSpilled = plan.nTemporary});
     const Bands bands{scene.size.nHeight, object.GetBandHeight()};
-    run.report.ExpectBands(bands.Count(), object.m_ImgInfo.nBufSize);
+    step.ExpectBands(bands.Count(), object.m_ImgInfo.nBufSize);
 
     const auto pScene = MakeScene(scene);
     std::vector<std::uint16_t> line(static_cast<std::size_t>(scene.size.nWidth) * kSamples);
     for (int i = 0; i < bands.Count(); ++i) {
-        nCode = PaintBand(object, bands.At(i).nFirst, *pScene, line, run.report);
+        nCode = PaintBand(object, bands.At(i).nFirst, *pScene, line, step);
         run.lib.CheckStep(nCode, "painting", object.m_ImgInfo.nBufSize);
-        run.report.BandDone();
+        step.BandDone();
     }
-    run.report.EndStep();
+    step.End();
 }
 
 } // namespace
@@ -63,23 +65,22 @@ void RunMake(const Options& options, Report& report)
     const Format eTo = ChooseFormat(options.output, 3);
     const ImageSize size = options.scene.size;
     const int nObjectFormat = ObjectFormat(SampleBytes(eTo));
-    if (!FitsWholeScheme(eTo, size, IsBitmap(eTo) ? kBitmapHeaderBytes : 0, 0))
-        FailTooLarge(Scheme::Whole, ExitStatus::WrongCommandLine, options.output.szPath, size);
+    CheckOutputSize(Scheme::Whole, options.output.szPath, eTo, size, 0);
 
     const Library library(options.run.library, options.report.bJson);
-    DescribeLibrary(options.run, library, report);
+    report.TellSettings(library.Facts(Scheme::Whole), options.run.nThreads);
     OutputFile output(options.output.szPath);
     output.CheckRoom(FileBytes(eTo, size));
     ExternalPair pair(options.run.eAccess, nullptr, &output, eTo, size, {nObjectFormat, nObjectFormat});
     const Workers workers(options.run.nThreads);
     const Run run{options.run, library, report, pair, workers, &output};
 
-    PlannedImage object(false);
+    PlannedImage object(false, "object");
     library.CheckStep(object.SetGeometry(size.nWidth, size.nHeight, nObjectFormat), "set-up", 0);
     PaintStep(run, object, options.scene);
     ExportStep(run, object, eTo, IsStoredBottomUp(eTo), true);
     pair.DeliverOutput();
     output.Publish();
 
-    DescribePicture(options.output.szPath, eTo, size, report);
+    report.TellPicture(options.output.szPath, eTo, size);
 }

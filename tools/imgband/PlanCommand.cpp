@@ -4,6 +4,7 @@
 #include "library/Library.h"
 #include "library/PlannedImage.h"
 #include "pictures/Formats.h"
+#include "report/Step.h"
 #include "system/Folders.h"
 #include "values/ProcessIds.h"
 
@@ -21,30 +22,29 @@ public:
         for (const StepImage& image : images) {
             const std::string szNumber =
                 eRole == ImageRole::Output ? "" : fmt::format("{} ", m_objects.size() + 1);
-            m_names.push_back(fmt::format("{} {}{}", pszKind, szNumber, FormatName(image.eFormat)));
-            Add(image);
+            Add(image, fmt::format("{} {}{}", pszKind, szNumber, FormatName(image.eFormat)));
         }
     }
 
     int Count() const { return static_cast<int>(m_pointers.size()); }
     CImageObj** Pointers() { return m_pointers.data(); }
 
-    void AddPlans(StepPlan& step) const
+    void AddPlans(std::vector<ImagePlan>& plans) const
     {
-        for (std::size_t i = 0; i < m_objects.size(); ++i)
-            step.images.push_back(m_objects[i].Plan(m_names[i], m_eRole));
+        for (const PlannedImage& object : m_objects)
+            plans.push_back(object.Plan(m_eRole));
     }
 
 private:
-    void Add(const StepImage& image)
+    void Add(const StepImage& image, const std::string& szName)
     {
-        PlannedImage& object = m_objects.emplace_back(true);
+        PlannedImage& object = m_objects.emplace_back(true, szName);
         if (const DWORD nCode = object.SetGeometry(image.size.nWidth, image.size.nHeight,
                                                    FormatCode(image.eFormat), image.nFrame)) {
             Failure failure(ExitStatus::WrongCommandLine, "",
                             fmt::format("{}: {} x {} pixels with a frame of {} are too many: an image of a "
                                         "step may take 2 GiB - 1",
-                                        m_names.back(), image.size.nWidth, image.size.nHeight, image.nFrame));
+                                        szName, image.size.nWidth, image.size.nHeight, image.nFrame));
             failure.libraryResult = LibraryResult{nCode, {}};
             throw failure;
         }
@@ -56,7 +56,6 @@ private:
     ImageRole m_eRole;
     std::deque<PlannedImage> m_objects;
     std::vector<CImageObj*> m_pointers;
-    std::vector<std::string> m_names;
 };
 
 void CheckPlan(DWORD nCode)
@@ -78,8 +77,9 @@ void RunPlanned(const Options& options, Report& report)
 {
     SizeBudget(options.run.library);
     const LONG nBudget = CImageObj::AskFreeMemory();
-    report.TellSettings(nBudget, CImageObj::ms_MaxOneMappingSize, CImageObj::GetUseMaxBandMemory(),
-                        os::TemporaryFolder(), options.run.nThreads);
+    report.TellSettings(
+        {nBudget, CImageObj::ms_MaxOneMappingSize, CImageObj::GetUseMaxBandMemory(), os::TemporaryFolder()},
+        options.run.nThreads);
     const StepRequest& step = options.step;
     StepImages inputs("input", ImageRole::Input, step.inputs);
     StepImages outputs("output", ImageRole::Output, step.outputs);
@@ -95,10 +95,10 @@ void RunPlanned(const Options& options, Report& report)
     CheckPlan(
         CImageObj::MemoryAlloc(&request, inputs.Pointers(), outputs.Pointers(), temporaries.Pointers()));
 
-    StepPlan plan{"step", kIpOther, {}, nBudget - CImageObj::AskFreeMemory()};
+    std::vector<ImagePlan> plans;
     for (const StepImages* pImages : {&inputs, &outputs, &temporaries})
-        pImages->AddPlans(plan);
-    report.BeginStep(plan.szStep, plan.nIpNo);
-    report.PlanStep(plan);
-    report.EndStep();
+        pImages->AddPlans(plans);
+    Step planned(report, "step", kIpOther);
+    planned.Plan(plans, nBudget - CImageObj::AskFreeMemory());
+    planned.End();
 }

@@ -33,29 +33,22 @@ ExitStatus RunCommand(const Options& options, Report& report)
 {
     try {
         FactsOf(options.eCommand).pRun(options, report);
-        report.PrintSuccess();
+        report.Succeed();
         return ExitStatus::Done;
     } catch (const Failure& failure) {
-        report.PrintFailure(failure);
+        report.Fail(failure);
         return failure.eStatus;
     } catch (const std::exception& e) {
         const Failure failure(ExitStatus::JobFailed, "", e.what());
-        report.PrintFailure(failure);
+        report.Fail(failure);
         return failure.eStatus;
     }
 }
 
-Report MakeReport(const Options& options)
-{
-    return Report(options.report, CommandName(options.eCommand), options.run.bPlan);
-}
-
 ExitStatus RunReported(const Options& options)
 {
-    Report report = MakeReport(options);
-    const ExitStatus eStatus = RunCommand(options, report);
-    report.WriteFiles();
-    return eStatus;
+    Report report(options.report, CommandName(options.eCommand), options.run.bPlan);
+    return RunCommand(options, report);
 }
 
 ExitStatus RunProgram(const std::vector<std::string>& arguments)
@@ -65,7 +58,8 @@ ExitStatus RunProgram(const std::vector<std::string>& arguments)
         ParseCommandLine(arguments, options);
         CheckReportFiles(options.report.reports, {options.input.szPath, options.output.szPath});
     } catch (const Failure& failure) {
-        MakeReport(options).PrintFailure(failure);
+        options.report.reports.clear(); // nothing ran
+        Report(options.report, CommandName(options.eCommand), options.run.bPlan).Fail(failure);
         return failure.eStatus;
     }
     if (options.eCommand == Command::None)

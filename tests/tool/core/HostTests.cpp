@@ -1,7 +1,7 @@
 // What the tool asks of the system.
 
 #include "MemoryManager/MemoryManager.h"
-#include "report/LibraryTables.h"
+#include "report/Tables.h"
 #include "system/Files.h"
 #include "system/Folders.h"
 #include "system/Leftovers.h"
@@ -36,9 +36,9 @@ TEST(HostCore, PassesTheLibrarysTablesThroughAnyFolderAndLeavesNothingThere)
     std::filesystem::create_directory(os::PathOf(szFolder));
     nlohmann::ordered_json report;
     {
-        LibraryTables tables(szFolder);
-        tables.Enter(kIpOther, "work");
-        tables.AddTo(report);
+        LibraryReports reports(szFolder);
+        reports.Enter(kIpOther, "work");
+        AddTables(reports, report);
     }
     EXPECT_EQ("work", report["threads"][0]["work"]);
     EXPECT_TRUE(std::filesystem::is_empty(os::PathOf(szFolder)));

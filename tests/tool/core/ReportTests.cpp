@@ -1,10 +1,10 @@
 // What a report is made of, over random runs and random reports.
 
+#include "library/Glossary.h"
 #include "page/Page.h"
 #include "page/Scale.h"
 #include "report/BoundedSeries.h"
-#include "report/Glossary.h"
-#include "report/RunHistory.h"
+#include "report/Document.h"
 #include "system/Text.h"
 
 #include <cmath>
@@ -95,9 +95,9 @@ TEST(ReportCore, AHistoryTellsFirstAndLastBandAndAddsUpToTheBudget)
     ForRandom(40, [](Random& random) {
         constexpr LONG kBudget = 1000000;
         const auto begin = std::chrono::steady_clock::now();
-        RunHistory history(true, begin);
-        history.Begin(kBudget);
-        history.BeginStep();
+        std::vector<StepRecord> steps(1);
+        steps[0].plan.images = {{"in", ImageRole::Input, {}, ""}, {"out", ImageRole::Output, {}, ""}};
+        StepHistory& history = steps[0].history.emplace(begin);
         const int nBands = random(1, 400);
         history.ExpectBands(nBands);
         LONG nMost = 0;
@@ -105,18 +105,17 @@ TEST(ReportCore, AHistoryTellsFirstAndLastBandAndAddsUpToTheBudget)
             T_ImageLrg_tag band = {};
             band.nBandTop = 10 * i;
             band.nBandBottom = 10 * i + 9;
-            const Charges charges{random(0, 1000), random(0, 1000), 0};
-            const LONG nTaken = charges[0] + charges[1] + random(0, 1);
+            const Charges charges{.nInput = random(0, 1000), .nOutput = random(0, 1000)};
+            const LONG nTaken = charges.nInput + charges.nOutput + random(0, 1);
             nMost = std::max(nMost, nTaken);
             history.NoteCharges(charges, {begin + std::chrono::milliseconds(i), kBudget - nTaken});
-            history.NoteBand(1, band);
+            history.NoteBand(ImageRole::Output, band);
             history.BandDone();
         }
-        ordered_json report;
-        report["steps"] = {{{"images", {{{"image", "in"}}, {{"image", "out"}}}}}};
-        history.AddTo(report);
+        const ordered_json report = HistoryJson(steps, kBudget, 0);
         const auto& bands = report["bands"];
         EXPECT_EQ(bands.size(), static_cast<std::size_t>(std::min(nBands, 8)));
+        EXPECT_EQ(1, bands.front().at("image"));
         EXPECT_EQ(0, bands.front().at("top"));
         EXPECT_EQ(10 * nBands - 1, bands.back().at("bottom"));
         LONG nPeak = 0;

@@ -7,6 +7,7 @@
 #include "system/Interrupts.h"
 #include "system/Paths.h"
 
+#include <algorithm>
 #include <fmt/format.h>
 
 namespace {
@@ -74,6 +75,13 @@ Library::Library(const LibrarySettings& settings, bool bJson)
         Fail(Failure(ExitStatus::NoRoom, m_szTemporaryFolder, "cannot be the folder for temporary files",
                      "--temp-dir DIR with a shorter name"),
              nCode);
+}
+
+LibraryFacts Library::Facts(Scheme eScheme) const
+{
+    const LONG nBandCap =
+        eScheme == Scheme::Unit ? CImageObj::ms_nUseMaxMemoryUnit : CImageObj::GetUseMaxBandMemory();
+    return {m_nBudget, CImageObj::ms_MaxOneMappingSize, nBandCap, m_szTemporaryFolder};
 }
 
 LONG Library::Taken() const
@@ -168,6 +176,12 @@ void SizeBudget(const LibrarySettings& settings)
     CImageObj::InitBaseMemory(settings.nBudget, settings.nOneMapping);
     CImageObj::SetUseMaxBandMemory(settings.nBandCap ? settings.nBandCap : kWholeBandCap);
     CImageObj::ms_nUseMaxMemoryUnit = (settings.nBandCap ? settings.nBandCap : kUnitBandCap) << 20;
+}
+
+void RaiseUnitBandCap(std::int64_t nBytes)
+{
+    const std::int64_t nCap = std::min<std::int64_t>(nBytes, CImageObj::AskFreeMemory());
+    CImageObj::ms_nUseMaxMemoryUnit = std::max(CImageObj::ms_nUseMaxMemoryUnit, static_cast<LONG>(nCap));
 }
 
 void CleanUpInterruptedRun(const std::string& szLogFolder)

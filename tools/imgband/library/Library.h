@@ -6,6 +6,15 @@
 #include "values/Failure.h"
 #include "values/RunSettings.h"
 
+/// What the library works with.
+struct LibraryFacts
+{
+    LONG nBudget;     ///< bytes
+    LONG nOneMapping; ///< most bytes that are mapped as one piece
+    LONG nBandCap;    ///< bytes of an output's band in the whole scheme, of a step's bands in the unit scheme
+    std::string szTemporaryFolder;
+};
+
 /// The library as one run uses it: budget, temporary folder and error log are set, and what earlier runs left
 /// in the temporary folder is removed. Throws Failure (NoRoom) when there is no temporary folder.
 class Library
@@ -14,15 +23,13 @@ public:
     /// @param bJson  an interrupt is told as a JSON object too
     Library(const LibrarySettings& settings, bool bJson);
 
-    /// Budget in bytes that the library works with.
-    LONG Budget() const { return m_nBudget; }
+    LibraryFacts Facts(Scheme eScheme) const;
 
     /// Bytes of the budget that are allotted now.
     LONG Taken() const;
 
-    const std::string& TemporaryFolder() const { return m_szTemporaryFolder; }
-
-    /// Throws a Failure unless nCode is 0.
+    /// Throw a Failure unless nCode is 0, in words about the input, a step, or the output. Temporary files
+    /// and the output have a size, so that a failure can tell what was missing.
     void CheckImport(DWORD nCode, const std::string& szInput, std::int64_t nTemporaryBytes) const;
     void CheckRead(DWORD nCode, const std::string& szInput) const;
     void CheckStep(DWORD nCode, const std::string& szStep, std::int64_t nTemporaryBytes) const;
@@ -42,6 +49,9 @@ private:
 
 /// Sizes the library's budget, mappings and bands.
 void SizeBudget(const LibrarySettings& settings);
+
+/// Lets the bands of a step in the unit scheme take that much of the free budget. A larger cap stays.
+void RaiseUnitBandCap(std::int64_t nBytes);
 
 /// Removes what an interrupted run left in the temporary folder and its error log's folder.
 void CleanUpInterruptedRun(const std::string& szLogFolder);

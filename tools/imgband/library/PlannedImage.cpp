@@ -1,26 +1,19 @@
-// Noting the plan of a transfer.
+// Real and dry image objects, and where they are.
 
 #include "library/PlannedImage.h"
 
-#include "pictures/Formats.h"
+#include <utility>
+
+PlannedImage::PlannedImage(bool bDry, std::string szName) : m_bDry(bDry), m_szName(std::move(szName))
+{
+    ++ms_nHolding;
+}
 
 PlannedImage::~PlannedImage()
 {
     Destroy();
     if (!m_pImageCtrl)
         --ms_nHolding;
-}
-
-void PlannedImage::GetImageInfo(T_ImageLrg_tag* pInfo)
-{
-    CImageObj::GetImageInfo(pInfo);
-    Note();
-}
-
-int PlannedImage::GetBandHeight()
-{
-    Note();
-    return CImageObj::GetBandHeight();
 }
 
 DWORD PlannedImage::Create(LONG nSize, LONG nAllotted, int nSlots)
@@ -56,13 +49,13 @@ void PlannedImage::ReturnDryCharge()
     m_nKeepStore = 0;
 }
 
-ImagePlan PlannedImage::Plan(const std::string& szImage, ImageRole eRole) const
+ImagePlan PlannedImage::Plan(ImageRole eRole) const
 {
     static constexpr const char* kPlaces[] = {"nowhere", "memory", "temporary file",
                                               "temporary file, mapped whole"};
     const Place ePlace = PlaceNow();
     const bool bFile = ePlace == Place::File || ePlace == Place::FileMappedWhole;
-    return {.szImage = szImage,
+    return {.szImage = m_szName,
             .eRole = eRole,
             .info = m_ImgInfo,
             .szPlace = kPlaces[static_cast<int>(ePlace)],
@@ -74,13 +67,6 @@ ImagePlan PlannedImage::Plan(const std::string& szImage, ImageRole eRole) const
             .nTemporary = bFile ? m_ImgInfo.nBufSize : 0};
 }
 
-ImagePlan PlannedImage::NotedPlan(ImageRole eRole) const
-{
-    ImagePlan plan = m_noted;
-    plan.eRole = eRole;
-    return plan;
-}
-
 PlannedImage::Place PlannedImage::PlaceNow() const
 {
     if (m_bDry)
@@ -90,19 +76,4 @@ PlannedImage::Place PlannedImage::PlaceNow() const
     if (m_pImageCtrl->GetAcsType() == ACS_MEMORY)
         return Place::Memory;
     return m_pImageCtrl->GetAllMapFlg() ? Place::FileMappedWhole : Place::File;
-}
-
-void PlannedImage::Note()
-{
-    m_noted = Plan(m_pszName, ImageRole::Input);
-    m_moment = BudgetMoment::Now();
-    m_nExternalCharge = m_nFreeBefore - FreeWithoutExternal();
-    m_nBudget = ms_ReserveMemory - AskFreeMemory() - (m_nReserveTaken ? ms_ReserveMemory : 0);
-}
-
-// The budget that would be free without this object's charge, and without the reserve that a second planning
-// attempt withholds while it lives.
-LONG PlannedImage::FreeWithoutExternal() const
-{
-    return AskFreeMemory() + m_nAreaSize + (m_nReserveTaken ? ms_ReserveMemory : 0);
 }

@@ -1,25 +1,29 @@
 #pragma once
-// An image object that tells how it was planned.
+// An image object that tells how it is planned.
 
-#include "MemoryManager/MemoryManager.h"
-#include "report/RunHistory.h"
-#include "report/RunPlan.h"
+#include "library/StepPlan.h"
 
 #include <string>
 
-/// The library asks an object for its geometry between planning a transfer and moving the first band. At that
-/// moment this object notes what it and the external image were given; afterwards the latter is gone.
+/// What the planner gave to both sides of a transfer.
+struct TransferPlan
+{
+    ImagePlan object;         ///< while the bands moved
+    LONG nExternalCharge = 0; ///< bytes of the budget that the external image had
+    LONG nBudget = 0;         ///< bytes of the budget in use
+    BudgetMoment moment{};    ///< when it was so
+};
+
+/// A real one is an image object as any other. A dry one takes part in the planning like a real one, but has
+/// no bytes: where the planner asks for a store, it only notes what kind that would be. So a plan is made by
+/// the library's own planner, and cannot differ from the run.
 ///
-/// A dry one takes part in the planning like any other, but has no bytes: where the planner asks for a store,
-/// it only notes what kind that would be.
+/// Used by one thread. Codes are those of ResultCodes.h.
 class PlannedImage final : public CImageObj
 {
 public:
-    /// @param pszName  what its noted plans call it
-    explicit PlannedImage(bool bDry, const char* pszName = "object") : m_bDry(bDry), m_pszName(pszName)
-    {
-        ++ms_nHolding;
-    }
+    /// @param szName  what its plans call it
+    PlannedImage(bool bDry, std::string szName);
     ~PlannedImage();
     PlannedImage(const PlannedImage&) = delete;
     PlannedImage& operator=(const PlannedImage&) = delete;
@@ -27,30 +31,32 @@ public:
     /// Objects whose store may still exist: they live, or went without giving it up.
     static int Holding() { return ms_nHolding; }
 
-    void GetImageInfo(T_ImageLrg_tag* pInfo) override;
-    int GetBandHeight() override;
-    DWORD Create(LONG nSize, LONG nAllotted, int nSlots) override;
+    const std::string& Name() const { return m_szName; }
 
     /// Gives it a size and a format, to be planned, with nMargin pixels around the image.
     /// @return a code of SetImageInfo
     DWORD SetGeometry(int nWidth, int nHeight, int nFormat, int nMargin = 0);
 
-    /// To be called ahead of ImportImg and ExportImg: what is missing from the budget then is not theirs.
-    void BeginTransfer() { m_nFreeBefore = FreeWithoutExternal(); }
-
     /// Gives the charge of a dry image in a file back, as the planner does for a real one that it plans
     /// again.
     void ReturnDryCharge();
 
-    /// The object as it is held now.
-    ImagePlan Plan(const std::string& szImage, ImageRole eRole) const;
+    /// ImportImg and ExportImg. With a dry object they are planned only: no pixel and no file is touched.
+    /// @param bReversed  the first line is the last one that is stored
+    /// @param bOwnAlpha  a fourth sample that is written is the object's own, else opaque
+    /// @return a code of the library
+    DWORD Import(T_ImgInf& inf, bool bReversed);
+    DWORD Export(T_ImgInf& inf, bool bReversed, bool bOwnAlpha);
 
-    /// The object at the moment noted last, the bytes of the budget that the external image of the transfer
-    /// was given, those that were in use, and when that was.
-    ImagePlan NotedPlan(ImageRole eRole) const;
-    LONG ExternalCharge() const { return m_nExternalCharge; }
-    LONG NotedBudget() const { return m_nBudget; }
-    const BudgetMoment& NotedMoment() const { return m_moment; }
+    /// The last Import or Export. It tells of the object in the role that it had there.
+    const TransferPlan& Transfer() const { return m_transfer; }
+
+    /// The object as it is held now.
+    ImagePlan Plan(ImageRole eRole) const;
+
+    void GetImageInfo(T_ImageLrg_tag* pInfo) override;
+    int GetBandHeight() override;
+    DWORD Create(LONG nSize, LONG nAllotted, int nSlots) override;
 
 private:
     enum class Place
@@ -61,18 +67,21 @@ private:
         FileMappedWhole,
     };
 
-    void Note();
+    DWORD PlanImport(const T_ImgInf& inf, bool bReversed);
+    DWORD PlanExport(const T_ImgInf& inf, bool bReversed);
+    void BeginTransfer(ImageRole eRole);
+    DWORD EndTransfer(DWORD nCode);
+    void NoteTransfer();
     LONG FreeWithoutExternal() const;
     Place PlaceNow() const;
 
     bool m_bDry;
-    const char* m_pszName;
+    std::string m_szName;
     Place m_eDryPlace = Place::Nowhere;
-    LONG m_nFreeBefore = 0;
-    LONG m_nExternalCharge = 0;
-    LONG m_nBudget = 0;
-    BudgetMoment m_moment{};
-    ImagePlan m_noted{};
+    bool m_bTransferring = false;
+    ImageRole m_eRole = ImageRole::Input; ///< in the transfer
+    LONG m_nFreeBefore = 0;               ///< budget without this object's charge, ahead of the transfer
+    TransferPlan m_transfer{};
 
     static inline int ms_nHolding = 0;
 };

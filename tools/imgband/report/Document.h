@@ -1,24 +1,14 @@
 #pragma once
-// The JSON objects that runs print and report.
+// The parts of the JSON objects that runs print and report.
 
-#include "report/RunPlan.h"
+#include "library/Library.h"
+#include "report/StepRecord.h"
 #include "system/Process.h"
 #include "values/Failure.h"
 
-#include <chrono>
 #include <nlohmann/json.hpp>
 #include <string>
-
-/// A step as it went.
-struct StepRecord
-{
-    StepPlan plan; ///< without images while they are not planned
-    std::chrono::steady_clock::time_point begin;
-    double nBegin = 0;       ///< that in seconds from the start of the run
-    double nSeconds = 0;     ///< that it took
-    bool bFinished = false;  ///< false: the run failed in it
-    os::ResidentMemory peak; ///< while it ran
-};
+#include <vector>
 
 /// How an object begins.
 /// @param szCommand  empty when the command line told none
@@ -26,12 +16,19 @@ nlohmann::ordered_json HeadJson(const std::string& szCommand, bool bPlan, int nS
 
 nlohmann::ordered_json ErrorJson(const Failure& failure);
 
+nlohmann::ordered_json SettingsJson(const LibraryFacts& library, int nThreads);
+
 /// What is known of the most memory that the process had.
 nlohmann::ordered_json PeakJson(os::ResidentMemory peak);
 
 /// @param nBudget  bytes
-/// @param bPlan    the step was only planned, and has no times
-nlohmann::ordered_json StepJson(const StepRecord& step, std::int64_t nBudget, bool bPlan);
+/// @param bPlan    the steps were only planned, and have no times
+nlohmann::ordered_json StepsJson(const std::vector<StepRecord>& steps, std::int64_t nBudget, bool bPlan);
+
+/// "traffic", "budget_over_time" and "bands" of steps that have a history.
+/// @param nBudget   bytes
+/// @param fSeconds  when it was set, from the start of the run
+nlohmann::ordered_json HistoryJson(const std::vector<StepRecord>& steps, LONG nBudget, double fSeconds);
 
 /// The object as text. Names of files may hold any bytes; it stays valid JSON.
 std::string JsonText(const nlohmann::ordered_json& json);

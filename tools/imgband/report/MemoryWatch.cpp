@@ -25,10 +25,10 @@ MemoryWatch::MemoryWatch(std::chrono::steady_clock::time_point begin)
 os::ResidentMemory MemoryWatch::Look()
 {
     const os::ResidentMemory held = os::Resident();
-    const double nSeconds = SecondsBetween(m_begin, std::chrono::steady_clock::now());
+    const double fSeconds = SecondsBetween(m_begin, std::chrono::steady_clock::now());
     const std::lock_guard lock(m_mutex);
     m_peak = Larger(m_peak, held);
-    m_samples.Add({nSeconds, held});
+    m_samples.Add({fSeconds, held});
     return held;
 }
 
@@ -46,7 +46,7 @@ void MemoryWatch::AddTo(nlohmann::ordered_json& report)
     nlohmann::ordered_json samples = nlohmann::ordered_json::array();
     for (const Sample& sample : m_samples.Points())
         if (sample.held.nPrivate >= 0)
-            samples.push_back({{"seconds", sample.nSeconds},
+            samples.push_back({{"seconds", sample.fSeconds},
                                {"private_bytes", sample.held.nPrivate},
                                {"mapped_bytes", sample.held.nMapped}});
     if (!samples.empty())

@@ -28,7 +28,7 @@ public:
 private:
     struct Sample
     {
-        double nSeconds;
+        double fSeconds;
         os::ResidentMemory held;
 
         void Merge(const Sample& later) { held = Larger(held, later.held); }

@@ -31,11 +31,11 @@ void Progress::Advance()
 {
     ++m_nDone;
     const auto now = std::chrono::steady_clock::now();
-    const double nSeconds = std::chrono::duration<double>(now - m_begin).count();
-    const double nPart = double(m_nDone) / m_nBands;
-    const double nRate = nSeconds > 0 ? nPart * double(m_nBytes) / nSeconds / 1e6 : 0;
-    Draw(fmt::format("{}: {} of {} bands, {:.0f} MB/s, {:.0f} s left", m_szStep, m_nDone, m_nBands, nRate,
-                     nSeconds / nPart - nSeconds));
+    const double fSeconds = std::chrono::duration<double>(now - m_begin).count();
+    const double fPart = double(m_nDone) / m_nBands;
+    const double fRate = fSeconds > 0 ? fPart * double(m_nBytes) / fSeconds / 1e6 : 0;
+    Draw(fmt::format("{}: {} of {} bands, {:.0f} MB/s, {:.0f} s left", m_szStep, m_nDone, m_nBands, fRate,
+                     fSeconds / fPart - fSeconds));
 }
 
 void Progress::Wipe()

@@ -1,13 +1,13 @@
 #pragma once
 // What a run tells: text on standard error, data or one JSON object on standard output, and its reports.
 
-#include "report/Document.h"
-#include "report/LibraryTables.h"
+#include "library/Library.h"
+#include "library/LibraryReports.h"
 #include "report/MemoryWatch.h"
 #include "report/Progress.h"
-#include "report/RunHistory.h"
-#include "report/RunPlan.h"
+#include "report/StepRecord.h"
 #include "values/Failure.h"
+#include "values/Picture.h"
 #include "values/ReportSettings.h"
 
 #include <chrono>
@@ -15,8 +15,9 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
+#include <vector>
 
-/// Collects a run's results. Steps are told as they end, the rest by PrintSuccess or PrintFailure.
+/// Collects a run's results, and tells them once: by Succeed or by Fail. Used by one thread.
 class Report
 {
 public:
@@ -27,33 +28,14 @@ public:
 
     const ReportSettings& Settings() const { return m_settings; }
 
-    /// Tells the settings that the library works with.
-    void TellSettings(std::int64_t nBudget, std::int64_t nOneMapping, std::int64_t nBandCap,
-                      const std::string& szTemporaryFolder, int nThreads);
+    /// Tells what the library works with, ahead of the first Step.
+    void TellSettings(const LibraryFacts& library, int nThreads);
 
     /// Tells how pictures go through the library.
-    void TellScheme(const std::string& szScheme) { m_plan.SetScheme(szScheme); }
+    void TellScheme(const std::string& szScheme) { m_szScheme = szScheme; }
 
-    /// Marks the beginning of a step.
-    /// @param nIpNo  its process identifier
-    void BeginStep(const std::string& szStep, int nIpNo);
-
-    /// Tells how the step's images are planned; again when more of them has shown.
-    void PlanStep(const StepPlan& step) { m_step->plan = step; }
-
-    /// Tells the bands that the step will take, and the bytes that come out of all of them; then each one
-    /// that is done.
-    void ExpectBands(int nBands, std::int64_t nBytes);
-    void BandDone();
-
-    /// A band of the planned step's image of this number is mapped.
-    void NoteBand(int nImage, const T_ImageLrg_tag& band);
-
-    /// What else happens in the course of the step.
-    RunHistory& History() { return m_history; }
-
-    /// Ends the step: its time and peak memory go with its plan.
-    void EndStep();
+    /// Tells the picture that the run has written.
+    void TellPicture(const std::string& szPath, Format eFormat, ImageSize size);
 
     /// Results of the command for the JSON object.
     nlohmann::ordered_json& Json() { return m_json; }
@@ -64,40 +46,46 @@ public:
     /// One line about what was done, for standard error.
     void SetSummary(const std::string& szText) { m_szSummary = szText; }
 
-    void PrintSuccess();
-    void PrintFailure(const Failure& failure);
-
     /// Tells something on standard error, clear of the progress line.
     void Say(const std::string& szText);
 
-    /// Writes the reports that are wanted, after one of both. One that cannot be written is a line on
-    /// standard error.
-    void WriteFiles();
+    /// The run is over: prints its results, and writes the reports that are wanted. One that cannot be
+    /// written is a line on standard error.
+    void Succeed();
+    void Fail(const Failure& failure);
 
 private:
+    friend class Step;
+
+    /// What the library works with, and when it was set up.
+    struct Setup
+    {
+        LibraryFacts library;
+        int nThreads;
+        double fSeconds;
+    };
+
+    void Begin(StepRecord& step);
+    void Close(StepRecord step);
+    double SecondsNow() const;
     nlohmann::ordered_json Document(const Failure* pFailure) const;
-    void CloseStep(bool bFinished);
     void TellStep(const StepRecord& step);
     void TellTotal();
-    void TellTables(const StepPlan& plan);
     void WarnAboutBudget(const StepPlan& step);
+    void WriteFiles(nlohmann::ordered_json document);
 
     const ReportSettings& m_settings;
     std::string m_szCommand;
     bool m_bPlan;
     std::chrono::steady_clock::time_point m_begin = std::chrono::steady_clock::now();
-    std::unique_ptr<MemoryWatch> m_pWatch;    ///< only where its figures are told
-    std::unique_ptr<LibraryTables> m_pTables; ///< only for reports
-    RunHistory m_history;
-    nlohmann::ordered_json m_json = nlohmann::ordered_json::object();
-    nlohmann::ordered_json m_librarySettings;
-    LONG m_nBudget = 0;
-    std::optional<StepRecord> m_step; ///< the one that runs
-    nlohmann::ordered_json m_steps = nlohmann::ordered_json::array();
-    os::ResidentMemory m_peak; ///< of all steps
-    nlohmann::ordered_json m_document;
-    RunPlan m_plan;
+    std::unique_ptr<MemoryWatch> m_pWatch;      ///< only where its figures are told
+    std::unique_ptr<LibraryReports> m_pReports; ///< only for reports
     Progress m_progress;
+    std::optional<Setup> m_setup; ///< none while the library is not used
+    std::string m_szScheme;       ///< empty for commands without one
+    std::vector<StepRecord> m_steps;
+    os::ResidentMemory m_peak; ///< of all steps
+    nlohmann::ordered_json m_json = nlohmann::ordered_json::object();
     std::string m_szData;
     std::string m_szSummary;
 };

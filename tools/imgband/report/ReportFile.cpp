@@ -5,7 +5,7 @@
 #include "page/Page.h"
 #include "pictures/OutputFile.h"
 #include "report/Document.h"
-#include "report/LibraryTables.h"
+#include "report/Tables.h"
 #include "system/Paths.h"
 #include "values/Failure.h"
 

@@ -28,7 +28,10 @@ Bands FittingBands(const BandWork& work, int nHeight, int nDstLines,
     int nLines = 1;
     while (nTooMany - nLines > 1) {
         const int nTried = nLines + (nTooMany - nLines) / 2;
-        (fnFit(nTried) ? nLines : nTooMany) = nTried;
+        if (fnFit(nTried))
+            nLines = nTried;
+        else
+            nTooMany = nTried;
     }
     return {nHeight, nLines};
 }
@@ -48,6 +51,5 @@ void FillFrom(const Run& run, CImageObj& src, CImageObj& dst, const BandWork& wo
         watch.CheckDestination(to.End());
         watch.CheckSource(from.End());
         watch.NoteEnded();
-        run.report.BandDone();
     }
 }

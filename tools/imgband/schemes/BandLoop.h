@@ -1,6 +1,7 @@
 #pragma once
 // Filling a destination band by band.
 
+#include "library/StepPlan.h"
 #include "pixels/BandWork.h"
 #include "schemes/Run.h"
 
@@ -33,7 +34,7 @@ public:
     virtual void CheckSource(DWORD nCode) = 0;
     virtual void CheckDestination(DWORD nCode) = 0;
 
-    /// Both bands are mapped; both are ended.
+    /// Both bands are mapped; both are ended, and with them one band of the loop is done.
     virtual void NoteMapped(const T_ImageLrg_tag& from, const T_ImageLrg_tag& to) = 0;
     virtual void NoteEnded() = 0;
 };

@@ -3,6 +3,7 @@
 
 #include "schemes/Dumps.h"
 
+#include "pictures/Formats.h"
 #include "schemes/BandLoop.h"
 #include "system/Folders.h"
 #include "system/Paths.h"

@@ -2,22 +2,14 @@
 
 #include "schemes/Job.h"
 
+#include "pictures/Formats.h"
+#include "schemes/Limits.h"
 #include "schemes/UnitTransfer.h"
 #include "schemes/WholeTransfer.h"
 
-#include <algorithm>
+#include <optional>
 
 namespace {
-
-void CheckSizes(Scheme eScheme, const InputFile& input, const Job& job)
-{
-    const PictureFacts& facts = input.Facts();
-    const auto fnFits = eScheme == Scheme::Unit ? FitsUnitScheme : FitsWholeScheme;
-    if (!fnFits(facts.eFormat, facts.size, facts.nOffset, job.nFrame))
-        FailTooLarge(eScheme, ExitStatus::BadInput, input.Path(), facts.size);
-    if (!fnFits(job.eTo, job.size, IsBitmap(job.eTo) ? kBitmapHeaderBytes : 0, job.nFrame))
-        FailTooLarge(eScheme, ExitStatus::WrongCommandLine, job.szOutput, job.size);
-}
 
 /// Lets the bands of a filter be several times as tall as their frame, as far as the budget reaches: the
 /// lines of the frame are read anew for every band.
@@ -31,8 +23,7 @@ void WidenBandCap(const LibrarySettings& settings, const Job& job)
         (std::int64_t{job.size.nWidth} + 2 * job.nFrame) * 4 * SampleBytes(job.eTo);
     const std::int64_t nWanted =
         2 * (nLines + 2 * job.nFrame) * nBandLine + nLines * LineBytes(job.eTo, job.size.nWidth);
-    const std::int64_t nCap = std::min<std::int64_t>(nWanted, CImageObj::AskFreeMemory());
-    CImageObj::ms_nUseMaxMemoryUnit = std::max(CImageObj::ms_nUseMaxMemoryUnit, static_cast<LONG>(nCap));
+    RaiseUnitBandCap(nWanted);
 }
 
 void RunScheme(const Run& run, const InputFile& input, const Job& job)
@@ -44,16 +35,6 @@ void RunScheme(const Run& run, const InputFile& input, const Job& job)
 }
 
 } // namespace
-
-bool IsStoredBottomUp(Format eFormat)
-{
-    return IsBitmap(eFormat);
-}
-
-bool MustReverseLines(Scheme eScheme, const Job& job)
-{
-    return eScheme == Scheme::Unit && job.bReversedLines;
-}
 
 Job KeepFormat(const std::string& szName, int nIpNo, const PictureFacts& facts, const std::string& szOutput)
 {
@@ -68,32 +49,33 @@ Job KeepFormat(const std::string& szName, int nIpNo, const PictureFacts& facts, 
             .szOutput = szOutput,
             .eTo = facts.eFormat,
             .size = facts.size,
-            .bReversedLines = facts.bBottomUp != IsStoredBottomUp(facts.eFormat),
-            .bReversedPixels = false,
+            .order = LineOrder::Between(facts.bBottomUp, facts.eFormat, false),
             .bOwnAlpha = true};
 }
 
 void RunJob(const RunSettings& settings, InputFile& input, const Job& job, Report& report)
 {
-    CheckSizes(settings.eScheme, input, job);
+    CheckInputSize(settings.eScheme, input, job.nFrame);
+    CheckOutputSize(settings.eScheme, job.szOutput, job.eTo, job.size, job.nFrame);
     const Library library(settings.library, report.Settings().bJson);
     WidenBandCap(settings.library, job);
-    DescribeLibrary(settings, library, report);
+    report.TellSettings(library.Facts(settings.eScheme), settings.nThreads);
     report.TellScheme(settings.eScheme == Scheme::Unit ? "unit" : "whole");
+    std::optional<OutputFile> output;
+    if (!settings.bPlan) {
+        output.emplace(job.szOutput);
+        output->CheckRoom(FileBytes(job.eTo, job.size));
+    }
+    OutputFile* pOutput = output ? &*output : nullptr;
     const ObjectFormats objects{ObjectFormat(SampleBytes(input.Facts().eFormat)),
                                 ObjectFormat(SampleBytes(job.eTo))};
+    ExternalPair pair(settings.eAccess, &input, pOutput, job.eTo, job.size, objects);
     const Workers workers(settings.nThreads);
-    if (settings.bPlan) {
-        ExternalPair pair(settings.eAccess, &input, nullptr, job.eTo, job.size, objects);
-        RunScheme({settings, library, report, pair, workers, nullptr}, input, job);
+    RunScheme({settings, library, report, pair, workers, pOutput}, input, job);
+    if (!output)
         return;
-    }
-    OutputFile output(job.szOutput);
-    output.CheckRoom(FileBytes(job.eTo, job.size));
-    ExternalPair pair(settings.eAccess, &input, &output, job.eTo, job.size, objects);
-    RunScheme({settings, library, report, pair, workers, &output}, input, job);
     pair.DeliverOutput();
     input.Close(); // it may be what the output replaces
-    output.Publish();
-    DescribePicture(job.szOutput, job.eTo, job.size, report);
+    output->Publish();
+    report.TellPicture(job.szOutput, job.eTo, job.size);
 }

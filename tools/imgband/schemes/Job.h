@@ -4,6 +4,7 @@
 #include "pictures/InputFile.h"
 #include "pixels/BandWork.h"
 #include "report/Report.h"
+#include "schemes/LineOrder.h"
 #include "values/FilterSettings.h"
 #include "values/ProcessIds.h"
 
@@ -19,25 +20,20 @@ struct Job
     int nIpNo;            ///< its process identifier
     std::string szOutput; ///< the picture to write
     Format eTo;
-    ImageSize size;       ///< of the output
-    bool bReversedLines;  ///< the input's last stored line comes first
-    bool bReversedPixels; ///< as do the last pixels of the lines
-    bool bOwnAlpha;       ///< a fourth sample is carried through, else opaque
-    int nFrame = 0;       ///< pixels around a source band that the work looks at
+    ImageSize size;  ///< of the output
+    LineOrder order; ///< what is reversed between the stored lines
+    bool bOwnAlpha;  ///< a fourth sample is carried through, else opaque
+    int nFrame = 0;  ///< pixels around a source band that the work looks at
     FrameFill frame{MM_FRAME_NONE, 0};
     std::unique_ptr<BandWork> pWork = nullptr; ///< null: the lines go through as they are
     bool bOneObject = false;                   ///< unit scheme: one object reads, is worked on, and writes
+
+    LineOrder LeftToWork(Scheme eScheme) const { return order.LeftToWork(eScheme, bOneObject); }
 };
 
 /// A job that keeps the input's format and size and turns nothing, without a work yet. Throws Failure
 /// (WrongCommandLine) when the output's name means another format.
 Job KeepFormat(const std::string& szName, int nIpNo, const PictureFacts& facts, const std::string& szOutput);
-
-/// Lines that are stored from the bottom up by the tool.
-bool IsStoredBottomUp(Format eFormat);
-
-/// Whether the work has to reverse the order of lines: in the whole scheme, the import has done it.
-bool MustReverseLines(Scheme eScheme, const Job& job);
 
 /// Does the job, or plans it, and tells the report. The input is closed when its place may be taken by the
 /// output. Throws Failure.

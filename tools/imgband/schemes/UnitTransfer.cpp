@@ -2,11 +2,13 @@
 
 #include "schemes/UnitTransfer.h"
 
+#include "pictures/Formats.h"
 #include "pixels/FrameFill.h"
+#include "report/Step.h"
 #include "schemes/BandLoop.h"
+#include "schemes/ExternalPlan.h"
 
 #include <algorithm>
-#include <fmt/format.h>
 
 namespace {
 
@@ -65,8 +67,8 @@ class UnitWatch final : public BandWatch
 {
 public:
     UnitWatch(const Run& run, const InputFile& input, const Job& job, const CImageObj& src,
-              const CImageObj& dst)
-        : m_run(run), m_input(input), m_job(job), m_src(src), m_dst(dst)
+              const CImageObj& dst, Step& step)
+        : m_run(run), m_input(input), m_job(job), m_src(src), m_dst(dst), m_step(step)
     {
     }
 
@@ -94,7 +96,7 @@ public:
         m_nSrcLines = nSrcLines;
         m_bands = bands;
         m_pCopy = pCopy;
-        m_run.report.ExpectBands(bands.Count(), FileBytes(m_job.eTo, m_job.size));
+        m_step.ExpectBands(bands.Count(), FileBytes(m_job.eTo, m_job.size));
         NoteCharges();
     }
 
@@ -104,13 +106,13 @@ public:
             m_nBudget = m_run.lib.Taken();
             m_nSource = HeldBytes(m_src);
             m_nDestination = IsPair() ? HeldBytes(m_dst) : 0;
-            m_run.report.PlanStep(Plan());
+            m_step.Plan(Images(), m_nBudget);
         }
         NoteCharges();
-        m_run.report.NoteBand(0, from);
+        m_step.NoteBand(ImageRole::Input, from);
         if (IsPair())
-            m_run.report.NoteBand(1, to);
-        m_run.report.History().Count(
+            m_step.NoteBand(ImageRole::Output, to);
+        m_step.Count(
             {.nRead = LinesRead(from) * LineBytes(m_input.Facts().eFormat, m_input.Facts().size.nWidth)});
         m_nLines = to.nBandBottom - to.nBandTop + 1;
     }
@@ -118,7 +120,8 @@ public:
     void NoteEnded() override
     {
         NoteCharges();
-        m_run.report.History().Count({.nWritten = m_nLines * LineBytes(m_job.eTo, m_job.size.nWidth)});
+        m_step.Count({.nWritten = m_nLines * LineBytes(m_job.eTo, m_job.size.nWidth)});
+        m_step.BandDone();
     }
 
 private:
@@ -126,41 +129,28 @@ private:
 
     void NoteCharges() const
     {
-        m_run.report.History().NoteCharges(
-            {HeldBytes(m_src), IsPair() ? HeldBytes(m_dst) : 0, m_pCopy ? m_pCopy->Record().nBufSize : 0});
+        m_step.NoteCharges({.nInput = HeldBytes(m_src),
+                            .nOutput = IsPair() ? HeldBytes(m_dst) : 0,
+                            .nTemporary = m_pCopy ? m_pCopy->Record().nBufSize : 0});
     }
 
-    /// The step as its bands are.
-    StepPlan Plan() const
+    /// The step's images as their bands are.
+    std::vector<ImagePlan> Images() const
     {
-        const char* pszPlace = ExternalPlace(m_run.settings.eAccess);
-        const Format eFrom = m_input.Facts().eFormat;
-        const bool bFile = m_run.settings.eAccess != Access::Memory;
-        StepPlan plan{m_job.szName,
-                      m_job.nIpNo,
-                      {{.szImage = fmt::format("input {}", FormatName(eFrom)),
-                        .eRole = ImageRole::Input,
-                        .info = PictureInfo(eFrom, m_input.Facts().size),
-                        .szPlace = pszPlace,
-                        .bFile = bFile,
-                        .nBytes = m_input.PictureEnd() - m_input.Facts().nOffset,
-                        .nBandLines = m_nSrcLines,
-                        .nBands = m_bands.Count(),
-                        .nCharged = m_nSource},
-                       {.szImage = fmt::format("output {}", FormatName(m_job.eTo)),
-                        .eRole = ImageRole::Output,
-                        .info = PictureInfo(m_job.eTo, m_job.size),
-                        .szPlace = pszPlace,
-                        .bFile = bFile,
-                        .nBytes = LineBytes(m_job.eTo, m_job.size.nWidth) * m_job.size.nHeight,
-                        .nBandLines = m_bands.nLines,
-                        .nBands = m_bands.Count(),
-                        .nCharged = m_nDestination}},
-                      m_nBudget};
-        plan.images[0].info.nFsize = m_job.nFrame;
+        const Access eAccess = m_run.settings.eAccess;
+        const PictureFacts& facts = m_input.Facts();
+        ImagePlan in = ExternalPlan(ImageRole::Input, facts.eFormat, facts.size, eAccess);
+        in.info.nFsize = m_job.nFrame;
+        in.nBandLines = m_nSrcLines;
+        in.nCharged = m_nSource;
+        ImagePlan out = ExternalPlan(ImageRole::Output, m_job.eTo, m_job.size, eAccess);
+        out.nBandLines = m_bands.nLines;
+        out.nCharged = m_nDestination;
+        in.nBands = out.nBands = m_bands.Count();
+        std::vector<ImagePlan> images{in, out};
         if (m_pCopy)
-            plan.images.push_back(m_pCopy->Plan());
-        return plan;
+            images.push_back(m_pCopy->Plan());
+        return images;
     }
 
     // What a mapped view could not take or give is in the library's log only.
@@ -175,6 +165,7 @@ private:
     const Job& m_job;
     const CImageObj& m_src;
     const CImageObj& m_dst;
+    Step& m_step;
     int m_nSrcLines = 0;
     Bands m_bands{};
     const BandBuffer* m_pCopy = nullptr;
@@ -204,18 +195,18 @@ void SettleSource(const Run& run, const InputFile& input, CImageObj& reader)
 /// A band of the object becomes a band of the result, in place.
 void WorkInPlace(const Run& run, const Job& job, const T_ImageLrg_tag& band, const BandBuffer& buffer)
 {
-    const bool bMirrored = job.bReversedLines != job.bReversedPixels; // it was read turned
+    const bool bMirrored = job.LeftToWork(Scheme::Unit).bPixels;
     const T_ImageLrg_tag copy = CopyFramedBand(band, buffer.Record(), bMirrored, run.workers);
     job.pWork->Run(copy, band, run.workers);
 }
 
-void RunOneObject(const Run& run, const InputFile& input, const Job& job)
+void RunOneObject(const Run& run, const InputFile& input, const Job& job, Step& step)
 {
     CImageObj object;
-    UnitWatch watch(run, input, job, object, object);
+    UnitWatch watch(run, input, job, object, object, step);
     T_ImgInf out = OutputInf(run);
     object.m_ImgInfo.nMarginX = object.m_ImgInfo.nMarginY = job.nFrame;
-    watch.CheckDestination(ImportImgForUnit(&object, &run.pair.Input(), &out, job.bReversedLines ? 1 : 0,
+    watch.CheckDestination(ImportImgForUnit(&object, &run.pair.Input(), &out, job.order.bLines ? 1 : 0,
                                             nullptr, MM_ALIGN_LINES, job.bOwnAlpha ? 0 : 1));
     SettleSource(run, input, object);
     object.SetFsize(job.nFrame);
@@ -235,15 +226,14 @@ void RunOneObject(const Run& run, const InputFile& input, const Job& job)
             WorkInPlace(run, job, band.Record(), *copy);
         watch.CheckDestination(band.End());
         watch.NoteEnded();
-        run.report.BandDone();
     }
 }
 
-void RunPair(const Run& run, const InputFile& input, const Job& job)
+void RunPair(const Run& run, const InputFile& input, const Job& job, Step& step)
 {
     CImageObj src;
     CImageObj dst;
-    UnitWatch watch(run, input, job, src, dst);
+    UnitWatch watch(run, input, job, src, dst, step);
     T_ImgInf out = OutputInf(run);
     watch.CheckDestination(
         ImportImgForUnitEnLarge(&dst, &out, &src, &run.pair.Input(), 0, nullptr, job.bOwnAlpha ? 0 : 1));
@@ -265,11 +255,11 @@ void RunPair(const Run& run, const InputFile& input, const Job& job)
 
 void RunUnitScheme(const Run& run, const InputFile& input, const Job& job)
 {
-    run.report.BeginStep(job.szName, job.nIpNo);
+    Step step(run.report, job.szName, job.nIpNo);
     if (job.bOneObject)
-        RunOneObject(run, input, job);
+        RunOneObject(run, input, job, step);
     else
-        RunPair(run, input, job);
-    run.report.History().NoteCharges({});
-    run.report.EndStep();
+        RunPair(run, input, job, step);
+    step.NoteCharges({});
+    step.End();
 }

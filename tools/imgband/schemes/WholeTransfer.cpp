@@ -2,73 +2,59 @@
 
 #include "schemes/WholeTransfer.h"
 
-#include "library/DryTransfer.h"
+#include "pictures/Formats.h"
+#include "report/Step.h"
 #include "schemes/BandLoop.h"
 #include "schemes/Dumps.h"
+#include "schemes/ExternalPlan.h"
 
 #include <algorithm>
-#include <fmt/format.h>
 
 namespace {
 
-// The external image of a transfer is banded as far as its charge goes; without one it costs the budget
-// nothing and is reached whole.
-ImagePlan ExternalPlan(const Run& run, ImageRole eRole, Format eFormat, const T_ImgInf& inf,
-                       const PlannedImage& object)
+/// Ends the step of a transfer. Both sides moved in the smaller of the two band heights: the external image
+/// was banded as far as its charge goes; one without a charge was reached whole. It is gone by now.
+void EndTransfer(const Run& run, Step& step, ImageRole eExternal, Format eFormat, const PlannedImage& object)
 {
+    const T_ImgInf& inf = eExternal == ImageRole::Input ? run.pair.Input() : run.pair.Output();
+    const TransferPlan& transfer = object.Transfer();
+    ImagePlan external = ExternalPlan(eExternal, eFormat, {inf.nWidth, inf.nHeight}, run.settings.eAccess);
+    ImagePlan own = transfer.object;
+    external.nCharged = transfer.nExternalCharge;
     const std::int64_t nLine = LineBytes(eFormat, inf.nWidth);
-    const std::int64_t nCharged = object.ExternalCharge();
-    const std::int64_t nFits = nCharged > 0 ? nCharged / nLine : inf.nHeight;
-    return {.szImage =
-                fmt::format("{} {}", eRole == ImageRole::Input ? "input" : "output", FormatName(eFormat)),
-            .eRole = eRole,
-            .info = PictureInfo(eFormat, {inf.nWidth, inf.nHeight}),
-            .szPlace = ExternalPlace(run.settings.eAccess),
-            .bFile = run.settings.eAccess != Access::Memory,
-            .nBytes = nLine * inf.nHeight,
-            .nBandLines = static_cast<int>(std::clamp<std::int64_t>(nFits, 1, inf.nHeight)),
-            .nBands = 0,
-            .nCharged = nCharged};
-}
+    const std::int64_t nFits = external.nCharged > 0 ? external.nCharged / nLine : inf.nHeight;
+    external.nBandLines = own.nBandLines =
+        std::min(own.nBandLines, static_cast<int>(std::clamp<std::int64_t>(nFits, 1, inf.nHeight)));
+    external.nBands = own.nBands = BandCount(inf.nHeight, own.nBandLines);
 
-// Both sides of a transfer move in the smaller of the two band heights. The external image is gone by now.
-void EndTransfer(const Run& run, const char* pszStep, int nIpNo, const T_ImgInf& inf,
-                 const PlannedImage& object, ImagePlan from, ImagePlan to)
-{
-    from.nBandLines = to.nBandLines = std::min(from.nBandLines, to.nBandLines);
-    from.nBands = to.nBands = BandCount(inf.nHeight, from.nBandLines);
-    run.report.PlanStep({pszStep, nIpNo, {from, to}, object.NotedBudget()});
-    RunHistory& history = run.report.History();
-    history.NoteCharges({static_cast<LONG>(from.nCharged), static_cast<LONG>(to.nCharged)},
-                        object.NotedMoment());
-    history.NoteCharges({0, object.m_nAreaSize}); // of an export nothing is left
-    run.report.EndStep();
+    const ImagePlan& in = eExternal == ImageRole::Input ? external : own;
+    const ImagePlan& out = eExternal == ImageRole::Input ? own : external;
+    step.Plan({in, out}, transfer.nBudget);
+    step.NoteCharges({.nInput = static_cast<LONG>(in.nCharged), .nOutput = static_cast<LONG>(out.nCharged)},
+                     transfer.moment);
+    step.NoteCharges({.nOutput = object.m_nAreaSize}); // of an export nothing is left
+    step.End();
 }
 
 void ImportStep(const Run& run, const InputFile& input, PlannedImage& object, bool bReversed)
 {
-    run.report.BeginStep("import", kIpRead);
-    T_ImgInf& inf = run.pair.Input();
-    const PictureFacts& facts = input.Facts();
-    object.BeginTransfer();
-    const DWORD nCode = run.settings.bPlan ? PlanImport(object, inf, bReversed)
-                                           : ImportImg(&object, &inf, bReversed ? 1 : 0, nullptr);
+    Step step(run.report, "import", kIpRead);
+    const DWORD nCode = object.Import(run.pair.Input(), bReversed);
     run.lib.CheckImport(nCode, input.Path(), object.m_ImgInfo.nBufSize);
     if (run.settings.eAccess != Access::Memory)
         input.CheckWhole();
-    run.report.History().Count({.nRead = LineBytes(facts.eFormat, inf.nWidth) * inf.nHeight,
-                                .nSpilled = object.NotedPlan(ImageRole::Output).nTemporary});
-    EndTransfer(run, "import", kIpRead, inf, object,
-                ExternalPlan(run, ImageRole::Input, facts.eFormat, inf, object),
-                object.NotedPlan(ImageRole::Output));
+    const PictureFacts& facts = input.Facts();
+    step.Count({.nRead = LineBytes(facts.eFormat, facts.size.nWidth) * facts.size.nHeight,
+                .nSpilled = object.Transfer().object.nTemporary});
+    EndTransfer(run, step, ImageRole::Input, facts.eFormat, object);
 }
 
 /// The bands lie in memory or in temporary files.
 class StepWatch final : public BandWatch
 {
 public:
-    StepWatch(const Run& run, const Job& job, const CImageObj& src, const CImageObj& dst)
-        : m_run(run), m_job(job), m_src(src), m_dst(dst)
+    StepWatch(const Run& run, const Job& job, const CImageObj& src, const CImageObj& dst, Step& step)
+        : m_run(run), m_job(job), m_src(src), m_dst(dst), m_step(step)
     {
     }
     void CheckSource(DWORD nCode) override
@@ -81,16 +67,17 @@ public:
     }
     void NoteMapped(const T_ImageLrg_tag& from, const T_ImageLrg_tag& to) override
     {
-        m_run.report.NoteBand(0, from);
-        m_run.report.NoteBand(1, to);
+        m_step.NoteBand(ImageRole::Input, from);
+        m_step.NoteBand(ImageRole::Output, to);
     }
-    void NoteEnded() override {}
+    void NoteEnded() override { m_step.BandDone(); }
 
 private:
     const Run& m_run;
     const Job& m_job;
     const CImageObj& m_src;
     const CImageObj& m_dst;
+    Step& m_step;
 };
 
 /// Plans both objects as one step, with bands in the proportion of their heights.
@@ -109,7 +96,7 @@ void PlanWork(const Run& run, const Job& job, PlannedImage& src, PlannedImage& d
 
 void WorkStep(const Run& run, const Job& job, PlannedImage& src, PlannedImage& dst)
 {
-    run.report.BeginStep(job.szName, job.nIpNo);
+    Step step(run.report, job.szName, job.nIpNo);
     PlanWork(run, job, src, dst);
     // A work that looks at lines beyond its own leaves the source's band as planned and takes fewer lines of
     // the destination.
@@ -118,53 +105,49 @@ void WorkStep(const Run& run, const Job& job, PlannedImage& src, PlannedImage& d
                                      [&](int, int nSrc) { return nSrc <= nSrcLines; });
     dst.SetBandHeight(bands.nLines);
     src.SetBandHeight(MostSourceLines(*job.pWork, bands));
-    StepPlan plan{job.szName,
-                  job.nIpNo,
-                  {src.Plan("object", ImageRole::Input), dst.Plan("result", ImageRole::Output)},
-                  dst.NotedBudget()};
-    plan.images[0].nBands = plan.images[1].nBands = bands.Count();
-    run.report.PlanStep(plan);
-    run.report.History().NoteCharges({src.m_nAreaSize, dst.m_nAreaSize});
-    run.report.History().Count({.nSpilled = plan.images[1].nTemporary});
+    ImagePlan in = src.Plan(ImageRole::Input);
+    ImagePlan out = dst.Plan(ImageRole::Output);
+    in.nBands = out.nBands = bands.Count();
+    step.Plan({in, out}, run.lib.Taken());
+    step.NoteCharges({.nInput = src.m_nAreaSize, .nOutput = dst.m_nAreaSize});
+    step.Count({.nSpilled = out.nTemporary});
 
     if (!run.settings.bPlan) {
-        StepWatch watch(run, job, src, dst);
-        run.report.ExpectBands(bands.Count(), FileBytes(job.eTo, job.size));
+        StepWatch watch(run, job, src, dst, step);
+        step.ExpectBands(bands.Count(), FileBytes(job.eTo, job.size));
         watch.CheckSource(src.SetFrameColor(job.frame.nMode, static_cast<int>(job.frame.nColor)));
         FillFrom(run, src, dst, *job.pWork, bands, watch);
         if (!run.settings.szDump.empty())
             DumpObjects(run, src, dst);
     }
     src.Destroy();
-    run.report.History().NoteCharges({0, dst.m_nAreaSize});
-    run.report.EndStep();
+    step.NoteCharges({.nOutput = dst.m_nAreaSize});
+    step.End();
 }
 
 } // namespace
 
 void ExportStep(const Run& run, PlannedImage& object, Format eTo, bool bReversed, bool bOwnAlpha)
 {
-    run.report.BeginStep("export", kIpWrite);
+    Step step(run.report, "export", kIpWrite);
     T_ImgInf& inf = run.pair.Output();
-    object.BeginTransfer();
-    if (run.settings.bPlan) {
-        run.lib.CheckStep(PlanExport(object, inf), "export", 0);
-    } else {
-        const std::int64_t nBytes = FileBytes(eTo, {inf.nWidth, inf.nHeight});
+    const std::int64_t nBytes = FileBytes(eTo, {inf.nWidth, inf.nHeight});
+    if (run.pOutput)
         run.pOutput->CheckRoom(nBytes); // again: temporary files may have taken it
-        const DWORD nCode = ExportImg(&object, &inf, bReversed ? 1 : 0, nullptr, bOwnAlpha ? 0 : 1);
+    const DWORD nCode = object.Export(inf, bReversed, bOwnAlpha);
+    if (run.pOutput)
         run.lib.CheckExport(nCode, run.pOutput->Path(),
                             {static_cast<std::uintmax_t>(nBytes), run.pOutput->AvailableBytes()});
-    }
-    run.report.History().Count({.nWritten = LineBytes(eTo, inf.nWidth) * inf.nHeight});
-    EndTransfer(run, "export", kIpWrite, inf, object, object.NotedPlan(ImageRole::Input),
-                ExternalPlan(run, ImageRole::Output, eTo, inf, object));
+    else
+        run.lib.CheckStep(nCode, "export", 0);
+    step.Count({.nWritten = LineBytes(eTo, inf.nWidth) * inf.nHeight});
+    EndTransfer(run, step, ImageRole::Output, eTo, object);
 }
 
 void RunWholeScheme(const Run& run, const InputFile& input, const Job& job)
 {
-    PlannedImage object(run.settings.bPlan);
-    ImportStep(run, input, object, job.bReversedLines);
+    PlannedImage object(run.settings.bPlan, "object");
+    ImportStep(run, input, object, job.order.bLines);
     if (!job.pWork)
         return ExportStep(run, object, job.eTo, false, job.bOwnAlpha);
     PlannedImage result(run.settings.bPlan, "result");

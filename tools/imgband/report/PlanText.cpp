@@ -1,6 +1,6 @@
-// The plan's numbers and words.
+// The words and the table of a plan.
 
-#include "report/RunPlan.h"
+#include "report/PlanText.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -27,30 +27,7 @@ const char* StateName(const ImagePlan& plan)
     return plan.bFile ? "mapped whole" : "memory";
 }
 
-template <class Part> std::int64_t Sum(const std::vector<ImagePlan>& images, Part part)
-{
-    std::int64_t nSum = 0;
-    for (const ImagePlan& plan : images)
-        nSum += plan.*part;
-    return nSum;
-}
-
 } // namespace
-
-std::int64_t StepPlan::Charged() const
-{
-    return Sum(images, &ImagePlan::nCharged);
-}
-
-std::int64_t StepPlan::Temporary() const
-{
-    return Sum(images, &ImagePlan::nTemporary);
-}
-
-int BandCount(int nHeight, int nBandLines)
-{
-    return static_cast<int>((std::int64_t{nHeight} + nBandLines - 1) / nBandLines);
-}
 
 std::string MiB(std::int64_t nBytes)
 {
@@ -86,44 +63,32 @@ nlohmann::ordered_json PlanJson(const StepPlan& step)
     return images;
 }
 
-std::int64_t RunPlan::PeakTemporary() const
+Totals TotalsOf(const std::vector<StepRecord>& steps)
 {
-    std::int64_t nPeak = 0;
-    for (const StepPlan& step : m_steps)
-        nPeak = std::max(nPeak, step.Temporary());
-    return nPeak;
+    Totals most;
+    for (const StepRecord& step : steps) {
+        most.nTemporary = std::max(most.nTemporary, step.plan.Temporary());
+        most.nBudget = std::max(most.nBudget, step.plan.nBudget);
+    }
+    return most;
 }
 
-std::int64_t RunPlan::PeakBudget() const
+std::string TotalsText(const Totals& totals)
 {
-    std::int64_t nPeak = 0;
-    for (const StepPlan& step : m_steps)
-        nPeak = std::max(nPeak, step.nBudget);
-    return nPeak;
+    return fmt::format("peak of the budget {}, temporary files at most {} at a time", MiB(totals.nBudget),
+                       MiB(totals.nTemporary));
 }
 
-void RunPlan::TellTotals(nlohmann::ordered_json& json) const
-{
-    if (!m_szScheme.empty())
-        json["scheme"] = m_szScheme;
-    json["temporary_bytes"] = PeakTemporary();
-    json["peak_budget_bytes"] = PeakBudget();
-}
-
-std::string RunPlan::Totals() const
-{
-    return fmt::format("peak of the budget {}, temporary files at most {} at a time", MiB(PeakBudget()),
-                       MiB(PeakTemporary()));
-}
-
-std::string RunPlan::Table() const
+std::string PlanTable(const std::string& szScheme, const std::vector<StepRecord>& steps)
 {
     constexpr const char* kRow = "{:<8} {:<18} {:<28} {:>11} {:>7} {:>14} {:>14}\n";
-    std::string szTable = m_szScheme.empty() ? "" : fmt::format("scheme: {}\n", m_szScheme);
+    std::string szTable = szScheme.empty() ? "" : fmt::format("scheme: {}\n", szScheme);
     szTable += fmt::format(kRow, "step", "image", "place", "band lines", "bands", "charged", "temporary");
-    for (const StepPlan& step : m_steps)
-        for (const ImagePlan& plan : step.images)
-            szTable += fmt::format(kRow, step.szStep, plan.szImage, plan.szPlace, plan.nBandLines,
+    for (const StepRecord& step : steps)
+        for (const ImagePlan& plan : step.plan.images)
+            szTable += fmt::format(kRow, step.plan.szStep, plan.szImage, plan.szPlace, plan.nBandLines,
                                    plan.nBands, plan.nCharged, plan.nTemporary);
-    return szTable + fmt::format("{} (bytes: {} and {})\n", Totals(), PeakBudget(), PeakTemporary());
+    const Totals totals = TotalsOf(steps);
+    return szTable +
+           fmt::format("{} (bytes: {} and {})\n", TotalsText(totals), totals.nBudget, totals.nTemporary);
 }

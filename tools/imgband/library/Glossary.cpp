@@ -1,6 +1,9 @@
 // Looking up and taking apart report texts.
 
-#include "report/Glossary.h"
+#include "library/Glossary.h"
+
+#include "MemoryManager/MemoryManager.h"
+#include "system/Text.h"
 
 #include <algorithm>
 #include <iterator>
@@ -88,6 +91,11 @@ std::optional<std::vector<std::string>> FilledIn(const std::string& szPattern, c
 {
     std::vector<std::string> values;
     return Take(szPattern, szText, values) ? std::optional(values) : std::nullopt;
+}
+
+std::string ProcessName(int nIpNo)
+{
+    return os::Utf8FromCp932(CImageObj::GetIpName(nIpNo));
 }
 
 } // namespace glossary

@@ -21,4 +21,7 @@ std::string English(const std::string& szText);
 /// The numbers and texts that a report filled into a pattern, in their order; none if it is another text.
 std::optional<std::vector<std::string>> FilledIn(const std::string& szPattern, const std::string& szText);
 
+/// The library's name of a process identifier.
+std::string ProcessName(int nIpNo);
+
 } // namespace glossary

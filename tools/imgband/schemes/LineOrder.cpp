@@ -1,0 +1,24 @@
+// Who reverses lines and pixels.
+
+#include "schemes/LineOrder.h"
+
+#include "pictures/Formats.h"
+
+bool IsStoredBottomUp(Format eFormat)
+{
+    return IsBitmap(eFormat);
+}
+
+LineOrder LineOrder::Between(bool bBottomUp, Format eTo, bool bTurn)
+{
+    return {(bBottomUp != IsStoredBottomUp(eTo)) != bTurn, bTurn};
+}
+
+LineOrder LineOrder::LeftToWork(Scheme eScheme, bool bOneObject) const
+{
+    if (eScheme == Scheme::Whole)
+        return {false, bPixels};
+    if (bOneObject)
+        return {false, bPixels != bLines};
+    return *this;
+}
