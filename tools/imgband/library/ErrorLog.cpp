@@ -1,4 +1,4 @@
-// The error log's place and its last line.
+// Where the error log is, and its last entry.
 
 #include "library/ErrorLog.h"
 
@@ -18,7 +18,7 @@ namespace {
 
 constexpr const char* kLogName = "FileAccessErrorLog.txt";
 
-// Then the number of the run's process.
+// The number of the run's process follows.
 constexpr const char* kNameBeginning = "imgband-";
 
 void RemoveLogsOfDeadRuns(const std::string& szParent)
@@ -36,7 +36,7 @@ void RemoveLogsOfDeadRuns(const std::string& szParent)
 
 } // namespace
 
-// The name cannot be foreseen: in a folder that others can write to, nobody can have put a link there.
+// Nobody can foresee the name and put a link there, even in a folder that others can write to.
 ErrorLog::ErrorLog(const std::string& szParent)
 {
     const std::string szName =

@@ -11,12 +11,12 @@ struct LoggedError
     int nSystemError;
 };
 
-/// A log of this run's own, in a folder that the library makes when it has something to record and that the
-/// destructor removes.
+/// The log of this run alone. The library makes its folder when it has something to record; the destructor
+/// removes both.
 class ErrorLog
 {
 public:
-    /// Sets the library's log to a new folder name in szParent, and removes there what killed runs left.
+    /// Gives the library's log a new folder in szParent, and removes the logs there that killed runs left.
     explicit ErrorLog(const std::string& szParent);
     ~ErrorLog();
     ErrorLog(const ErrorLog&) = delete;
@@ -24,7 +24,7 @@ public:
 
     const std::string& Folder() const { return m_szFolder; }
 
-    /// The last entry of this run; none when the library recorded nothing, or could not.
+    /// The last entry of this run; none when the library recorded nothing, or could not write the log.
     std::optional<LoggedError> LastError() const;
 
     /// Removes a run's log and its folder.

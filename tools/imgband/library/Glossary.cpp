@@ -37,8 +37,8 @@ std::size_t NumberLength(std::string_view szText)
     return nEnd > nSign ? nEnd : 0;
 }
 
-/// Compares from left to right. A text that is filled in ends where the pattern first goes on, the pattern's
-/// last one as late as it can.
+/// Compares from left to right. A filled-in text ends where the pattern's next words first appear; the
+/// pattern's last one is as long as possible.
 bool Take(std::string_view szPattern, std::string_view szText, std::vector<std::string>& values)
 {
     const std::size_t nLiteral = std::min(szPattern.find('%'), szPattern.size());

@@ -14,14 +14,15 @@ namespace glossary {
 MM_REPORT_TEXTS(DECLARE_TEXT)
 #undef DECLARE_TEXT
 
-/// What a report text or the name of a process says in English, with the numbers and texts that a report
-/// filled in, themselves in English too. A text that is none of the library's stays as it is.
+/// A report text or the name of a process in English. Numbers that a report filled in stay; texts are put
+/// into English too. A text that is not the library's stays as it is.
 std::string English(const std::string& szText);
 
-/// The numbers and texts that a report filled into a pattern, in their order; none if it is another text.
+/// The numbers and texts that a report filled into a pattern, in their order; none when the text was not made
+/// from the pattern.
 std::optional<std::vector<std::string>> FilledIn(const std::string& szPattern, const std::string& szText);
 
-/// The library's name of a process identifier.
+/// The library's name of a process identifier, in UTF-8.
 std::string ProcessName(int nIpNo);
 
 } // namespace glossary

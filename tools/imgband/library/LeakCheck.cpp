@@ -11,8 +11,8 @@
 #include <fmt/format.h>
 #include <system_error>
 
-// Those that are closed, but not removed: the library cleaned the folder when the run began. Names without
-// bytes are left out, for another process makes them a moment before it locks them.
+// Counts the files that were closed, but not removed. Older ones are not this run's: the library cleaned the
+// folder when it began. Empty ones may be another process's, which makes a file a moment before it locks it.
 int LeakCheck::FilesLeftBehind() const
 try {
     const auto age = std::chrono::ceil<std::chrono::seconds>(std::chrono::steady_clock::now() - m_begin);
@@ -25,7 +25,7 @@ try {
     return 0; // a folder that cannot be read took no file
 }
 
-// A store in memory is known by its object only, one in a file by the file too.
+// A store in memory is known only by its object; one in a file can also be found by the file.
 void LeakCheck::Print() const
 {
     const os::HeldFiles held = os::FindHeldFiles();

@@ -3,12 +3,12 @@
 
 #include <chrono>
 
-/// Made when a run begins; looks when all of its objects are gone.
+/// Made when a run begins, and asked when all of its objects are gone.
 class LeakCheck
 {
 public:
-    /// Tells on standard error what of the budget was not given back, which stores of images still exist, and
-    /// which temporary files of this run are left.
+    /// Tells on standard error how much of the budget was not given back, how many stores of images still
+    /// exist, and how many temporary files of this run are left.
     void Print() const;
 
 private:

@@ -1,4 +1,4 @@
-// One run's use of the library: set-up and results.
+// Setting the library up, and putting its results into words.
 
 #include "library/Library.h"
 
@@ -14,8 +14,8 @@ namespace {
 
 constexpr LONG kWholeBandCap = 24; // MiB
 
-// Bands that go from file to file are made anew each time. Those of a few MiB stay in the processor's caches,
-// and are still large enough for pages of 2 MiB.
+// MiB. The unit scheme allocates every band anew. A few MiB stay in the processor's caches, and are still
+// large enough for pages of 2 MiB.
 constexpr LONG kUnitBandCap = 8;
 
 std::string ChooseTemporaryFolder(const LibrarySettings& settings)
@@ -35,7 +35,7 @@ std::string ChooseTemporaryFolder(const LibrarySettings& settings)
 ExitStatus StatusOfSystemError(std::optional<int> nError)
 {
     if (!nError)
-        return ExitStatus::NoRoom; // what kept the library from its log kept it from the file
+        return ExitStatus::NoRoom; // the log could not be written for the same reason as the file
     switch (*nError) {
     case 2:   // file not found
     case 3:   // path not found
@@ -162,7 +162,7 @@ void Library::CheckExport(DWORD nCode, const std::string& szOutput, Room room) c
     } else if (nCode == MM_NO_MEMORY) {
         failure.szTry = "a smaller --budget";
     }
-    // The library has no system error for a mapping that could not be made, or only that of what came after.
+    // For a mapping that could not be made the log has no system error, or that of a later operation.
     if (failure.eStatus == ExitStatus::JobFailed && room.nAvailable < room.nWanted) {
         failure.eStatus = ExitStatus::NoRoom;
         failure.room = room;

@@ -20,7 +20,7 @@ struct LibraryFacts
 class Library
 {
 public:
-    /// @param bJson  an interrupt is told as a JSON object too
+    /// @param bJson  an interrupted run prints a JSON object too
     Library(const LibrarySettings& settings, bool bJson);
 
     LibraryFacts Facts(Scheme eScheme) const;
@@ -28,14 +28,14 @@ public:
     /// Bytes of the budget that are allotted now.
     LONG Taken() const;
 
-    /// Throw a Failure unless nCode is 0, in words about the input, a step, or the output. Temporary files
-    /// and the output have a size, so that a failure can tell what was missing.
+    /// Each throws a Failure unless nCode, a code of the library, is 0. nTemporaryBytes is the size of the
+    /// temporary file that may have been the reason; room is what the output needs and has.
     void CheckImport(DWORD nCode, const std::string& szInput, std::int64_t nTemporaryBytes) const;
     void CheckRead(DWORD nCode, const std::string& szInput) const;
     void CheckStep(DWORD nCode, const std::string& szStep, std::int64_t nTemporaryBytes) const;
     void CheckExport(DWORD nCode, const std::string& szOutput, Room room) const;
 
-    /// Whether the library recorded a failure in this run. Some it only records.
+    /// Whether the library recorded a failure in this run. It does not return all that it records.
     bool HasRecordedError() const { return m_log.LastError().has_value(); }
 
 private:
@@ -47,14 +47,16 @@ private:
     LONG m_nBudget;
 };
 
-/// Sizes the library's budget, mappings and bands.
+/// Sizes the library's budget, mappings and bands. Nothing may be allotted yet.
 void SizeBudget(const LibrarySettings& settings);
 
-/// Lets the bands of a step in the unit scheme take that much of the free budget. A larger cap stays.
+/// Raises the cap of a step's bands in the unit scheme to nBytes, or to the free budget if that is less. A
+/// higher cap stays.
 void RaiseUnitBandCap(std::int64_t nBytes);
 
 /// Removes what an interrupted run left in the temporary folder and its error log's folder.
 void CleanUpInterruptedRun(const std::string& szLogFolder);
 
-/// Name of the arguments that an interrupted run starts the program with: status, log folder, --json.
+/// The first argument of the program when an interrupted run starts it to clean up. Status, log folder and
+/// --json follow.
 inline constexpr const char* kInterruptedCommand = "--interrupted-run";

@@ -18,7 +18,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// An object that only looks like one of the step's images: it has neither bytes nor a share of the budget.
+/// An object that looks like one of the step's images to a report, but has no bytes and no share of the
+/// budget.
 class StandIn final : public CImageObj
 {
 public:
@@ -31,7 +32,7 @@ public:
         if (plan.bFile)
             m_store.SetFileHandle(kUnusedHandle);
     }
-    // Nothing is there for the base class to give back.
+    // The base class has nothing to give back.
     ~StandIn()
     {
         m_nAreaSize = 0;
@@ -41,13 +42,13 @@ public:
     StandIn& operator=(const StandIn&) = delete;
 
 private:
-    /// The report asks only whether a store has a file, for which every handle but -1 stands.
+    /// Every handle but -1 means that the store has a file. A report asks no more than that.
     static constexpr HANDLE kUnusedHandle = nullptr;
 
     CImageCtrl m_store;
 };
 
-/// The step's images of one role, for the library to look at.
+/// Stand-ins for the step's images of one role.
 class StandIns
 {
 public:
@@ -65,7 +66,7 @@ private:
     std::vector<CImageObj*> m_pointers;
 };
 
-/// The free budget is nFree bytes for a scope, in which no other thread can use it.
+/// The free budget is nFree bytes for a scope. The lock keeps other threads from planning with it.
 class FreeBudget
 {
 public:
@@ -78,7 +79,7 @@ public:
     FreeBudget& operator=(const FreeBudget&) = delete;
 
 private:
-    os::LockScope m_lock{CImageObj::GetCS()}; // first: the budget is read under it
+    os::LockScope m_lock{CImageObj::GetCS()}; // before the budget is read
     LONG m_nTaken;
 };
 
@@ -90,7 +91,7 @@ LibraryReports::LibraryReports(const std::string& szFolder) : m_szFolder(szFolde
     CImageObj::DbgCImgLogInit();
 }
 
-// Lists without sections make no files when the library writes them.
+// Lists are emptied first: the library writes no files for empty ones.
 LibraryReports::~LibraryReports()
 {
     CImageObj::ms_WorkList = nullptr;
@@ -115,8 +116,8 @@ void LibraryReports::NoteMapping(const void* pAddress, const std::string& szName
     CImageObj::MapList(const_cast<void*>(pAddress), os::Cp932FromUtf8(szName).c_str());
 }
 
-// The table takes the free budget of the moment, which is that of the plan no more once the step's bands or
-// its external image were given back, and never was in a run that is only planned.
+// The table tells the free budget of the moment, which at the end of a step depends on what was given back by
+// then. With the budget that the plan left, a run and its plan tell the same.
 void LibraryReports::NoteStep(const StepPlan& step, LONG nBudget)
 {
     StandIns in(step, ImageRole::Input), out(step, ImageRole::Output), tmp(step, ImageRole::Temporary);
@@ -155,7 +156,7 @@ std::string LibraryReports::Text(CWorkTableList* pTable) const
 {
     if (!pTable)
         return "";
-    // Named like what other runs clear away when this one is killed right now.
+    // The name is that of an error log's folder: other runs remove it if this one is killed now.
     const std::string szName = os::UnusedName(fmt::format("/imgband-{}-", os::ProcessNumber()));
     const auto szPlace = os::LibraryFolder(m_szFolder);
     const bool bWritten = szPlace && pTable->FlushData((*szPlace + szName).c_str()) == 1;

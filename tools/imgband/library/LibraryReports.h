@@ -7,36 +7,35 @@
 #include <optional>
 #include <string>
 
-/// Switches the library's reports on for its life. Reads them back through private files, so that nothing
-/// appears in the folders where the library writes them by itself. One at a time, used by one thread.
+/// The library's reports are on as long as this object lives. It reads them back through private files, so
+/// that nothing appears in the folders where the library would write them. One at a time, used by one thread.
 class LibraryReports
 {
 public:
-    /// @param szFolder  where a private file can be made for a moment; without room there the reports are
-    ///                  empty
+    /// @param szFolder  takes a private file for a moment; the reports are empty when it has no room
     explicit LibraryReports(const std::string& szFolder);
     ~LibraryReports();
     LibraryReports(const LibraryReports&) = delete;
     LibraryReports& operator=(const LibraryReports&) = delete;
 
-    /// Tells the thread list that this thread enters or leaves a step.
+    /// Enters into the thread list that this thread begins or ends a step.
     /// @param nIpNo  process identifier, see ProcessIds.h
     void Enter(int nIpNo, const std::string& szWork);
     void Leave(int nIpNo, const std::string& szWork);
 
-    /// Tells the mapping list of a band's first pixel.
+    /// Enters the address of a band's first pixel into the mapping list.
     void NoteMapping(const void* pAddress, const std::string& szName);
 
-    /// Tells the memory table of a planned step, with the budget that its plan leaves.
-    /// @param nBudget  of the run, in bytes
+    /// Enters a planned step into the memory table, with the budget that its plan leaves.
+    /// @param nBudget  the run's, in bytes
     void NoteStep(const StepPlan& step, LONG nBudget);
 
-    /// The reports as the library writes them, in UTF-8; empty when there is none.
+    /// The reports as the library writes them, but in UTF-8; empty when nothing was entered.
     std::string MemoryTable();
     std::string ThreadList();
     std::string MappingList();
 
-    /// Bytes of the fullest step of the memory table; none when it was told of none.
+    /// Most bytes that a step of the memory table took; none when it has no step.
     std::optional<int> MaximumBytes();
 
 private:

@@ -14,9 +14,9 @@ struct TransferPlan
     BudgetMoment moment{};    ///< when it was so
 };
 
-/// A real one is an image object as any other. A dry one takes part in the planning like a real one, but has
-/// no bytes: where the planner asks for a store, it only notes what kind that would be. So a plan is made by
-/// the library's own planner, and cannot differ from the run.
+/// A real one is an image object like any other. A dry one is planned like a real one, but has no bytes:
+/// where the planner asks for its store, it only notes what kind that would be. So the library's own planner
+/// makes the plan of a run, and the run does not differ from it.
 ///
 /// Used by one thread. Codes are those of ResultCodes.h.
 class PlannedImage final : public CImageObj
@@ -28,27 +28,28 @@ public:
     PlannedImage(const PlannedImage&) = delete;
     PlannedImage& operator=(const PlannedImage&) = delete;
 
-    /// Objects whose store may still exist: they live, or went without giving it up.
+    /// Number of objects whose store may still exist: they live, or were destroyed without giving it up.
     static int Holding() { return ms_nHolding; }
 
     const std::string& Name() const { return m_szName; }
 
-    /// Gives it a size and a format, to be planned, with nMargin pixels around the image.
+    /// Gives the object a size and a format, with nMargin pixels around the image. It can be planned then.
     /// @return a code of SetImageInfo
     DWORD SetGeometry(int nWidth, int nHeight, int nFormat, int nMargin = 0);
 
-    /// Gives the charge of a dry image in a file back, as the planner does for a real one that it plans
-    /// again.
+    /// Gives back the charge of a dry image in a file. The planner does so itself for a real one that it
+    /// plans again.
     void ReturnDryCharge();
 
-    /// ImportImg and ExportImg. With a dry object they are planned only: no pixel and no file is touched.
-    /// @param bReversed  the first line is the last one that is stored
-    /// @param bOwnAlpha  a fourth sample that is written is the object's own, else opaque
+    /// ImportImg and ExportImg. A dry object only plans them: no pixel and no file is touched.
+    /// @param inf        the external image, set up for the import or export
+    /// @param bReversed  the object's first line is the last stored one
+    /// @param bOwnAlpha  a fourth sample that is written is the object's own; else it is opaque
     /// @return a code of the library
     DWORD Import(T_ImgInf& inf, bool bReversed);
     DWORD Export(T_ImgInf& inf, bool bReversed, bool bOwnAlpha);
 
-    /// The last Import or Export. It tells of the object in the role that it had there.
+    /// What the last Import or Export was given. The object's role is the one that it had there.
     const TransferPlan& Transfer() const { return m_transfer; }
 
     /// The object as it is held now.

@@ -1,8 +1,8 @@
-// Import and export of a planned image, and what they were given of the budget.
+// Import and export of a planned image, and what the planner gave to them.
 //
-// The library plans a transfer, moves its bands and drops the external image in one call. What a real
-// transfer was given can be seen only where the library asks the object for its geometry or its band height:
-// it does so while it plans, and a last time ahead of the first band, when both images are charged.
+// The library plans a transfer, moves its bands and drops the external image in one call. Only where it asks
+// the object for its geometry or its band height can the host see how far it is. It asks while it plans, and
+// for the last time just before the first band, when both images are charged: the last note is the plan.
 
 #include "library/PlannedImage.h"
 
@@ -10,14 +10,14 @@
 
 namespace {
 
-/// An external image of which there is a description, but no file and no block.
+/// An external image that has a description, but no file and no block.
 class DryExternal final : public CImageObjIO
 {
 public:
     DWORD Create(LONG, LONG, int) override { return MM_SUCCESS; }
 
-    /// Sets it up over a block that is nothing but a bitmap's header, and then lets it stand for the real
-    /// thing: until its store is made, the planner looks at its access type only.
+    /// Sets it up over a block that is only a bitmap's header. Then it takes the access type of the real
+    /// image, which is all that the planner looks at before it asks for the store.
     DWORD SetUp(T_ImgInf inf, tag_E_IMGTYPE eRole, bool bReversed)
     {
         const tag_E_ACSTYPE eAccess = inf.eAcsType;
@@ -100,7 +100,7 @@ DWORD PlannedImage::EndTransfer(DWORD nCode)
     return nCode;
 }
 
-// The reserve is what a second planning attempt withholds while the object lives.
+// After a second planning attempt the object withholds the reserve, which is no part of what is in use.
 void PlannedImage::NoteTransfer()
 {
     const LONG nWithheld = m_nReserveTaken ? ms_ReserveMemory : 0;

@@ -21,13 +21,13 @@ struct ImagePlan
 {
     std::string szImage; ///< what it is, with its format
     ImageRole eRole;
-    T_ImageLrg_tag info;     ///< its geometry, frame and weight; of a picture file its size, without margins
-    std::string szPlace;     ///< where its bytes are
-    bool bFile = false;      ///< they are in a file, its own or a temporary one
-    std::int64_t nBytes = 0; ///< bytes of the whole image there
-    int nBandLines = 0;      ///< lines of a band; all lines when it is reached whole
-    int nBands = 0;          ///< bands that it is worked on in
-    std::int64_t nCharged = 0;   ///< bytes of the budget
+    T_ImageLrg_tag info;       ///< geometry, frame and weight; a picture file has only a size, and no margins
+    std::string szPlace;       ///< where its bytes are, in words
+    bool bFile = false;        ///< that is a file: the picture's or a temporary one
+    std::int64_t nBytes = 0;   ///< bytes of the whole image there
+    int nBandLines = 0;        ///< of a band; all lines when the image is reached whole
+    int nBands = 0;            ///< in which it is worked on
+    std::int64_t nCharged = 0; ///< bytes of the budget
     std::int64_t nTemporary = 0; ///< bytes of its temporary file
 };
 

@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <vector>
 
-/// Keeps at most kMost points, each of which stands for the same number of samples; when there are more, two
-/// points become one. Sample::Merge(later) keeps its own time and the most of both.
+/// Keeps at most kMost points. Each stands for the same number of samples; when there are too many, every two
+/// become one by Sample::Merge(later), which keeps its own time and the most of both.
 ///
 /// Takes its memory once, so that adding never fails.
 template <class Sample, std::size_t kMost> class BoundedSeries

@@ -34,7 +34,7 @@ ordered_json StepJson(const StepRecord& step, std::int64_t nBudget, bool bPlan)
     return json;
 }
 
-/// What the images of the step's plan do not account for is charged to others.
+/// What is taken of the budget, but not by the images of the step's plan, is told as "other".
 ordered_json SampleJson(const StepHistory::Sample& sample, const StepPlan& plan, LONG nBudget)
 {
     ordered_json charged = ordered_json::array();

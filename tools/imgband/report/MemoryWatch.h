@@ -1,5 +1,5 @@
 #pragma once
-// The memory that a run takes, watched from beside it.
+// The memory of the process in the course of a run.
 
 #include "report/BoundedSeries.h"
 #include "system/Process.h"
@@ -9,17 +9,18 @@
 #include <nlohmann/json.hpp>
 #include <thread>
 
-/// The larger of each of both.
+/// The larger private memory of both, and the larger mapped memory.
 os::ResidentMemory Larger(os::ResidentMemory a, os::ResidentMemory b);
 
-/// Looks at the process's memory every 2 ms, in a thread of its own.
+/// Looks at the process's memory every 2 ms, on its own thread. Used by one thread.
 class MemoryWatch
 {
 public:
-    /// @param begin  of the run
+    /// @param begin  of the run; times count from there
     explicit MemoryWatch(std::chrono::steady_clock::time_point begin);
 
-    /// The largest private and the largest mapped memory since the last call, of moments of their own.
+    /// The largest private and the largest mapped memory since the last call. They may be of different
+    /// moments.
     os::ResidentMemory TakePeak();
 
     /// Adds "memory_over_time" to a report.
@@ -37,8 +38,8 @@ private:
     os::ResidentMemory Look();
 
     std::chrono::steady_clock::time_point m_begin;
-    std::mutex m_mutex; // of peak and samples
+    std::mutex m_mutex; ///< of peak and samples
     os::ResidentMemory m_peak;
     BoundedSeries<Sample, 512> m_samples;
-    std::jthread m_watcher; // last: it uses the others
+    std::jthread m_watcher; ///< last: it uses the others
 };

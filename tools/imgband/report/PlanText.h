@@ -12,9 +12,11 @@ std::string MiB(std::int64_t nBytes);
 
 /// The step's images, a line for each.
 std::string PlanText(const StepPlan& step);
+
+/// The step's images as an array.
 nlohmann::ordered_json PlanJson(const StepPlan& step);
 
-/// What a run takes at most at a time. The temporary files of a step live together.
+/// The most that a run takes at a time. All temporary files of a step exist at once.
 struct Totals
 {
     std::int64_t nTemporary = 0; ///< bytes of temporary files
@@ -22,7 +24,7 @@ struct Totals
 };
 Totals TotalsOf(const std::vector<StepRecord>& steps);
 
-/// In one line.
+/// The totals in one line.
 std::string TotalsText(const Totals& totals);
 
 /// All images of all steps, with the totals.

@@ -1,5 +1,5 @@
 #pragma once
-// The line on a terminal that tells how far a step is.
+// The line on a terminal that shows how far a step is.
 
 #include <chrono>
 #include <cstdint>
@@ -9,7 +9,7 @@
 class Progress
 {
 public:
-    /// Takes away whatever the terminal's line holds.
+    /// Clears the terminal's line.
     static constexpr const char* kWipe = "\r\033[K";
 
     explicit Progress(bool bSilent) : m_bSilent(bSilent) {}
@@ -17,16 +17,16 @@ public:
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    /// Begins a step; of one that is a single call of the library only the name is shown.
+    /// Begins a step and shows its name. A step that expects no bands shows no more.
     void Begin(const std::string& szStep);
 
-    /// The step's bands, and the bytes of all of them.
+    /// The step's bands, and the bytes of all of them together. To be told ahead of the first Advance.
     void Expect(int nBands, std::int64_t nBytes);
 
     /// One more band is done.
     void Advance();
 
-    /// Takes the line away, so that other text can be written.
+    /// Clears the line, so that other text can be written.
     void Wipe();
 
 private:

@@ -110,7 +110,6 @@ void Report::TellTotal()
                         TotalsText(TotalsOf(m_steps))));
 }
 
-// What is written must not run into the progress line.
 void Report::Say(const std::string& szText)
 {
     m_progress.Wipe();
@@ -161,7 +160,7 @@ void Report::Fail(const Failure& failure)
     if (m_settings.bJson)
         os::Print(stdout, JsonText(document));
     else if (!m_settings.bQuiet)
-        os::Print(stdout, m_szData); // what was found before
+        os::Print(stdout, m_szData); // results until then
     Say(fmt::format("imgband: {}\n", failure.Message()));
     WriteFiles(std::move(document));
 }

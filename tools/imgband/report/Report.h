@@ -17,40 +17,40 @@
 #include <string>
 #include <vector>
 
-/// Collects a run's results, and tells them once: by Succeed or by Fail. Used by one thread.
+/// Collects what a run does, and tells it once: by Succeed or by Fail. Used by one thread.
 class Report
 {
 public:
-    /// @param settings   used as long as the report lives
-    /// @param szCommand  empty when the command line told none
+    /// @param settings   outlives the report
+    /// @param szCommand  empty when the command line named none
     /// @param bPlan      steps are planned only
     Report(const ReportSettings& settings, const std::string& szCommand, bool bPlan);
 
     const ReportSettings& Settings() const { return m_settings; }
 
-    /// Tells what the library works with, ahead of the first Step.
+    /// Tells what the library works with. Every Step comes after this.
     void TellSettings(const LibraryFacts& library, int nThreads);
 
-    /// Tells how pictures go through the library.
+    /// Tells how pictures go through the library: "whole" or "unit".
     void TellScheme(const std::string& szScheme) { m_szScheme = szScheme; }
 
-    /// Tells the picture that the run has written.
+    /// Tells of the picture that the run has written: this is its result and its summary.
     void TellPicture(const std::string& szPath, Format eFormat, ImageSize size);
 
-    /// Results of the command for the JSON object.
+    /// Results of the command, which become keys of the JSON object.
     nlohmann::ordered_json& Json() { return m_json; }
 
-    /// Data for standard output, in place of JSON.
+    /// Results of the command as text, for standard output without --json.
     void SetData(const std::string& szText) { m_szData = szText; }
 
     /// One line about what was done, for standard error.
     void SetSummary(const std::string& szText) { m_szSummary = szText; }
 
-    /// Tells something on standard error, clear of the progress line.
+    /// Writes to standard error, clear of the progress line.
     void Say(const std::string& szText);
 
-    /// The run is over: prints its results, and writes the reports that are wanted. One that cannot be
-    /// written is a line on standard error.
+    /// The run is over: prints its results and writes the reports that are wanted. For a report that cannot
+    /// be written there is a line on standard error.
     void Succeed();
     void Fail(const Failure& failure);
 
@@ -78,8 +78,8 @@ private:
     std::string m_szCommand;
     bool m_bPlan;
     std::chrono::steady_clock::time_point m_begin = std::chrono::steady_clock::now();
-    std::unique_ptr<MemoryWatch> m_pWatch;      ///< only where its figures are told
-    std::unique_ptr<LibraryReports> m_pReports; ///< only for reports
+    std::unique_ptr<MemoryWatch> m_pWatch;      ///< null where nobody wants its figures
+    std::unique_ptr<LibraryReports> m_pReports; ///< null without reports
     Progress m_progress;
     std::optional<Setup> m_setup; ///< none while the library is not used
     std::string m_szScheme;       ///< empty for commands without one
@@ -90,5 +90,6 @@ private:
     std::string m_szSummary;
 };
 
-/// The object that a run prints which a signal ended.
+/// What is printed for a run that a signal ended.
+/// @param nStatus  exit status: 128 and the number of the signal
 void PrintInterrupted(int nStatus, bool bJson);

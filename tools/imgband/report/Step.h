@@ -9,43 +9,44 @@
 
 class Report;
 
-/// What happens in a step is told to this object, and by its end becomes part of the report. One at a time;
-/// used by the thread that the report belongs to.
+/// What happens in a step is told to this object. When the step ends, it becomes part of the report. There is
+/// one at a time, used by the thread of its report.
 class Step
 {
 public:
-    /// The step begins. The report has been told the run's settings, and outlives the step.
+    /// The step begins.
+    /// @param report has been told the settings, and outlives the step
     /// @param nIpNo  process identifier, see ProcessIds.h
     Step(Report& report, const std::string& szStep, int nIpNo);
 
-    /// A step that was not ended is the one that the run failed in.
+    /// A step that was not ended is told as the one that the run failed in.
     ~Step();
     Step(const Step&) = delete;
     Step& operator=(const Step&) = delete;
 
-    /// Tells how the step's images are planned; again when more of them has shown. A step that is run has one
-    /// image of a role at most.
+    /// Tells how the step's images are planned. A later plan replaces this one. Unless the run is only
+    /// planned, no two images have the same role.
     /// @param nBudget  bytes of the budget in use once they are planned
     void Plan(std::vector<ImagePlan> images, std::int64_t nBudget);
 
-    /// Tells the bands that the step takes, ahead of the first one.
-    /// @param nBytes  that come out of all of them
+    /// Tells how many bands the step takes, ahead of the first one.
+    /// @param nBytes  of the output, in all bands together
     void ExpectBands(int nBands, std::int64_t nBytes);
 
-    /// A band of a planned image is mapped.
+    /// A band of the planned image of this role is mapped.
     void NoteBand(ImageRole eRole, const T_ImageLrg_tag& band);
 
-    /// The bands of all images that were mapped last are done.
+    /// One more band is done, in all images.
     void BandDone();
 
-    /// The images are charged with this now, or were so then.
+    /// What the images are charged with now, or were at that moment.
     void NoteCharges(const Charges& charges) { NoteCharges(charges, BudgetMoment::Now()); }
     void NoteCharges(const Charges& charges, const BudgetMoment& moment);
 
-    /// More bytes moved.
+    /// Adds bytes that moved.
     void Count(const Traffic& traffic) { m_record.traffic += traffic; }
 
-    /// The step is done: its time and peak memory go with its plan. Nothing is told after this.
+    /// The step is done. Its time and peak memory are told with its plan. No other call follows.
     void End();
 
 private:

@@ -8,7 +8,8 @@ namespace {
 
 constexpr std::int64_t kMostBands = 8; // of one image in one step
 
-/// Whether a band is the first in its part of the way from the first band to the last.
+/// The way from the first band to the last has kMostBands - 1 parts. Kept are the first band, and every band
+/// that is the first to reach another part.
 bool IsKept(int nBand, int nBands)
 {
     const std::int64_t nWay = nBands - 1;

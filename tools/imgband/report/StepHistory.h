@@ -13,14 +13,14 @@
 /// Bytes that moved.
 struct Traffic
 {
-    std::int64_t nRead = 0;    ///< of the input's stored lines, as often as they were read
-    std::int64_t nWritten = 0; ///< of the output's
-    std::int64_t nSpilled = 0; ///< of temporary files, each counted when it is made
+    std::int64_t nRead = 0;    ///< of stored lines of the input, counted each time they are read
+    std::int64_t nWritten = 0; ///< of stored lines of the output
+    std::int64_t nSpilled = 0; ///< of temporary files, counted when they are made
 
     Traffic& operator+=(const Traffic& more);
 };
 
-/// Bytes of the budget that a step's images are charged with; 0 for those that are not there.
+/// Bytes of the budget that a step's images are charged with; 0 for a role without an image.
 struct Charges
 {
     LONG nInput = 0;
@@ -30,7 +30,7 @@ struct Charges
     bool operator==(const Charges&) const = default;
 };
 
-/// Notes for a report. Used by one thread.
+/// The notes of a step that a report tells. Used by one thread.
 class StepHistory
 {
 public:
@@ -40,7 +40,7 @@ public:
         LONG nFree;      ///< bytes of the budget
         Charges charges;
 
-        /// Of two samples the fuller one counts.
+        /// The sample with less free budget stays.
         void Merge(const Sample& later)
         {
             if (later.nFree < nFree)
@@ -61,20 +61,21 @@ public:
     /// @param begin  of the run
     explicit StepHistory(std::chrono::steady_clock::time_point begin) : m_begin(begin) {}
 
-    /// Bands that the step takes. To be told ahead of the first one.
+    /// Tells how many bands the step takes, ahead of the first one.
     void ExpectBands(int nBands) { m_nBands = nBands; }
 
-    /// The step's images are charged with this at the moment. Equal notes after each other are one.
+    /// What the step's images are charged with at the moment. Equal notes in a row count as one.
     void NoteCharges(const Charges& charges, const BudgetMoment& moment);
 
-    /// A band of the step's image of this role is mapped.
-    /// @return whether it is one of those that are kept: at most 8 of an image, first and last among them
+    /// A band of the step's image of this role is mapped. At most 8 bands of an image are kept, the first and
+    /// the last among them.
+    /// @return whether this one is
     bool NoteBand(ImageRole eRole, const T_ImageLrg_tag& band);
 
-    /// The step's next band will be noted.
+    /// The bands noted from here on are the step's next ones.
     void BandDone() { ++m_nBand; }
 
-    /// In the order of time; the last one is that of the last note.
+    /// In the order of time. The last sample is the last note, even where earlier ones were merged.
     std::vector<Sample> Samples() const;
     const std::vector<Band>& Bands() const { return m_bands; }
 
@@ -83,8 +84,8 @@ private:
 
     std::chrono::steady_clock::time_point m_begin;
     BoundedSeries<Sample, 256> m_samples;
-    std::optional<Sample> m_last; ///< on its own too: what a step leaves is told exactly
+    std::optional<Sample> m_last; ///< also kept by itself, so that it is told exactly
     std::vector<Band> m_bands;
     int m_nBands = 0;
-    int m_nBand = 0; ///< the one that is mapped now
+    int m_nBand = 0; ///< number of the band that is mapped now
 };

@@ -12,10 +12,10 @@ struct StepRecord
 {
     StepPlan plan;
     std::chrono::steady_clock::time_point begin;
-    double fBegin = 0;                  ///< that in seconds from the start of the run
-    double fSeconds = 0;                ///< that it took
+    double fBegin = 0;                  ///< the same in seconds from the start of the run
+    double fSeconds = 0;                ///< its duration
     bool bFinished = false;             ///< false: the run failed in it
     os::ResidentMemory peak;            ///< while it ran
-    Traffic traffic;                    ///< of its images
-    std::optional<StepHistory> history; ///< only where a report tells it
+    Traffic traffic;                    ///< in all
+    std::optional<StepHistory> history; ///< none where no report tells it
 };

@@ -47,7 +47,8 @@ ordered_json SectionsOf(const std::string& szText)
     return sections;
 }
 
-/// One entry for each key that a pattern was filled in for: what fnEntry makes of the values and the key.
+/// Every key that was made from the pattern becomes an entry: fnEntry makes it from what was filled into the
+/// pattern and from the key's value.
 template <class Entry>
 ordered_json Entries(const ordered_json& sections, const std::string& szPattern, Entry fnEntry)
 {

@@ -9,6 +9,6 @@
 /// Adds "tables", "threads" and "mappings" to a report.
 void AddTables(LibraryReports& reports, nlohmann::ordered_json& report);
 
-/// The tables of a report as text: every section and key with its English beside it. A report without entries
-/// is told by its single values: its run used no images, or failed before.
+/// The tables of a report as text: every section and key with its English beside it. When they are empty,
+/// because the run used no images or failed before, the text is the report's single values.
 std::string TablesText(const nlohmann::ordered_json& report);

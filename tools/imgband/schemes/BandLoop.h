@@ -7,7 +7,7 @@
 
 #include <functional>
 
-/// The bands of an image from its first line on.
+/// The bands that an image is divided into.
 struct Bands
 {
     int nHeight; ///< of the image
@@ -17,16 +17,16 @@ struct Bands
     LineRange At(int nBand) const;
 };
 
-/// Most source lines that one of the bands is made from.
+/// The most source lines that any of the bands is made from.
 int MostSourceLines(const BandWork& work, Bands bands);
 
-/// The tallest bands of at most nDstLines lines that fnFits takes, given the lines of the destination's band
-/// and the most of the source's; of one line if it takes none.
+/// The tallest bands of at most nDstLines lines that fnFits accepts; bands of one line if it accepts none.
+/// fnFits gets the lines of the destination's band, and the most lines of a band of the source.
 Bands FittingBands(const BandWork& work, int nHeight, int nDstLines,
                    const std::function<bool(int nDst, int nSrc)>& fnFits);
 
-/// Who looks after the bands of a loop; a check throws Failure unless its result of a mapping or an end is
-/// success.
+/// Looks after the bands of a loop. A check gets the result of mapping or ending a band, and throws Failure
+/// unless it is success.
 class BandWatch
 {
 public:
@@ -34,12 +34,12 @@ public:
     virtual void CheckSource(DWORD nCode) = 0;
     virtual void CheckDestination(DWORD nCode) = 0;
 
-    /// Both bands are mapped; both are ended, and with them one band of the loop is done.
+    /// Both bands are mapped. Both are ended, and one turn of the loop is done.
     virtual void NoteMapped(const T_ImageLrg_tag& from, const T_ImageLrg_tag& to) = 0;
     virtual void NoteEnded() = 0;
 };
 
-/// A band of an object, mapped; the destructor ends it if that is left to it.
+/// A mapped band of an object. The destructor ends it unless End did.
 class MappedBand
 {
 public:
@@ -73,6 +73,6 @@ private:
     bool m_bHeld;
 };
 
-/// Makes all bands of dst from src. A planned run maps the bands and leaves them alone.
+/// Makes all bands of dst from src. A planned run only maps the bands.
 void FillFrom(const Run& run, CImageObj& src, CImageObj& dst, const BandWork& work, Bands bands,
               BandWatch& watch);

@@ -70,7 +70,7 @@ void CopyPixels(CImageObj& object, const T_ImageLrg_tag& flat)
     }
 }
 
-/// Samples of 16 bits become those of 12 that the library's bitmaps are made from.
+/// 16-bit samples become 12-bit ones, which the library makes bitmaps from.
 void NarrowSamples(const T_ImageLrg_tag& flat)
 {
     const std::ptrdiff_t nSamples = std::ptrdiff_t{flat.nLineSamples} * flat.nHeight;
@@ -79,7 +79,7 @@ void NarrowSamples(const T_ImageLrg_tag& flat)
         pSamples[i] = static_cast<std::uint16_t>(pSamples[i] >> 4);
 }
 
-/// The folders that the library's dumps take for granted, in the current folder for a scope.
+/// The folders that the library's dumps need, made in the current folder for a scope.
 class DumpTree
 {
 public:
@@ -98,11 +98,11 @@ public:
             fs::create_directories(m_root / pszFolder);
     }
 
-    /// Where the process is in it while the library dumps.
+    /// The process's current folder while the library dumps.
     std::string Place() const { return os::TextOf(m_root / "current"); }
 
-    /// Moves a dump into the current folder. Throws Failure unless it has nBytes: the library's failures are
-    /// silent.
+    /// Moves a dump into the current folder. Throws Failure unless it has nBytes, for the library does not
+    /// report a dump that failed.
     void Take(const char* pszFolder, const std::string& szName, std::int64_t nBytes) const
     {
         std::error_code error;
@@ -116,7 +116,7 @@ private:
     fs::path m_root;
 };
 
-/// The dumps are made and moved away one by one.
+/// Makes the dumps and moves them away one by one.
 void DumpObject(const std::string& szFolder, const std::string& szName, CImageObj& object)
 {
     const T_ImageLrg_tag& info = object.m_ImgInfo;

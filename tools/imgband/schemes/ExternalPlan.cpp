@@ -14,7 +14,7 @@ const char* PlaceName(Access eAccess)
     return kNames[static_cast<int>(eAccess)];
 }
 
-/// Without margins: only its size counts.
+/// A picture file has no margins.
 T_ImageLrg_tag PictureInfo(Format eFormat, ImageSize size)
 {
     T_ImageLrg_tag info = {};

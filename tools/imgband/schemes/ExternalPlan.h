@@ -5,5 +5,5 @@
 #include "values/Picture.h"
 #include "values/RunSettings.h"
 
-/// What is known of a picture file before a step is planned: bands and charge are left at 0.
+/// What is known of a picture before a step is planned: its bands and its charge are 0.
 ImagePlan ExternalPlan(ImageRole eRole, Format eFormat, ImageSize size, Access eAccess);

@@ -11,8 +11,8 @@
 
 namespace {
 
-/// Lets the bands of a filter be several times as tall as their frame, as far as the budget reaches: the
-/// lines of the frame are read anew for every band.
+/// Lets the bands of a filter be several times as tall as their frame, as far as the budget allows, because
+/// the frame's lines are read again for every band.
 void WidenBandCap(const LibrarySettings& settings, const Job& job)
 {
     constexpr std::int64_t kFrames = 8;
@@ -75,7 +75,7 @@ void RunJob(const RunSettings& settings, InputFile& input, const Job& job, Repor
     if (!output)
         return;
     pair.DeliverOutput();
-    input.Close(); // it may be what the output replaces
+    input.Close(); // the output may replace it
     output->Publish();
     report.TellPicture(job.szOutput, job.eTo, job.size);
 }

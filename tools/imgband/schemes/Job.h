@@ -10,10 +10,10 @@
 
 #include <memory>
 
-/// What comes out, and how. Both schemes do it with the same bytes.
+/// What comes out, and how. Both schemes write the same bytes.
 ///
-/// Whatever is in memory on the way lies in the order of the output's stored lines: from the bottom up for
-/// bitmaps.
+/// All images on the way have their lines in the order in which the output stores them: from the bottom up
+/// for bitmaps.
 struct Job
 {
     std::string szName;   ///< of the step in the middle
@@ -28,13 +28,14 @@ struct Job
     std::unique_ptr<BandWork> pWork = nullptr; ///< null: the lines go through as they are
     bool bOneObject = false;                   ///< unit scheme: one object reads, is worked on, and writes
 
+    /// What the work has to reverse.
     LineOrder LeftToWork(Scheme eScheme) const { return order.LeftToWork(eScheme, bOneObject); }
 };
 
-/// A job that keeps the input's format and size and turns nothing, without a work yet. Throws Failure
+/// A job that keeps format and size and does not turn the picture. It has no work yet. Throws Failure
 /// (WrongCommandLine) when the output's name means another format.
 Job KeepFormat(const std::string& szName, int nIpNo, const PictureFacts& facts, const std::string& szOutput);
 
-/// Does the job, or plans it, and tells the report. The input is closed when its place may be taken by the
-/// output. Throws Failure.
+/// Does the job, or only plans it, and tells the report. Closes the input before the output is published,
+/// which may replace it. Throws Failure.
 void RunJob(const RunSettings& settings, InputFile& input, const Job& job, Report& report);

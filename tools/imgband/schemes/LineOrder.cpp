@@ -1,4 +1,4 @@
-// Who reverses lines and pixels.
+// Which part of a reversal is whose.
 
 #include "schemes/LineOrder.h"
 

@@ -12,7 +12,7 @@
 
 namespace {
 
-/// A buffer of the tool's own for a band and its frame, charged to the budget.
+/// The tool's own buffer for a band and its frame, charged to the budget.
 class BandBuffer
 {
 public:
@@ -53,7 +53,7 @@ LONG HeldBytes(const CImageObj& object)
     return object.m_ImgInfo.pBase ? object.m_ImgInfo.nBufSize : 0;
 }
 
-/// Lines that the library reads for a band: those of the frame come from the image as far as it has them.
+/// Lines that the library reads for a band: its own, and those of its frame that lie in the image.
 std::int64_t LinesRead(const T_ImageLrg_tag& band)
 {
     const int nFirst = std::max(band.nBandTop - band.nFsize, 0);
@@ -61,25 +61,23 @@ std::int64_t LinesRead(const T_ImageLrg_tag& band)
     return nLast - nFirst + 1;
 }
 
-/// Turns what the library returns or only records into failures of input or output, and tells the report of
-/// the bands: the step's plan is what they took of the budget at most.
-class UnitWatch final : public BandWatch
+/// Turns what the library returns, or only records, into failures of input or output.
+class UnitChecks
 {
 public:
-    UnitWatch(const Run& run, const InputFile& input, const Job& job, const CImageObj& src,
-              const CImageObj& dst, Step& step)
-        : m_run(run), m_input(input), m_job(job), m_src(src), m_dst(dst), m_step(step)
+    UnitChecks(const Run& run, const InputFile& input, const Job& job)
+        : m_run(run), m_input(input), m_job(job)
     {
     }
 
-    void CheckSource(DWORD nCode) override
+    void CheckSource(DWORD nCode) const
     {
         if (m_run.settings.eAccess != Access::Memory)
             m_input.CheckWhole();
         m_run.lib.CheckRead(WithRecorded(nCode), m_input.Path());
     }
 
-    void CheckDestination(DWORD nCode) override
+    void CheckDestination(DWORD nCode) const
     {
         if (m_run.settings.bPlan)
             return m_run.lib.CheckStep(nCode, m_job.szName, 0);
@@ -88,29 +86,55 @@ public:
             {static_cast<std::uintmax_t>(FileBytes(m_job.eTo, m_job.size)), m_run.pOutput->AvailableBytes()});
     }
 
-    /// To be called ahead of the first band.
-    /// @param nSrcLines  of the source's bands, without their frames
-    /// @param pCopy      null when there is none
-    void Begin(int nSrcLines, Bands bands, const BandBuffer* pCopy)
+private:
+    // A mapped view's failures are in the library's log only.
+    DWORD WithRecorded(DWORD nCode) const
     {
-        m_nSrcLines = nSrcLines;
-        m_bands = bands;
-        m_pCopy = pCopy;
-        m_step.ExpectBands(bands.Count(), FileBytes(m_job.eTo, m_job.size));
+        const bool bLook = nCode == MM_SUCCESS && m_run.settings.eAccess == Access::Mmap;
+        return bLook && m_run.lib.HasRecordedError() ? DWORD{MM_FILE_ACCESS} : nCode;
+    }
+
+    const Run& m_run;
+    const InputFile& m_input;
+    const Job& m_job;
+};
+
+/// Unit objects and their bands. With one object, source and destination are the same.
+struct UnitBands
+{
+    const CImageObj& src;
+    const CImageObj& dst;
+    int nSrcLines; ///< of the source's bands, without their frames
+    Bands bands;
+    const BandBuffer* pCopy; ///< null when there is none
+
+    bool IsPair() const { return &src != &dst; }
+};
+
+/// Tells the step of its bands. Its plan is what they took of the budget at the fullest moment.
+class UnitWatch final : public BandWatch
+{
+public:
+    UnitWatch(const Run& run, const InputFile& input, const Job& job, const UnitBands& unit, Step& step)
+        : m_run(run), m_input(input), m_job(job), m_checks(run, input, job), m_unit(unit), m_step(step)
+    {
+        m_step.ExpectBands(unit.bands.Count(), FileBytes(job.eTo, job.size));
         NoteCharges();
     }
 
+    void CheckSource(DWORD nCode) override { m_checks.CheckSource(nCode); }
+    void CheckDestination(DWORD nCode) override { m_checks.CheckDestination(nCode); }
+
     void NoteMapped(const T_ImageLrg_tag& from, const T_ImageLrg_tag& to) override
     {
-        if (m_run.lib.Taken() > m_nBudget) {
-            m_nBudget = m_run.lib.Taken();
-            m_nSource = HeldBytes(m_src);
-            m_nDestination = IsPair() ? HeldBytes(m_dst) : 0;
-            m_step.Plan(Images(), m_nBudget);
+        if (m_run.lib.Taken() > m_nMost) {
+            m_nMost = m_run.lib.Taken();
+            m_most = ChargesNow();
+            m_step.Plan(Images(), m_nMost);
         }
         NoteCharges();
         m_step.NoteBand(ImageRole::Input, from);
-        if (IsPair())
+        if (m_unit.IsPair())
             m_step.NoteBand(ImageRole::Output, to);
         m_step.Count(
             {.nRead = LinesRead(from) * LineBytes(m_input.Facts().eFormat, m_input.Facts().size.nWidth)});
@@ -125,57 +149,46 @@ public:
     }
 
 private:
-    bool IsPair() const { return &m_src != &m_dst; }
-
-    void NoteCharges() const
+    Charges ChargesNow() const
     {
-        m_step.NoteCharges({.nInput = HeldBytes(m_src),
-                            .nOutput = IsPair() ? HeldBytes(m_dst) : 0,
-                            .nTemporary = m_pCopy ? m_pCopy->Record().nBufSize : 0});
+        return {.nInput = HeldBytes(m_unit.src),
+                .nOutput = m_unit.IsPair() ? HeldBytes(m_unit.dst) : 0,
+                .nTemporary = m_unit.pCopy ? m_unit.pCopy->Record().nBufSize : 0};
     }
 
-    /// The step's images as their bands are.
+    void NoteCharges() { m_step.NoteCharges(ChargesNow()); }
+
+    /// The step's images, as they were at the fullest moment.
     std::vector<ImagePlan> Images() const
     {
         const Access eAccess = m_run.settings.eAccess;
         const PictureFacts& facts = m_input.Facts();
         ImagePlan in = ExternalPlan(ImageRole::Input, facts.eFormat, facts.size, eAccess);
         in.info.nFsize = m_job.nFrame;
-        in.nBandLines = m_nSrcLines;
-        in.nCharged = m_nSource;
+        in.nBandLines = m_unit.nSrcLines;
+        in.nCharged = m_most.nInput;
         ImagePlan out = ExternalPlan(ImageRole::Output, m_job.eTo, m_job.size, eAccess);
-        out.nBandLines = m_bands.nLines;
-        out.nCharged = m_nDestination;
-        in.nBands = out.nBands = m_bands.Count();
+        out.nBandLines = m_unit.bands.nLines;
+        out.nCharged = m_most.nOutput;
+        in.nBands = out.nBands = m_unit.bands.Count();
         std::vector<ImagePlan> images{in, out};
-        if (m_pCopy)
-            images.push_back(m_pCopy->Plan());
+        if (m_unit.pCopy)
+            images.push_back(m_unit.pCopy->Plan());
         return images;
-    }
-
-    // What a mapped view could not take or give is in the library's log only.
-    DWORD WithRecorded(DWORD nCode) const
-    {
-        const bool bLook = nCode == MM_SUCCESS && m_run.settings.eAccess == Access::Mmap;
-        return bLook && m_run.lib.HasRecordedError() ? DWORD{MM_FILE_ACCESS} : nCode;
     }
 
     const Run& m_run;
     const InputFile& m_input;
     const Job& m_job;
-    const CImageObj& m_src;
-    const CImageObj& m_dst;
+    UnitChecks m_checks;
+    UnitBands m_unit;
     Step& m_step;
-    int m_nSrcLines = 0;
-    Bands m_bands{};
-    const BandBuffer* m_pCopy = nullptr;
-    LONG m_nSource = 0; // charges at the fullest moment
-    LONG m_nDestination = 0;
-    LONG m_nBudget = 0;
+    Charges m_most;   // at the fullest moment
+    LONG m_nMost = 0; // of the budget then
     int m_nLines = 0; // of the destination's band that is mapped
 };
 
-/// The descriptions that the objects are set up with: a planned run has no output.
+/// The output's description, with which the objects are set up. A planned run has no output.
 T_ImgInf OutputInf(const Run& run)
 {
     T_ImgInf out = run.pair.Output();
@@ -184,7 +197,7 @@ T_ImgInf OutputInf(const Run& run)
     return out;
 }
 
-/// The header's word on where the pixels begin counts, and a planned run reads none.
+/// The pixels begin where the file's header says. A planned run reads none.
 void SettleSource(const Run& run, const InputFile& input, CImageObj& reader)
 {
     reader.m_InImgInf.nOffset = static_cast<int>(input.Facts().nOffset);
@@ -203,21 +216,21 @@ void WorkInPlace(const Run& run, const Job& job, const T_ImageLrg_tag& band, con
 void RunOneObject(const Run& run, const InputFile& input, const Job& job, Step& step)
 {
     CImageObj object;
-    UnitWatch watch(run, input, job, object, object, step);
+    const UnitChecks checks(run, input, job);
     T_ImgInf out = OutputInf(run);
     object.m_ImgInfo.nMarginX = object.m_ImgInfo.nMarginY = job.nFrame;
-    watch.CheckDestination(ImportImgForUnit(&object, &run.pair.Input(), &out, job.order.bLines ? 1 : 0,
-                                            nullptr, MM_ALIGN_LINES, job.bOwnAlpha ? 0 : 1));
+    checks.CheckDestination(ImportImgForUnit(&object, &run.pair.Input(), &out, job.order.bLines ? 1 : 0,
+                                             nullptr, MM_ALIGN_LINES, job.bOwnAlpha ? 0 : 1));
     SettleSource(run, input, object);
     object.SetFsize(job.nFrame);
-    watch.CheckSource(object.SetFrameColor(job.frame.nMode, static_cast<int>(job.frame.nColor)));
+    checks.CheckSource(object.SetFrameColor(job.frame.nMode, static_cast<int>(job.frame.nColor)));
 
     // The library's band height leaves room for two buffers.
     const Bands bands{job.size.nHeight, object.GetBandHeight()};
     std::optional<BandBuffer> copy;
     if (job.pWork)
         copy.emplace(run, object, bands.nLines, job.szName);
-    watch.Begin(bands.nLines, bands, copy ? &*copy : nullptr);
+    UnitWatch watch(run, input, job, {object, object, bands.nLines, bands, copy ? &*copy : nullptr}, step);
     for (int i = 0; i < bands.Count(); ++i) {
         MappedBand band(object, bands.At(i));
         watch.CheckSource(band.Result());
@@ -233,21 +246,21 @@ void RunPair(const Run& run, const InputFile& input, const Job& job, Step& step)
 {
     CImageObj src;
     CImageObj dst;
-    UnitWatch watch(run, input, job, src, dst, step);
     T_ImgInf out = OutputInf(run);
-    watch.CheckDestination(
-        ImportImgForUnitEnLarge(&dst, &out, &src, &run.pair.Input(), 0, nullptr, job.bOwnAlpha ? 0 : 1));
+    UnitChecks(run, input, job)
+        .CheckDestination(
+            ImportImgForUnitEnLarge(&dst, &out, &src, &run.pair.Input(), 0, nullptr, job.bOwnAlpha ? 0 : 1));
     SettleSource(run, input, src);
 
-    // The library plans whole source lines with all that they become. An interpolation needs neighbours too,
-    // and a large factor only a part.
+    // The library plans for whole source lines and all that becomes of them. But an interpolation needs their
+    // neighbours too, and with a large factor a band takes only a part of what becomes of a line.
     const std::int64_t nRoom = std::min(CImageObj::AskFreeMemory(), CImageObj::ms_nUseMaxMemoryUnit);
     const std::int64_t nDstLine = dst.m_ImgInfo.nLineBytes + LineBytes(job.eTo, job.size.nWidth);
     const Bands bands =
         FittingBands(*job.pWork, job.size.nHeight, dst.GetBandHeight(), [&](int nDst, int nSrc) {
             return nDst * nDstLine + std::int64_t{nSrc} * src.m_ImgInfo.nLineBytes <= nRoom;
         });
-    watch.Begin(MostSourceLines(*job.pWork, bands), bands, nullptr);
+    UnitWatch watch(run, input, job, {src, dst, MostSourceLines(*job.pWork, bands), bands, nullptr}, step);
     FillFrom(run, src, dst, *job.pWork, bands, watch);
 }
 

@@ -12,8 +12,9 @@
 
 namespace {
 
-/// Ends the step of a transfer. Both sides moved in the smaller of the two band heights: the external image
-/// was banded as far as its charge goes; one without a charge was reached whole. It is gone by now.
+/// Ends the step of a transfer, whose external image is gone by now. An external image with a charge was
+/// reached in bands of as many lines as the charge pays for, one without a charge whole. Both sides moved in
+/// the smaller of their two band heights.
 void EndTransfer(const Run& run, Step& step, ImageRole eExternal, Format eFormat, const PlannedImage& object)
 {
     const T_ImgInf& inf = eExternal == ImageRole::Input ? run.pair.Input() : run.pair.Output();
@@ -49,7 +50,7 @@ void ImportStep(const Run& run, const InputFile& input, PlannedImage& object, bo
     EndTransfer(run, step, ImageRole::Input, facts.eFormat, object);
 }
 
-/// The bands lie in memory or in temporary files.
+/// For bands in memory or in temporary files.
 class StepWatch final : public BandWatch
 {
 public:
@@ -98,8 +99,7 @@ void WorkStep(const Run& run, const Job& job, PlannedImage& src, PlannedImage& d
 {
     Step step(run.report, job.szName, job.nIpNo);
     PlanWork(run, job, src, dst);
-    // A work that looks at lines beyond its own leaves the source's band as planned and takes fewer lines of
-    // the destination.
+    // When the work needs more source lines than destination lines, the destination's bands become smaller.
     const int nSrcLines = src.GetBandHeight();
     const Bands bands = FittingBands(*job.pWork, job.size.nHeight, dst.GetBandHeight(),
                                      [&](int, int nSrc) { return nSrc <= nSrcLines; });
@@ -133,7 +133,7 @@ void ExportStep(const Run& run, PlannedImage& object, Format eTo, bool bReversed
     T_ImgInf& inf = run.pair.Output();
     const std::int64_t nBytes = FileBytes(eTo, {inf.nWidth, inf.nHeight});
     if (run.pOutput)
-        run.pOutput->CheckRoom(nBytes); // again: temporary files may have taken it
+        run.pOutput->CheckRoom(nBytes); // again: temporary files may have taken some
     const DWORD nCode = object.Export(inf, bReversed, bOwnAlpha);
     if (run.pOutput)
         run.lib.CheckExport(nCode, run.pOutput->Path(),

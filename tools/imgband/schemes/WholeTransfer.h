@@ -5,9 +5,10 @@
 #include "schemes/Job.h"
 #include "schemes/Run.h"
 
-/// Import, work and export; a planned run goes the same way with dry objects.
+/// Import, work and export. A planned run goes the same way with dry objects.
 void RunWholeScheme(const Run& run, const InputFile& input, const Job& job);
 
-/// Exports the object, whose image is gone then. bReversed: its last line is the first that is stored.
-/// bOwnAlpha: a fourth sample is the object's own, else opaque.
+/// Exports the object. Its image is gone then.
+/// @param bReversed  the object's last line is stored first
+/// @param bOwnAlpha  a fourth sample is the object's own; else it is opaque
 void ExportStep(const Run& run, PlannedImage& object, Format eTo, bool bReversed, bool bOwnAlpha);
