@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Builds the library and the tool and tests them. Usage: scripts/test.sh [--all]
-#   (none)  for this machine, 64-bit Linux: all tests, the interface, the documented result codes
-#   --all   for all four targets; sanitizers, every compiler's view of the headers, and the packages as well
+#   (none)  for this machine, 64-bit Linux: all tests, the interface, the documented result codes, the style of the
+#           changed files
+#   --all   for all four targets; sanitizers, every compiler's view of the headers, the style of every file, and the
+#           packages as well
 # Installs the Debian packages it needs, as root or with sudo. What the machine cannot do is named NOT RUN, with the
 # reason, in the closing lines; FAILED is what is wrong. Build folders are build/<preset>; build/wine runs the Windows
 # programs.
@@ -149,6 +151,16 @@ check_interface() {
     step "documented result codes" scripts/check-result-codes.sh
 }
 
+check_style() {
+    if [ -n "$all" ]; then
+        step "style of every file" scripts/check-style.sh --all
+    elif git rev-parse --quiet --verify HEAD >/dev/null 2>&1; then
+        step "style of the changed files" scripts/check-style.sh
+    else
+        not_run "style of the changed files (Git knows no commit here to compare with)"
+    fi
+}
+
 test_packages() {
     local line
     step "packages and their users" scripts/test-package.sh
@@ -157,11 +169,12 @@ test_packages() {
     done < <(cat "$results/package-not-run" 2>/dev/null)
 }
 
-need_packages "${BUILD_PACKAGES[@]}" clang libgtest-dev libgmock-dev libbenchmark-dev g++-multilib binutils jq \
+need_packages "${BUILD_PACKAGES[@]}" clang libgtest-dev libgmock-dev libbenchmark-dev g++-multilib binutils jq git \
     imagemagick netpbm e2fsprogs chromium fonts-noto-cjk fonts-dejavu-core
 if [ -z "$all" ]; then
     test_this_machine
     check_interface build/release/MemoryManager/libMemoryManager.so
+    check_style
 else
     need_packages libclang-rt-14-dev g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix
     set -m # a group of its own, to be ended as a whole
@@ -172,6 +185,7 @@ else
     test_other_builds
     test_windows
     check_interface build/{release,i386}/MemoryManager/libMemoryManager.so build/win{32,64}/bin/MemoryManager.dll
+    check_style
     step "public headers alone, with every compiler" scripts/check-headers.sh
     step "format, tidiness, shell scripts, spelling, rooms" scripts/check-style.sh --all
     test_packages
