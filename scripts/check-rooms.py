@@ -36,11 +36,10 @@ LAYERS = {
         [("MemoryManager.h", "all public headers")],
     ],
     TOOL: [
-        [("interface", "the library's public headers")],
+        [("page", "the page that a person opens"), ("interface", "the library's public headers")],
         [("values", "what options and work share")],
         [("system", "files, process, text")],
-        [("pictures", "formats, input, output"), ("pixels", "what a job does to lines"),
-         ("page", "the page that a person opens")],
+        [("pictures", "formats, input, output"), ("pixels", "what a job does to lines")],
         [("library", "the tool as a host")],
         [("report", "what a run tells")],
         [("schemes", "jobs and their band loops")],
@@ -252,6 +251,7 @@ PLANTED = [  # file, the include that is added to it, what must be said about it
     ("tools/imgband/pictures/Formats.h", "pixels/Workers.h", "pixels lies beside pictures"),
     ("tools/imgband/library/Library.cpp", "MemoryManager/base/PlatformHelpers.h", "behind its interface"),
     ("tools/imgband/library/Library.cpp", "Platform/Platform.h", "behind its interface"),
+    ("tools/imgband/page/Page.cpp", "values/Failure.h", "values lies above page"),
     ("MemoryManager/cellar/New.cpp", "MemoryManager/ResultCodes.h", "no room is called cellar"),
 ]
 
