@@ -47,8 +47,7 @@ public:
     /// @param pInf         the external image, copied; nLineBytes is not read. A store of ACS_MMF reads and
     ///                     writes the file through views, one of ACS_FILEIO through a buffer.
     /// @param eRole        IMG_INPUT: nSrcFormat is the external format and nDstFormat the object's; any
-    /// other
-    ///                     role: the other way round
+    ///                     other role: the other way round
     /// @param nMarginX     pixels that lie on both sides of each external line
     /// @param nMarginY     lines that lie above and below the external picture
     /// @param nSearch      means nothing
@@ -155,15 +154,13 @@ public:
     ///
     /// @param nLine       external line, 0 .. nHeight - 1
     /// @param pBand       out: a copy of m_ImgInfo with the lines of the band. pImage is the band's first
-    /// pixel
-    ///                    in the external bytes, and null when the store has no address for them. Untouched
-    ///                    after an error.
+    ///                    pixel in the external bytes, and null when the store has no address for them.
+    ///                    Untouched after an error.
     /// @param nDirection  MM_DIRECTION
     /// @param nSlot       view slot, 0 .. 9. A view of access type 0 always goes to slot 0: pass 0, or
     ///                    UnmapBand does not find it.
     /// @return 0, even when pImage is null; 18 the object has no store over an external image; 107 line
-    /// outside
-    ///         the image; 118 unknown direction
+    ///         outside the image; 118 unknown direction
     DWORD MapBand(int nLine, T_ImageLrg_tag* pBand, int nDirection, int nSlot);
 
     /// Maps exactly the external lines nFirst to nLast, through the store in either mode. Whether the lines
@@ -185,16 +182,14 @@ public:
     /// holds by then.
     /// @param nSlot  the slot of the mapping; of access type 0 slot 0
     /// @return 0; 18 no store over an external image, or no such slot; 49 (logged) not written: the band
-    /// stays
-    ///         on loan; 82 a view could not be released
+    ///         stays on loan; 82 a view could not be released
     DWORD UnmapBand(int nSlot);
 
     /// Converts a band of the object's layout into the external band, and ends that as the other UnmapBand
     /// does. Can take a minute while the disk is full.
     ///
     /// @param pBuffer  first pixel of the lines m_ImgInfo.nBandTop to nBandBottom, m_ImgInfo.nLineBytes
-    /// apart;
-    ///                 null: they are at the start of the store's work buffer
+    ///                 apart; null: they are at the start of the store's work buffer
     /// @return as the other UnmapBand. 18 also when a null pBuffer finds no work buffer with room for the
     ///         lines, or when the converted lines need more bytes than the store has on loan: the band is not
     ///         ended. A band in the work buffer is not on loan, unless the store holds the image whole.

@@ -24,19 +24,16 @@
 /// ones. With any other pair the result is 0 too, and pixels of the object are not written or only in part.
 ///
 /// @param pInf       the external image, with nSrcFormat as the external format and nDstFormat as the
-/// object's;
-///                   nLineBytes is not read. A file is open for reading, with ACS_MMF for reading and
-///                   writing; its position is moved.
+///                   object's; nLineBytes is not read. A file is open for reading, with ACS_MMF for reading
+///                   and writing; its position is moved.
 /// @param nBottomUp  1: the external lines are stored last line first
 /// @param ppLog      address of a pointer to the next free entry of the host's log stack, which has room for
-/// four
-///                   entries and the end mark; the pointer is advanced. Null: no log. Two entries are written
-///                   at the start, two more after success.
+///                   four entries and the end mark; the pointer is advanced. Null: no log. Two entries are
+///                   written at the start, two more after success.
 /// @return 0; 1 no memory; 18 a size or format for which no buffer can be made; 49 (logged) there is no
-/// bitmap
-///         signature, or the file is shorter than its picture; 71 the external image has no address for a
-///         band; a code of the planner or of band mapping. After a failure the object holds nothing or an
-///         unfinished image: call Destroy.
+///         bitmap signature, or the file is shorter than its picture; 71 the external image has no address
+///         for a band; a code of the planner or of band mapping. After a failure the object holds nothing or
+///         an unfinished image: call Destroy.
 MM_API DWORD ImportImg(CImageObj* pObj, T_ImgInf* pInf, int nBottomUp, T_LOG_STACK_tag** ppLog);
 
 /// Writes an object's image to the host's file or block, a bitmap with its header first, and destroys the
@@ -48,8 +45,7 @@ MM_API DWORD ImportImg(CImageObj* pObj, T_ImgInf* pInf, int nBottomUp, T_LOG_STA
 /// bytes are not written or mean nothing.
 ///
 /// @param pInf       the external image, with nDstFormat as its format; nSrcFormat, nOffset and nLineBytes
-/// are
-///                   not read. It is not larger than the object's image, of which the right and the lower
+///                   are not read. It is not larger than the object's image, of which the right and the lower
 ///                   part are left out otherwise. A file was created empty and is open for reading and
 ///                   writing, but not for appending; a block has room for header and padded lines.
 /// @param nBottomUp  1: the external lines are stored last line first
@@ -57,9 +53,8 @@ MM_API DWORD ImportImg(CImageObj* pObj, T_ImgInf* pInf, int nBottomUp, T_LOG_STA
 /// @param nAlpha     what a fourth external sample receives: 1 all ones; 0 the object's, or all ones when the
 ///                   object has none
 /// @return 0; 1, 18 or 49 (logged: the header could not be written) while setting up: the object is as it
-/// was;
-///         1, 49 (logged) a band that could not be written, 71, or a code of the planner or of band mapping
-///         afterwards: the object's image is destroyed all the same
+///         was; 1, 49 (logged) a band that could not be written, 71, or a code of the planner or of band
+///         mapping afterwards: the object's image is destroyed all the same
 MM_API DWORD ExportImg(CImageObj* pObj, T_ImgInf* pInf, int nBottomUp, T_LOG_STACK_tag** ppLog, int nAlpha);
 
 /// Turns the host's record of a pair of files into two descriptions, of ACS_FILEIO. Handles and offsets,
@@ -84,8 +79,8 @@ MM_API void CreateParam(ZBT_IMAGE_ON_MEMORY* pPair, int nInFormat, int nOutForma
 
 // Unit objects ---------------------------------------------------------------------------------------------
 //
-// A unit object works on an external image of any size with the memory of one band. Files may have up to
-// 4 GiB - 1 bytes: positions, T_ImgInf::nOffset among them, are taken as unsigned 32-bit numbers. The host
+// A unit object works on an external image of any size with the memory of one band. Positions, among them
+// T_ImgInf::nOffset, are taken as unsigned 32-bit numbers: files may be up to 4 GiB - 1 bytes long. The host
 // keeps files open and blocks alive for as long as the objects live; positions of files are moved.
 //
 // Sources: a bitmap that is a block or is read with file reads (ACS_FILEIO) is searched for its signature,
@@ -147,6 +142,5 @@ MM_API DWORD DuplicateImageForUnit(CImageObj* pObj);
 /// Copies the image of a reading object to a writing object, band by band from the top: the lines and pixels
 /// that both bands have. Bands that the objects still hold are ended first.
 /// @return 0; 18 the bands' buffers differ in size; a code of band mapping. Only a band that could not be
-/// written
-///         is still held.
+///         written is still held.
 MM_API DWORD DuplicateImageForUnit(CImageObj* pOutObj, CImageObj* pInObj);

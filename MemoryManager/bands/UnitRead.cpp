@@ -97,13 +97,16 @@ public:
     StoredRun(const T_ImageLrg_tag& band, bool bTurned, int nLineBytes, int nPosition, int nClass)
         : m_band(band), m_bTurned(bTurned), m_nLineBytes(nLineBytes)
     {
+        // Frame lines are read where the source has lines: ahead of the band unless it starts the stored
+        // data, and behind the band unless it ends the data. Lines ahead of it lie above it, of a turned
+        // source below.
         const auto ePlace = static_cast<StoredPlace>(nClass);
-        const bool bBefore = ePlace == StoredPlace::Inside || ePlace == StoredPlace::End;
+        const bool bAhead = ePlace == StoredPlace::Inside || ePlace == StoredPlace::End;
         const bool bBehind = ePlace == StoredPlace::Inside || ePlace == StoredPlace::Start;
-        m_nAbove = (bTurned ? bBehind : bBefore) ? FrameLinesAbove(band) : 0;
-        m_nBelow = (bTurned ? bBefore : bBehind) ? FrameLinesBelow(band) : 0;
-        m_nStart = static_cast<DWORD>(nPosition) -
-                   static_cast<DWORD>(std::int64_t{bTurned ? m_nBelow : m_nAbove} * nLineBytes);
+        m_nAbove = (bTurned ? bBehind : bAhead) ? FrameLinesAbove(band) : 0;
+        m_nBelow = (bTurned ? bAhead : bBehind) ? FrameLinesBelow(band) : 0;
+        const std::int64_t nAhead = bTurned ? m_nBelow : m_nAbove;
+        m_nStart = static_cast<DWORD>(nPosition) - static_cast<DWORD>(nAhead * nLineBytes);
     }
 
     int Lines() const { return m_nAbove + LinesOf(m_band) + m_nBelow; }
@@ -161,9 +164,10 @@ void CImageObj::ReadDataMem(int nLineBytes, int nPosition, int nClass, int nExtr
         const std::int64_t nBytes =
             std::int64_t{run.Lines() - 1} * nLineBytes + static_cast<std::int64_t>(reader.UsedBytes());
         const ExternalBytes source(m_InImgInf, m_hInMap, run.Position(0), nBytes, false);
+        const int nLines = source.Data() ? run.Lines() : 0;
         if (!source.Data())
-            FailFileAccess(kUnit, kLineSourceView);
-        for (int i = 0; source.Data() && i < run.Lines(); ++i)
+            FailFileAccess(kUnit, kLineSourceView); // the band stays zero
+        for (int i = 0; i < nLines; ++i)
             reader.Read(run.BandLine(i), source.Data() + std::ptrdiff_t{i} * nLineBytes);
     }
     SetFrameColorForUnit(m_ImgInfo.nFrameMode, nExtra);

@@ -11,10 +11,6 @@
 //   bitmaps only.
 // For other descriptions each rule decides which bytes are read or written, so they cannot become one.
 //
-// Sources and destinations have line lengths of their own: a source is read with the padding that it has, a
-// destination is written in one form. Neither is the distance from one line to the next, which is the
-// description's nLineBytes.
-//
 // Internal.
 
 #include "MemoryManager/ExternalImage.h"

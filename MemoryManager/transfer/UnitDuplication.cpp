@@ -54,8 +54,8 @@ DWORD DuplicateBand(CImageObj& outObject, CImageObj& inObject, int nLine, T_Imag
     return FirstFailure(nResult, outObject.UnmapBand(kSlot));
 }
 
-/// Gives a unit object the band height of its set-up again, after bands of other heights. Telling the
-/// geometry has that effect.
+/// Gives a unit object the band height of its set-up again, after bands of other heights. Asking an object
+/// for its geometry has that effect.
 void RestoreBandHeight(CImageObj& object)
 {
     RecordOf(object);

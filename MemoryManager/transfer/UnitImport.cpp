@@ -49,12 +49,11 @@ int AlphaFor(const T_ImgInf& in, const T_ImgInf& out, int nAlpha)
     return SamplesOf(in.nSrcFormat) == 3 && SamplesOf(out.nDstFormat) == 4 ? 1 : nAlpha;
 }
 
-/// Gives the object the image's size and four samples a pixel.
-void TakeGeometry(CImageObj& object, T_ImgInf* pInf, tag_E_IMGTYPE eRole, int nMarginX, int nMarginY,
-                  int nAlign, int nBottomUp)
+/// Makes an object a unit object with the image's size and four samples a pixel.
+void TakeGeometry(CImageObj& object, T_ImgInf* pInf, int nMarginX, int nMarginY, int nAlign)
 {
-    CImageObjIO io;
-    io.InitForUnit(pInf, eRole, nMarginX, nMarginY, 0, nAlign, nBottomUp, 0);
+    CImageObjIO io; // only its record is used, which role and order of lines do not change
+    io.InitForUnit(pInf, IMG_WORK, nMarginX, nMarginY, 0, nAlign, 0, 0);
     T_ImageLrg_tag info = io.m_ImgInfo;
     object.m_nUnitMode = 1;
     if (object.SetImageInfo(&info) == MM_SUCCESS)
@@ -136,8 +135,7 @@ DWORD ImportImgForUnit(CImageObj* pObj, T_ImgInf* pIn, T_ImgInf* pOut, int nBott
     pObj->m_nAlpha = AlphaFor(*pIn, *pOut, nAlpha);
     pObj->m_InImgInf = *pIn;
     pObj->m_OutImgInf = *pOut;
-    TakeGeometry(*pObj, pIn, IMG_INPUT, pObj->m_ImgInfo.nMarginX, pObj->m_ImgInfo.nMarginY, nAlign,
-                 nBottomUp);
+    TakeGeometry(*pObj, pIn, pObj->m_ImgInfo.nMarginX, pObj->m_ImgInfo.nMarginY, nAlign);
     return Connect(*pObj, *pObj, kLineNoHeader);
 }
 
@@ -147,7 +145,7 @@ DWORD ImportImgForUnitJudge(CImageObj* pObj, T_ImgInf* pIn, int nBottomUp, T_LOG
     pObj->m_nUnitBottomUp = nBottomUp;
     CalcUnitBandHeight(*pObj, *pIn, nullptr, MM_ALIGN_PACKED);
     pObj->m_InImgInf = *pIn;
-    TakeGeometry(*pObj, pIn, IMG_INPUT, 0, 0, MM_ALIGN_PACKED, nBottomUp);
+    TakeGeometry(*pObj, pIn, 0, 0, MM_ALIGN_PACKED);
     return MM_SUCCESS;
 }
 
@@ -165,7 +163,7 @@ DWORD ImportImgForUnitEnLarge(CImageObj* pOutObj, T_ImgInf* pOut, CImageObj* pIn
     pInObj->m_OutImgInf.hData = nullptr;
     pOutObj->m_OutImgInf = *pOut;
     pOutObj->m_InImgInf.hData = nullptr;
-    TakeGeometry(*pInObj, pIn, IMG_INPUT, 0, 0, MM_ALIGN_PACKED, nBottomUp);
-    TakeGeometry(*pOutObj, pOut, IMG_OUTPUT, 0, 0, MM_ALIGN_PACKED, 0);
+    TakeGeometry(*pInObj, pIn, 0, 0, MM_ALIGN_PACKED);
+    TakeGeometry(*pOutObj, pOut, 0, 0, MM_ALIGN_PACKED);
     return Connect(*pInObj, *pOutObj, kLineNoEnlargedHeader);
 }

@@ -125,13 +125,15 @@ void ReadGroups(const char* pszRoot, MemoryUse* pUse)
 {
     const SystemText text(pszRoot, "/proc/self/cgroup", "");
     for (const char* pszLine = text.Begin(); pszLine; pszLine = SystemText::NextLine(pszLine)) {
-        const char* pszControllers = pszLine + std::strcspn(pszLine, ":\n");
-        if (*pszControllers++ != ':')
+        const char* pszColon = pszLine + std::strcspn(pszLine, ":\n");
+        if (*pszColon != ':')
             continue;
+        const char* pszControllers = pszColon + 1;
         const std::size_t nControllers = std::strcspn(pszControllers, ":\n");
-        const char* pszGroup = pszControllers + nControllers;
-        if (*pszGroup++ != ':')
+        pszColon = pszControllers + nControllers;
+        if (*pszColon != ':')
             continue;
+        const char* pszGroup = pszColon + 1;
         if (nControllers == 0)
             ConsiderGroups(pszRoot, kSecondVersion, pszGroup, pUse);
         else if (std::string_view(pszControllers, nControllers).find("memory") != std::string_view::npos)

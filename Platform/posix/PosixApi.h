@@ -61,9 +61,8 @@ struct MEMORYSTATUS
     SIZE_T dwAvailPhys; ///< bytes of them that are available
 };
 
-/// Allocates zero-filled read/write memory; VirtualFree releases it. pAddress is null, nType is
-/// MEM_COMMIT | MEM_RESERVE and may have MEM_TOP_DOWN, nProtect is PAGE_READWRITE. Null: 8 no memory or
-/// address space, 87.
+/// Allocates zero-filled read/write memory; VirtualFree releases it. pAddress is null, nType is MEM_COMMIT |
+/// MEM_RESERVE and may have MEM_TOP_DOWN, nProtect is PAGE_READWRITE. Null: 8 no memory or address space, 87.
 LPVOID VirtualAlloc(LPVOID pAddress, SIZE_T nBytes, DWORD nType, DWORD nProtect);
 
 /// Releases a whole block by its address; nBytes is 0 and nType MEM_RELEASE. False: 487 not the address of a
@@ -113,16 +112,14 @@ inline constexpr DWORD FILE_BEGIN = 0;
 ///                   can delete it. On a file system without locks neither holds.
 /// @param pSecurity  null
 /// @param nCreation  OPEN_EXISTING, or CREATE_NEW, CREATE_ALWAYS or OPEN_ALWAYS with GENERIC_WRITE. Those
-/// that
-///                   create do not follow a link at the path's end, and only the owner can use a new file
-///                   (0600).
+///                   that create do not follow a link at the path's end, and only the owner can use a new
+///                   file (0600).
 /// @param nFlags     FILE_ATTRIBUTE_NORMAL, FILE_ATTRIBUTE_TEMPORARY, and FILE_FLAG_DELETE_ON_CLOSE for a new
 ///                   file that is read and written and not shared. Its data has no name: however the process
 ///                   ends, at most an empty file of this name stays behind.
 /// @param hTemplate  null
 /// @return INVALID_HANDLE_VALUE: 2 no such file; 5 a folder, a link, or no permission; 32 somebody else has
-/// the
-///         file open; 80 CREATE_NEW and the file exists; 206 path too long; 87
+///         the file open; 80 CREATE_NEW and the file exists; 206 path too long; 87
 HANDLE CreateFileA(LPCSTR pszPath, DWORD nAccess, DWORD nShare, void* pSecurity, DWORD nCreation,
                    DWORD nFlags, HANDLE hTemplate);
 
@@ -179,9 +176,8 @@ inline constexpr DWORD FILE_MAP_ALL_ACCESS = 0xF001F;
 /// @param nSizeHigh           0
 /// @param nSizeLow            bytes; 0: the file's size
 /// @return null: 8 a file that is too short for PAGE_READONLY; 112 disk full or 223 above the process's
-/// file-size
-///         limit, and the file's length is as it was; 1006 an empty file and no size; 5 the file is not open
-///         for this protection, or is open for appending; 87
+///         file-size limit, and the file's length is as it was; 1006 an empty file and no size; 5 the file is
+///         not open for this protection, or is open for appending; 87
 HANDLE CreateFileMappingA(HANDLE hFile, void* pSecurity, DWORD nProtect, DWORD nSizeHigh, DWORD nSizeLow,
                           LPCSTR pszName);
 

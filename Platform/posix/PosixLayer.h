@@ -55,6 +55,12 @@ private:
     bool m_bUtf8;
 };
 
+/// The small letter of a capital A to Z; any other character as it is.
+constexpr char SmallLetter(char c)
+{
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
 /// Turns every character that is a backslash into a slash; no other byte changes.
 void BackslashesToSlashes(char* pszPath);
 

@@ -17,14 +17,12 @@ public:
 
     int Next()
     {
-        const int c = static_cast<unsigned char>(*m_pNext);
-        if (m_nFollowing > 0) {
-            --m_nFollowing;
-            ++m_pNext;
-            return c;
-        }
-        m_nFollowing = m_set.Length(m_pNext++) - 1;
-        return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c;
+        const bool bFirst = m_nFollowing == 0;
+        if (bFirst)
+            m_nFollowing = m_set.Length(m_pNext);
+        --m_nFollowing;
+        const char c = *m_pNext++;
+        return static_cast<unsigned char>(bFirst ? SmallLetter(c) : c);
     }
 
 private:
