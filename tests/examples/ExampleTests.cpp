@@ -1,24 +1,41 @@
 // The examples as a user runs them, on a small bitmap; every byte of the result against what each promises.
 
-#include <gtest/gtest.h>
+#include "../SameBytes.h"
 
-#include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <random>
 #include <sstream>
 #include <string>
+#include <vector>
+
+#if defined(_WIN32)
+#include <process.h>
+#else
+#include <spawn.h>
+#include <sys/wait.h>
+#endif
 
 namespace {
 
+/// Runs a program of the current folder; its exit status.
+int StatusOf(const std::string& sProgram, const std::vector<std::string>& words)
+{
+    std::vector<char*> arguments{const_cast<char*>(sProgram.c_str())};
+    for (const std::string& sWord : words)
+        arguments.push_back(const_cast<char*>(sWord.c_str()));
+    arguments.push_back(nullptr);
 #if defined(_WIN32)
-constexpr int kStatusUnit = 1; // of what std::system gives
-constexpr char kQuiet[] = " 2>NUL";
+    return static_cast<int>(_spawnv(_P_WAIT, (sProgram + ".exe").c_str(), arguments.data()));
 #else
-constexpr int kStatusUnit = 256;
-constexpr char kQuiet[] = " 2>/dev/null";
+    pid_t nChild = 0;
+    int nState = posix_spawn(&nChild, ("./" + sProgram).c_str(), nullptr, nullptr, arguments.data(), environ);
+    if (nState != 0 || waitpid(nChild, &nState, 0) != nChild)
+        return -1;
+    return WIFEXITED(nState) ? WEXITSTATUS(nState) : -WTERMSIG(nState);
 #endif
+}
+
 constexpr int kWidth = 301, kHeight = 700, kHeader = 54; // three bands of the filter
 
 int LineBytes(int nSamples)
@@ -55,7 +72,7 @@ template <class Function> std::string BitmapOf(int nSamples, Function sample, in
 }
 
 /// What an example makes of the picture; its exit status if that is not 0.
-std::string ResultOf(const std::string& sExample, const std::string& sArguments = "")
+std::string ResultOf(const std::string& sExample, std::vector<std::string> words = {})
 {
     namespace fs = std::filesystem;
     const fs::path folder = fs::temp_directory_path() / ("examples" + std::to_string(std::random_device{}()));
@@ -63,34 +80,33 @@ std::string ResultOf(const std::string& sExample, const std::string& sArguments 
     const std::string sFolder = (folder / "").string();
     std::ofstream(sFolder + "in.bmp", std::ios::binary) << BitmapOf(3, Sample, 20);
     fs::current_path(EXAMPLES_FOLDER); // which may have a space in its name
-    const std::string sCommand = (fs::path(".") / sExample).make_preferred().string() + " " + sFolder +
-                                 "in.bmp " + sFolder + "out.bmp " + sArguments;
-    const int nStatus = std::system((sCommand + kQuiet).c_str());
+    words.insert(words.begin(), {sFolder + "in.bmp", sFolder + "out.bmp"});
+    const int nStatus = StatusOf(sExample, words);
     std::ostringstream bytes;
     bytes << std::ifstream(sFolder + "out.bmp", std::ios::binary).rdbuf();
     fs::remove_all(folder);
-    return nStatus == 0 ? bytes.str() : "status " + std::to_string(nStatus / kStatusUnit);
+    return nStatus == 0 ? bytes.str() : "status " + std::to_string(nStatus);
 }
 
 TEST(Examples, DoWhatTheySay)
 {
     const auto inverted = [](int x, int y, int i) { return i == 3 ? 0xFF : 0xFF - Sample(x, y, i); };
-    EXPECT_TRUE(BitmapOf(4, inverted) == ResultOf("import_export"));
+    EXPECT_TRUE(SameBytes(BitmapOf(4, inverted), ResultOf("import_export")));
     const auto softened = [](int x, int y, int i) {
         int nSum = 4;
         for (int n = 0; n < 9; ++n)
             nSum += Sample(x + n % 3 - 1, y + n / 3 - 1, i);
         return nSum / 9;
     };
-    EXPECT_TRUE(BitmapOf(3, softened) == ResultOf("unit_filter"));
+    EXPECT_TRUE(SameBytes(BitmapOf(3, softened), ResultOf("unit_filter")));
     const auto relief = [](int x, int y, int i) {
         const bool bInside = x >= 2 && x <= 300 && y >= 3 && y <= 690;
         return bInside ? std::clamp(128 + Sample(x, y, i) - Sample(x - 1, y - 1, i), 0, 255)
                        : Sample(x, y, i);
     };
-    EXPECT_TRUE(BitmapOf(3, relief) == ResultOf("blocks", "3 690 2 300"));
-    EXPECT_EQ("status 1", ResultOf("blocks", "3 5 2 301")) << "past the right edge";
-    EXPECT_EQ("status 2", ResultOf("unit_filter", "surplus"));
+    EXPECT_TRUE(SameBytes(BitmapOf(3, relief), ResultOf("blocks", {"3", "690", "2", "300"})));
+    EXPECT_EQ("status 1", ResultOf("blocks", {"3", "5", "2", "301"})) << "past the right edge";
+    EXPECT_EQ("status 2", ResultOf("unit_filter", {"surplus"}));
 }
 
 } // namespace

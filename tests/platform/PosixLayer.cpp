@@ -52,6 +52,13 @@ protected:
             names.insert(data.cFileName);
         return hFind != INVALID_HANDLE_VALUE && FindClose(hFind) ? names : Names{};
     }
+    /// The error of a call that gave this; 0 where it has not failed.
+    template <class Result> static DWORD ErrorOf(Result result)
+    {
+        if constexpr (std::is_same_v<Result, HANDLE>)
+            result = result == INVALID_HANDLE_VALUE ? nullptr : result;
+        return result ? 0 : GetLastError();
+    }
     /// A process that does only this work must end well; one that exits with 77 cannot do it here.
     static void InProcess(const std::function<void()>& work)
     {
@@ -69,24 +76,20 @@ protected:
 TEST_F(PosixLayer, EveryRefusalHasItsCode)
 {
     const std::string sFile = At("file"), sLink = At("link");
-    const HANDLE hFile = Open(sFile, kShared), hMap = Map(hFile, 200000), hNone = INVALID_HANDLE_VALUE;
+    const HANDLE hFile = Open(sFile, kShared), hMap = Map(hFile, 200000);
     const Descriptor appender(open(sFile.c_str(), O_RDWR | O_APPEND));
-    // clang-format off
-    const struct { const char* pszCase; DWORD nError; std::function<bool()> succeeds; } cases[] = {
-        {"a link laid for a new file", 5, [&] { return symlink("file", sLink.c_str()) != 0 || Open(sLink) != hNone; }},
-        {"a link laid for a dump", 5, [&] { return platform::OpenBinaryFile(sLink.c_str(), 1) != nullptr; }},
-        {"new file there already", 80, [&] { return Open(sFile, 0, CREATE_NEW) != hNone; }},
-        {"unknown flag", 87, [&] { return Open(sFile, 0, CREATE_ALWAYS, 0x40000000) != hNone; }},
-        {"read the null handle", 6, [] { DWORD n; return ReadFile(nullptr, &n, 1, &n, nullptr); }},
-        {"map what only appends", 5, [&] { return Map(HandleOf(appender.Get()), 4); }},
-        {"view between granules", 1132, [&] { return View(hMap, 4096, 4); }},
-        {"view past the end", 5, [&] { return View(hMap, 65536, 200000 - 65535); }},
-        {"copy past the end", 5, [&] { return platform::CopyToFile(hFile, hMap, 199999, "ab", 2, false); }},
-        {"more memory than addresses", 8, [] { return VirtualAlloc(nullptr, SIZE_MAX, 0x3000, 4); }},
-    };
-    // clang-format on
-    for (const auto& c : cases)
-        EXPECT_TRUE(!c.succeeds() && GetLastError() == c.nError) << c.pszCase << ": " << GetLastError();
+    ASSERT_EQ(0, symlink("file", sLink.c_str()));
+    DWORD n = 0;
+    EXPECT_EQ(5u, ErrorOf(Open(sLink))) << "a link laid for a new file";
+    EXPECT_EQ(5u, ErrorOf(platform::OpenBinaryFile(sLink.c_str(), 1))) << "a link laid for a dump";
+    EXPECT_EQ(80u, ErrorOf(Open(sFile, 0, CREATE_NEW))) << "new file there already";
+    EXPECT_EQ(87u, ErrorOf(Open(sFile, 0, CREATE_ALWAYS, 0x40000000))) << "unknown flag";
+    EXPECT_EQ(6u, ErrorOf(ReadFile(nullptr, &n, 1, &n, nullptr))) << "read the null handle";
+    EXPECT_EQ(5u, ErrorOf(Map(HandleOf(appender.Get()), 4))) << "map what only appends";
+    EXPECT_EQ(1132u, ErrorOf(View(hMap, 4096, 4))) << "view between granules";
+    EXPECT_EQ(5u, ErrorOf(View(hMap, 65536, 200000 - 65535))) << "view past the end";
+    EXPECT_EQ(5u, ErrorOf(platform::CopyToFile(hFile, hMap, 199999, "ab", 2, false))) << "copy past the end";
+    EXPECT_EQ(8u, ErrorOf(VirtualAlloc(nullptr, SIZE_MAX, 0x3000, 4))) << "more memory than addresses";
 }
 
 TEST_F(PosixLayer, SharingHoldsAgainstOtherProcessesUntilTheyAreKilled)
@@ -101,11 +104,12 @@ TEST_F(PosixLayer, SharingHoldsAgainstOtherProcessesUntilTheyAreKilled)
         }
         waitpid(nHolder, nullptr, WUNTRACED);
         EXPECT_EQ(bShares, static_cast<DWORD>(CloseHandle(Open(sPath, kShared, OPEN_EXISTING)))) << nFlags;
-        EXPECT_TRUE(Open(sPath, 0, OPEN_EXISTING) == INVALID_HANDLE_VALUE && GetLastError() == 32) << nFlags;
-        EXPECT_TRUE(!DeleteFileA(sPath.c_str()) && GetLastError() == 32) << "took a living process's file";
+        EXPECT_EQ(32u, ErrorOf(Open(sPath, 0, OPEN_EXISTING))) << nFlags;
+        EXPECT_EQ(32u, ErrorOf(DeleteFileA(sPath.c_str()))) << "took a living process's file";
         kill(nHolder, SIGKILL);
         waitpid(nHolder, nullptr, 0);
-        EXPECT_TRUE(std::filesystem::file_size(sPath) == nBytesLeft && DeleteFileA(sPath.c_str())) << nFlags;
+        EXPECT_EQ(nBytesLeft, std::filesystem::file_size(sPath)) << nFlags;
+        EXPECT_TRUE(DeleteFileA(sPath.c_str())) << nFlags;
     }
 }
 
@@ -121,7 +125,8 @@ TEST_F(PosixLayer, TemporaryFilesKeepTheirNamesUnderCleanUpsAndLoseThemWithTheHa
         GetTempFileNameA(m_sFolder.c_str(), "LRGX", 0, szName);
         const HANDLE hFile = Open(szName, 0, CREATE_ALWAYS, kDeleted);
         EXPECT_EQ(0, access(szName, F_OK)) << "store " << i << " lost its name";
-        EXPECT_TRUE(CloseHandle(hFile) && access(szName, F_OK) != 0) << "store " << i << " left its name";
+        EXPECT_TRUE(CloseHandle(hFile));
+        EXPECT_NE(0, access(szName, F_OK)) << "store " << i << " left its name";
     }
 }
 
@@ -135,18 +140,24 @@ TEST_F(PosixLayer, NamelessDataIsPrivateAndTakesOnlyItsOwnNameAlong)
                      hGone = Open("gone", 0, CREATE_NEW, kDeleted);
         const Descriptor data = OpenUnlinked("data");
         struct stat file = {};
-        for (const int n : {DescriptorOf(hMine), DescriptorOf(Map(hMine, 1)), data.Get()})
-            EXPECT_TRUE(n > 2 && fcntl(n, F_GETFD) == FD_CLOEXEC && fstat(n, &file) == 0 &&
-                        file.st_nlink == 0);
         std::FILE* pDump = platform::OpenBinaryFile("dump", 1);
-        EXPECT_TRUE(pDump && fileno(pDump) > 2 && fcntl(fileno(pDump), F_GETFD) == FD_CLOEXEC);
-        for (const char* pszOwn : {"mine", "dump"})
-            EXPECT_TRUE(stat(pszOwn, &file) == 0 && file.st_mode == (S_IFREG | 0600)) << pszOwn;
+        const int nDump = pDump ? fileno(pDump) : -1;
+        for (const int n : {DescriptorOf(hMine), DescriptorOf(Map(hMine, 1)), data.Get(), nDump}) {
+            EXPECT_GT(n, 2) << "it takes a standard stream's place";
+            EXPECT_EQ(FD_CLOEXEC, fcntl(n, F_GETFD)) << "a started program has it too";
+            EXPECT_EQ(0, fstat(n, &file));
+            EXPECT_EQ(n == nDump ? 1u : 0u, file.st_nlink) << "names";
+        }
+        for (const char* pszOwn : {"mine", "dump"}) {
+            EXPECT_EQ(0, stat(pszOwn, &file)) << pszOwn;
+            EXPECT_EQ(mode_t{S_IFREG | 0600}, file.st_mode) << pszOwn;
+        }
         std::filesystem::remove("dump");
         std::filesystem::remove("gone");
         Put("gone", "somebody else's");
         std::filesystem::current_path("/");
-        EXPECT_TRUE(CloseHandle(hMine) && CloseHandle(hGone));
+        EXPECT_TRUE(CloseHandle(hMine));
+        EXPECT_TRUE(CloseHandle(hGone));
     });
     EXPECT_EQ((Names{".", "..", "gone"}), Find("*"));
 }
@@ -169,7 +180,8 @@ TEST_F(PosixLayer, NamesKeepDoubleBytesMatchWithoutCaseAndFitTheirBuffers)
     InProcess([&] {
         setenv("TMPDIR", (m_sFolder + "\\\x83\\").c_str(), 1);
         std::filesystem::create_directory(At("\x83\\"));
-        EXPECT_TRUE(GetTempPathA(MAX_PATH, szName) && m_sFolder + "/\x83\\/" == szName) << szName;
+        EXPECT_NE(0u, GetTempPathA(MAX_PATH, szName));
+        EXPECT_EQ(m_sFolder + "/\x83\\/", szName);
         EXPECT_NE(0u, GetTempFileNameA(std::getenv("TMPDIR"), "LRG", 0, szName));
         EXPECT_EQ(0, access(At("\x83\\/" + std::string(strrchr(szName, 'L'))).c_str(), F_OK)) << szName;
     });
@@ -191,11 +203,16 @@ TEST_F(PosixLayer, ViewsCopiesAndReadsShowTheSameBytesAtEveryGranule)
             EXPECT_EQ(0, std::memcmp(pView + nBytes - 4, &nMark, 4)) << "a copy does not show in a view";
             std::memcpy(pView, &nOffset, 4);
             SetFilePointer(hFile, static_cast<LONG>(nOffset), nullptr, FILE_BEGIN);
-            EXPECT_TRUE(ReadFile(hFile, &nFound, 4, &nRead, nullptr) && nFound == nOffset) << nFound;
-            EXPECT_TRUE(FlushViewOfFile(pView + 50, 0) && !FlushViewOfFile(pView + 50, nBytes - 49));
-            EXPECT_TRUE(UnmapViewOfFile(pView) && !UnmapViewOfFile(pView));
+            EXPECT_TRUE(ReadFile(hFile, &nFound, 4, &nRead, nullptr));
+            EXPECT_EQ(nOffset, nFound) << "what a view wrote is not read";
+            EXPECT_TRUE(FlushViewOfFile(pView + 50, 0));
+            EXPECT_FALSE(FlushViewOfFile(pView + 50, nBytes - 49)) << "past the view's end";
+            EXPECT_TRUE(UnmapViewOfFile(pView));
+            EXPECT_FALSE(UnmapViewOfFile(pView)) << "twice";
         }
-    EXPECT_TRUE(CloseHandle(hFile) && UnmapViewOfFile(View(hMap, 0, 0)) && CloseHandle(hMap));
+    EXPECT_TRUE(CloseHandle(hFile));
+    EXPECT_TRUE(UnmapViewOfFile(View(hMap, 0, 0))) << "a mapping outlives its file's handle";
+    EXPECT_TRUE(CloseHandle(hMap));
 }
 
 TEST_F(PosixLayer, GrowthAndHolesOnAFullDiskAreRefusedAndLeaveTheLength)
@@ -205,16 +222,17 @@ TEST_F(PosixLayer, GrowthAndHolesOnAFullDiskAreRefusedAndLeaveTheLength)
             mount("none", m_sFolder.c_str(), "tmpfs", 0, "size=100m") != 0)
             _exit(77);
         const HANDLE hFile = Open(At("file")), hHoles = Open(Put("holes", "kept"), 0, OPEN_EXISTING);
-        EXPECT_TRUE(Map(hFile, 5000) && !Map(hFile, 160 << 20) && GetLastError() == 112) << GetLastError();
+        EXPECT_NE(nullptr, Map(hFile, 5000));
+        EXPECT_EQ(112u, ErrorOf(Map(hFile, 160 << 20)));
         EXPECT_EQ(5000u, GetFileSize(hFile, nullptr)) << "the next append would leave a gap";
         std::filesystem::resize_file(At("holes"), 30 << 20);
         BYTE *pView = View(Map(hFile, 50 << 20), 0, 0), *pHoles = View(Map(hHoles, 40 << 20), 0, 0);
         std::filesystem::resize_file(At("holes"), 160 << 20);
-        EXPECT_TRUE(!Map(hHoles, 0) && GetLastError() == 112) << "would be a signal at some later pixel";
+        EXPECT_EQ(112u, ErrorOf(Map(hHoles, 0))) << "would be a signal at some later pixel";
         EXPECT_EQ(160u << 20, GetFileSize(hHoles, nullptr));
         std::filesystem::resize_file(At("holes"), 40 << 20);
         Put("filler", std::string(20 << 20, 'f'));
-        EXPECT_EQ(0, std::memcmp(pHoles, "kept", 4));
+        EXPECT_EQ("kept", std::string(pHoles, pHoles + 4));
         std::memset(pView, 1, 50 << 20); // a signal here if the mapping had not reserved the blocks
         std::memset(pHoles, 1, 40 << 20);
     });
@@ -229,11 +247,12 @@ TEST_F(PosixLayer, LimitsAreErrorsAndSignalsCutNothingShort)
         const DWORD nBefore = GetTickCount();
         Sleep(60);
         EXPECT_GE(GetTickCount() - nBefore, 60u);
-        EXPECT_TRUE(Map(HandleOf(open("/dev/shm", O_TMPFILE | O_RDWR, 0600)), 50 << 20));
+        EXPECT_NE(nullptr, Map(HandleOf(open("/dev/shm", O_TMPFILE | O_RDWR, 0600)), 50 << 20));
         const rlimit limit = {1 << 20, 1 << 20};
         setrlimit(RLIMIT_FSIZE, &limit);
         const HANDLE hFile = Open(At("file")), hLong = Open(sLong, kShared, OPEN_EXISTING);
-        EXPECT_TRUE(Map(hFile, 1 << 20) && !Map(hFile, (1 << 20) + 1) && GetLastError() == 223);
+        EXPECT_NE(nullptr, Map(hFile, 1 << 20));
+        EXPECT_EQ(223u, ErrorOf(Map(hFile, (1 << 20) + 1)));
         EXPECT_FALSE(platform::CopyToFile(hLong, Map(hLong, 0), 2 << 20, "x", 1, false));
         EXPECT_FALSE(platform::OpenTextFile(sLong.c_str(), "a"));
     });
@@ -247,8 +266,11 @@ TEST_F(PosixLayer, ThreadsFindTheirOwnBlocksAndViews)
             const SIZE_T nBytes =
                 std::array<SIZE_T, 4>{2, kHuge - 1, kHuge, 3 * kHuge + 5000}[static_cast<SIZE_T>(i) % 4];
             auto* pBlock = static_cast<BYTE*>(VirtualAlloc(nullptr, nBytes, 0x103000, PAGE_READWRITE));
-            EXPECT_EQ(0, pBlock[0]++ + pBlock[nBytes - 1]++);
-            EXPECT_TRUE(nBytes < kHuge || reinterpret_cast<std::uintptr_t>(pBlock) % kHuge == 0) << nBytes;
+            for (BYTE* pEnd : {pBlock, pBlock + nBytes - 1})
+                EXPECT_EQ(0, (*pEnd)++) << "another thread's block, or not cleared";
+            if (nBytes >= kHuge) {
+                EXPECT_EQ(0u, reinterpret_cast<std::uintptr_t>(pBlock) % kHuge) << nBytes;
+            }
             EXPECT_TRUE(UnmapViewOfFile(std::memset(View(hMap, nThread * 65536, 65536), i, 65536)));
             EXPECT_TRUE(VirtualFree(pBlock, 0, MEM_RELEASE));
         }
@@ -258,19 +280,17 @@ TEST_F(PosixLayer, ThreadsFindTheirOwnBlocksAndViews)
 
 TEST_F(PosixLayer, MemoryLoadIsTheFullerOfMachineAndControlGroups)
 {
-    // clang-format off
-    const struct { const char* pszName; const char* pszGroups; const char* files[6]; unsigned nLoad; } cases[] = {
-        {"above/", "0::/above/b\n", {"above/memory.max", "400000\n", "above/memory.current", "390000\n",
-            "above/memory.stat", "anon 1\ninactive_file 30000\n"}, 90},
-        {"inside/", "3:cpu:/\n9:memory:/out/side\n0::/a\n", {"memory/memory.limit_in_bytes", "500000",
-            "memory/memory.usage_in_bytes", "500000", "memory/memory.stat", "total_inactive_file 100000\n"}, 80}};
-    // clang-format on
-    for (const auto& c : cases) {
-        Put(std::string(c.pszName) + "proc/self/cgroup", c.pszGroups);
-        Put(std::string(c.pszName) + "proc/meminfo",
-            "MemTotal: 1000 kB\nMemFree: 1 kB\nMemAvailable: 400 kB\n");
-        for (int i = 0; i < 6 && c.files[i]; i += 2)
-            Put(std::string(c.pszName) + "sys/fs/cgroup/" + c.files[i], c.files[i + 1]);
-        EXPECT_EQ(c.nLoad, ReadMemoryUse(At(c.pszName).c_str()).nLoad) << c.pszName;
+    // what belongs to the machine and to its control groups
+    Put("above/proc/self/cgroup", "0::/above/b\n");
+    Put("above/sys/fs/cgroup/above/memory.max", "400000\n");
+    Put("above/sys/fs/cgroup/above/memory.current", "390000\n");
+    Put("above/sys/fs/cgroup/above/memory.stat", "anon 1\ninactive_file 30000\n");
+    Put("inside/proc/self/cgroup", "3:cpu:/\n9:memory:/out/side\n0::/a\n");
+    Put("inside/sys/fs/cgroup/memory/memory.limit_in_bytes", "500000");
+    Put("inside/sys/fs/cgroup/memory/memory.usage_in_bytes", "500000");
+    Put("inside/sys/fs/cgroup/memory/memory.stat", "total_inactive_file 100000\n");
+    for (const auto& [sRoot, nLoad] : {std::pair<std::string, unsigned>("above/", 90), {"inside/", 80}}) {
+        Put(sRoot + "proc/meminfo", "MemTotal: 1000 kB\nMemFree: 1 kB\nMemAvailable: 400 kB\n");
+        EXPECT_EQ(nLoad, ReadMemoryUse(At(sRoot).c_str()).nLoad) << sRoot;
     }
 }

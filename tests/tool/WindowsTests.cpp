@@ -14,17 +14,22 @@ TEST_F(ToolOnWindows, DoesWhatThisBuildDoesUnderNamesInUnicode)
     Save("日本語.bmp", Encode(RandomPicture(kLayouts[0], 2401, 1403)));
     std::filesystem::create_directory(At("一時 é"));
     const string szJob =
-        " filter 日本語.bmp 'ぼけ é.bmp' --op box --budget 12M --scheme whole --verbose --json "
+        "filter 日本語.bmp 'ぼけ é.bmp' --op box --budget 12M --scheme whole --verbose --json "
         "--temp-dir '一時 é' --report 報告.json --report 報告.html --report 報告.txt";
-    const Outcome native =
-        Shell("'" IMGBAND_PROGRAM "'" + szJob + " && mkdir ../native && mv *ぼけ* *報告* ../native");
+    Names words = Words(szJob);
+    words.insert(words.begin(), IMGBAND_PROGRAM);
+    const Outcome native = Start(words);
+    ASSERT_EQ(0, native.nStatus) << native.szErr;
+    const string szNative = Load("ぼけ é.bmp");
+    const ordered_json expected = ordered_json::parse(Load("報告.json"));
+    for (const char* pszName : {"ぼけ é.bmp", "報告.json", "報告.html", "報告.txt"})
+        Remove(pszName);
     const Outcome outcome = Run(szJob);
-    ASSERT_EQ(0, native.nStatus + outcome.nStatus) << outcome.szErr;
+    ASSERT_EQ(0, outcome.nStatus) << outcome.szErr;
     EXPECT_THAT(outcome.szErr, AllOf(HasSubstr("temporary files in 一時 é,"), HasSubstr("ぼけ é.bmp: bgr24"),
                                      testing::EndsWith("leak check: nothing left\n")));
-    EXPECT_TRUE(Load("../native/ぼけ é.bmp") == Load("ぼけ é.bmp")) << "other bytes";
-    const ordered_json expected = ordered_json::parse(Load("../native/報告.json")),
-                       report = ordered_json::parse(Load("報告.json")),
+    EXPECT_TRUE(SameBytes(szNative, Load("ぼけ é.bmp")));
+    const ordered_json report = ordered_json::parse(Load("報告.json")),
                        printed = ordered_json::parse(outcome.szOut);
     for (const char* pszKey : {"file", "settings", "scheme", "temporary_bytes", "peak_budget_bytes"}) {
         EXPECT_EQ(expected.at(pszKey), printed.at(pszKey));
@@ -40,61 +45,67 @@ TEST_F(ToolOnWindows, DoesWhatThisBuildDoesUnderNamesInUnicode)
     for (const string& szText :
          {outcome.szOut, outcome.szErr, szTables, Load("報告.html"), Load("報告.json")})
         EXPECT_EQ(string::npos, szText.find('\r'));
-    EXPECT_EQ("", Shell("ls '一時 é' tmp | grep LRG").szOut);
+    EXPECT_FALSE(HasTemporaryFile());
+    EXPECT_FALSE(HasTemporaryFile("一時 é"));
 }
 
 TEST_F(ToolOnWindows, ShowsEveryCharacterOnAConsole)
 {
     if (access("/usr/bin/script", X_OK) != 0)
         GTEST_SKIP() << "bsdutils is not installed";
-    const string szScreen =
-        Shell("script -qec \"$IMGBAND make 日本語.bmp --size 20x20 --json\" /dev/null </dev/null").szOut;
+    const string szScreen = Start(OnTerminal("make 日本語.bmp --size 20x20 --json")).szOut;
     const string szText = std::regex_replace(szScreen, std::regex("\033\\[[0-9;?]*[A-Za-z]"), "");
     EXPECT_THAT(szText, AllOf(HasSubstr("\"イメージ書込み\","), HasSubstr("日本語.bmp:"))) << szScreen;
 }
 
 TEST_F(ToolOnWindows, ReplacesFilesAndNothingElse)
 {
-    // clang-format off
-    const struct { int nStatus; const char *pszArguments, *pszWords; } cases[] = {
-        {0, "a.bmp old.bmp", "old.bmp: bgr24"},            {0, "a.bmp a.bmp", "a.bmp: bgr24"},
-        {0, "a.bmp 'sub\\b.bmp'", "sub\\b.bmp: bgr24"},     {0, "z:$PWD/a.bmp \"$(echo \"z:$PWD/c.bmp\" | tr / '\\\\')\"", "c.bmp: bgr24"},
-        {4, "a.bmp kept.bmp", "is write-protected"},       {4, "a.bmp NUL --to bgr24", "is no name for a file"},
-        {4, "a.bmp 'x|y.bmp'", "is no name for a file"},   {4, "a.bmp sub --to bgr24", "is not a regular file"},
-        {4, "a.bmp kept.bmp/b.bmp", "cannot be "},         {3, "sub b.bmp --to bgr24", "is not a regular file"},
-        {2, "a.bmp New.json --to raw48 --report new.json", "replace"}, {3, "NUL b.bmp", "is not a regular file"},         {3, "'no?.bmp' b.bmp", "No such file or directory"},
-    };
-    // clang-format on
     const string szPicture = Encode(RandomPicture(kLayouts[0], 5, 4));
     Save("a.bmp", szPicture);
-    Shell("echo old >old.bmp; echo kept >kept.bmp; chmod 444 kept.bmp; mkdir sub");
-    for (const auto& c : cases) {
-        const Outcome outcome = Run("convert " + string(c.pszArguments));
-        EXPECT_EQ(c.nStatus, outcome.nStatus) << c.pszArguments;
-        EXPECT_THAT(outcome.szErr, HasSubstr(c.pszWords));
-    }
-    EXPECT_EQ("./a.bmp ./c.bmp ./kept.bmp ./old.bmp ./sub/b.bmp ", Files());
-    EXPECT_TRUE(Load("old.bmp") == szPicture && Load("a.bmp") == szPicture && Load("kept.bmp") == "kept\n");
+    Save("old.bmp", "old");
+    Save("kept.bmp", "kept");
+    std::filesystem::permissions(At("kept.bmp"), std::filesystem::perms(0444));
+    std::filesystem::create_directory(At("sub"));
+    ExpectMessages("windows.txt", "", [](const Outcome&) {});
+    EXPECT_EQ((Names{"a.bmp", "c.bmp", "kept.bmp", "old.bmp", "sub/b.bmp"}), Files());
+    for (const char* pszName : {"a.bmp", "old.bmp"})
+        EXPECT_TRUE(SameBytes(szPicture, Load(pszName))) << pszName;
+    EXPECT_EQ("kept", Load("kept.bmp"));
 }
 
 TEST_F(ToolOnWindows, RemovesWhatNobodyHolds)
 {
-    const Outcome outcome = Shell(
-        ":; $IMGBAND make a.bmp --size 9000x9000 --budget 12M --temp-dir tmp & until ls tmp/LRG* >../live; "
-        "do sleep .01; done;"
-        "cd tmp; printf 12345 >LRG1.tmp; printf 123 >lrg1a2b.TMP; printf 1 >LRGF0.tmp; chmod 444 LRGF0.tmp;"
-        "touch LRG.tmp LRGx.tmp XLRG1.tmp LRG123456789.tmp; mkdir LRG2.tmp; ls >../../before; cd ..;"
-        "$IMGBAND clean --temp-dir tmp --dry-run; ls tmp | cmp - ../before; $IMGBAND clean --temp-dir tmp "
-        "--json; echo $? >../status;"
-        "ls $(cat ../live); ls tmp | diff ../before - | sed -n 's/^< //p' >../gone; kill -9 $!");
-    const string szGone = Load("../gone"), szJson = outcome.szOut.substr(outcome.szOut.find('{'));
-    EXPECT_THAT(outcome.szOut, HasSubstr("LRG1.tmp  5 bytes, "));
-    EXPECT_TRUE(szGone == "LRG1.tmp\nlrg1a2b.TMP\n") << szGone;
-    const ordered_json clean = ordered_json::parse(szJson.substr(0, szJson.rfind('}') + 1));
-    EXPECT_TRUE(clean["total_files"] == 3 && clean["total_bytes"] == 9) << clean;
-    EXPECT_EQ("4\n", Load("../status"));
-    EXPECT_THAT(outcome.szErr, HasSubstr("1 of 3 leftovers cannot be removed"));
-    EXPECT_THAT(outcome.szOut, testing::EndsWith(Load("../live"))) << "a run lost its file";
+    bool bLooked = false;
+    const auto fnClean = [&](pid_t nChild) {
+        if (bLooked || !HasTemporaryFile())
+            return;
+        bLooked = true;
+        const Names live = Files("tmp"), others = {"LRG.tmp", "LRGx.tmp", "XLRG1.tmp", "LRG123456789.tmp"};
+        Save("tmp/LRG1.tmp", "12345");
+        Save("tmp/lrg1a2b.TMP", "123");
+        Save("tmp/LRGF0.tmp", "1");
+        std::filesystem::permissions(At("tmp/LRGF0.tmp"), std::filesystem::perms(0444));
+        std::filesystem::create_directory(At("tmp/LRG2.tmp"));
+        for (const string& szName : others)
+            Save("tmp/" + szName, "");
+        const Names before = Files("tmp");
+        EXPECT_THAT(Run("clean --temp-dir tmp --dry-run").szOut, HasSubstr("LRG1.tmp  5 bytes, "));
+        EXPECT_EQ(before, Files("tmp")) << "a dry run removes files";
+        const Outcome cleaned = Run("clean --temp-dir tmp --json");
+        const ordered_json clean = ordered_json::parse(cleaned.szOut);
+        EXPECT_EQ(3, clean["total_files"]);
+        EXPECT_EQ(9, clean["total_bytes"]);
+        EXPECT_EQ(4, cleaned.nStatus);
+        EXPECT_THAT(cleaned.szErr, HasSubstr("1 of 3 leftovers cannot be removed"));
+        Names left = Files("tmp");
+        EXPECT_EQ(before.size() - 2, left.size()) << testing::PrintToString(left);
+        EXPECT_THAT(left, testing::IsSupersetOf(live)) << "a run lost its file";
+        EXPECT_THAT(left, testing::Not(testing::Contains(testing::AnyOf("LRG1.tmp", "lrg1a2b.TMP"))));
+        EXPECT_TRUE(Exists("tmp/LRG2.tmp")) << "a folder is removed";
+        kill(nChild, SIGKILL);
+    };
+    Start(Program("make a.bmp --size 9000x9000 --budget 12M --temp-dir tmp"), fnClean);
+    EXPECT_TRUE(bLooked);
 }
 
 } // namespace

@@ -23,7 +23,8 @@ TEST(HostCore, CountsTheTemporaryFilesThatThisProcessHolds)
     for (CImageCtrl* pStore : {&first, &second})
         ASSERT_EQ(DWORD{MM_SUCCESS}, pStore->Create(200000, 0, 1));
     const os::HeldFiles held = os::FindHeldFiles();
-    EXPECT_TRUE(held.nOpen == 2 && held.nNamed == 2) << held.nOpen << ", " << held.nNamed;
+    EXPECT_EQ(2, held.nOpen);
+    EXPECT_EQ(2, held.nNamed);
     first.Destroy();
     EXPECT_EQ(1, os::FindHeldFiles().nOpen);
     second.Destroy();

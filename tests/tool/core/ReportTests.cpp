@@ -165,11 +165,16 @@ TEST(ReportCore, EveryTextOfTheLibraryIsTranslatedAndNothingElse)
 /// Takes away, repeats or replaces random values of a report.
 void Damage(ordered_json& value, Random& random)
 {
-    // clang-format off
-    static const ordered_json kOthers[] = {
-        nullptr, true, -1, 0, INT64_MAX, 1e300, "</svg><script>x()</script>", "\x01\"&'", ordered_json::array(),
-        ordered_json::object()};
-    // clang-format on
+    static const ordered_json kOthers[] = {nullptr,
+                                           true,
+                                           -1,
+                                           0,
+                                           INT64_MAX,
+                                           1e300,
+                                           "</svg><script>x()</script>",
+                                           "\x01\"&'",
+                                           ordered_json::array(),
+                                           ordered_json::object()};
     if (random(0, 30) == 0)
         value = kOthers[random(0, static_cast<int>(std::size(kOthers)) - 1)];
     else if (value.is_structured())

@@ -1,0 +1,72 @@
+#!/usr/bin/env bash
+# What killed runs leave in the temporary folder, what clean removes of it, and what it leaves alone.
+# Usage: leftovers.sh IMGBAND
+set -euo pipefail
+program=$(realpath "$1")
+folder=$(mktemp -d)
+finish() {
+    [ -z "${live-}" ] || kill -9 "$live" 2>/dev/null || true
+    rm -rf "$folder"
+}
+trap finish EXIT
+cd "$folder"
+mkdir tmp
+export TMPDIR=$folder/tmp
+
+fail() { # what
+    echo "FAILED: $1"
+    exit 1
+}
+expect() { # what, file, extended regular expression that the whole file must match
+    grep -Pzoq -- "\A$3\z" "$2" || { cat "$2"; fail "$1"; }
+}
+start() { # files there are then; the run's number is in $!
+    "$program" make a.bmp --size 9000x9000 --budget 12M &
+    until [ "$(find tmp -name 'LRG*' | wc -l)" = "$1" ]; do sleep .01; done
+}
+
+start 1
+live=$!
+held=$(echo tmp/LRG*)
+start 2
+kill -9 $!
+wait $! || true
+
+printf 12345 >tmp/LRG1234.tmp
+touch -d '3 days ago' tmp/LRG1234.tmp
+for name in LRG.tmp LRG123.tmp LRGabcd.tmp XLRG1234.tmp LRG1234.tmp.old LRG123456789.tmp; do
+    touch "tmp/$name" # no names of the library's, or too short or long
+done
+ln -s LRG.tmp tmp/LRGAAAA.tmp
+mkdir tmp/LRGBBBB.tmp
+mkfifo tmp/LRGCCCC.tmp
+touch tmp/LRGDDDD.tmp
+chown 1 tmp/LRGDDDD.tmp 2>/dev/null || rm tmp/LRGDDDD.tmp # somebody else's
+find tmp | sort >before
+
+"$program" clean --dry-run >dry 2>errors
+expect 'a dry run tells name, size and age' dry '(.*\n)*LRG1234\.tmp  5 bytes, 3 days old\n(.*\n)*'
+expect 'a dry run counts' errors '(.*\n)*.*: 2 leftovers of 5 bytes\n'
+find tmp | sort | cmp - before || fail 'a dry run removes something'
+
+chmod 555 tmp
+without=(setpriv --bounding-set=-dac_override) # the superuser's right to write everywhere
+"${without[@]}" true 2>/dev/null || without=()
+status=0
+"${without[@]}" "$program" clean >refused 2>errors || status=$?
+chmod 755 tmp
+[ $status = 4 ] || fail "clean ended with $status where it may not remove files"
+expect 'files that cannot be removed are told' refused '(LRG.* bytes, .*: Permission denied\n){2}'
+find tmp | sort | cmp - before || fail 'something is gone from a folder that is write-protected'
+
+"$program" clean --json >json 2>errors
+"$program" clean 2>errors
+expect 'nothing is left to clean' errors '(.*\n)*.*: 0 leftovers of 0 bytes removed\n'
+gone=$(comm -23 before <(find tmp | sort) | sed "s|^tmp/||")
+[ "$(wc -l <<<"$gone")" = 2 ] || fail "not two files are gone: $gone"
+grep -qx LRG1234.tmp <<<"$gone" || fail 'the old leftover is still there'
+grep -q '"total_bytes": 5' json || fail 'the bytes are counted wrong'
+grep -q '"total_files": 2' json || fail 'the files are counted wrong'
+removed=$(tr -d "\n" <json | grep -oP "\{[^{}]*\"removed\": true[^{}]*\}" | grep -oP "\"name\": \"\K[^\"]*" | sort)
+[ "$removed" = "$(sort <<<"$gone")" ] || fail "told as removed: $removed, gone: $gone"
+[ -e "$held" ] || fail 'a living run lost its file'
