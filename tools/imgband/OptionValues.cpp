@@ -75,6 +75,14 @@ ImageSize ParseSize(const std::string& szValue)
     return *size;
 }
 
+template <class Target> CLI::Option* AddSizeTo(CLI::App& app, Target& target, const char* pszHelp)
+{
+    return app
+        .add_option_function<std::string>(
+            "--size", [&target](const std::string& szValue) { target = ParseSize(szValue); }, pszHelp)
+        ->type_name("WxH");
+}
+
 std::optional<Format> FormatOf(std::string_view szName)
 {
     for (const Format eFormat : kFormats)
@@ -157,18 +165,12 @@ void AddMebibytes(CLI::App& app, const char* pszOption, LONG& nTarget, const cha
 
 CLI::Option* AddSize(CLI::App& app, std::optional<ImageSize>& target, const char* pszHelp)
 {
-    return app
-        .add_option_function<std::string>(
-            "--size", [&target](const std::string& szValue) { target = ParseSize(szValue); }, pszHelp)
-        ->type_name("WxH");
+    return AddSizeTo(app, target, pszHelp);
 }
 
 CLI::Option* AddSize(CLI::App& app, ImageSize& target, const char* pszHelp)
 {
-    return app
-        .add_option_function<std::string>(
-            "--size", [&target](const std::string& szValue) { target = ParseSize(szValue); }, pszHelp)
-        ->type_name("WxH");
+    return AddSizeTo(app, target, pszHelp);
 }
 
 void AddFormat(CLI::App& app, const char* pszOption, std::optional<Format>& eTarget, const char* pszHelp)

@@ -1,5 +1,9 @@
 #pragma once
 // Options whose values are more than a word or a number.
+//
+// Each function adds an option to a command, and returns it where the caller may want to make it required.
+// The target must outlive the command; it keeps its value when the option is not given. A value that is not
+// as described makes parsing throw CLI::ValidationError.
 
 #include "values/FilterSettings.h"
 #include "values/StepRequest.h"
@@ -18,7 +22,7 @@ void AddBytes(CLI::App& app, const char* pszOption, LONG& nTarget, const char* p
 /// The same in whole MiB.
 void AddMebibytes(CLI::App& app, const char* pszOption, LONG& nTarget, const char* pszHelp);
 
-/// Width and height.
+/// --size, a width and a height in pixels.
 CLI::Option* AddSize(CLI::App& app, std::optional<ImageSize>& target, const char* pszHelp);
 CLI::Option* AddSize(CLI::App& app, ImageSize& target, const char* pszHelp);
 
@@ -29,9 +33,10 @@ CLI::Option* AddNumber(CLI::App& app, const char* pszOption, int& nTarget, int n
 /// A number from 0 to fMost.
 void AddAmount(CLI::App& app, const char* pszOption, double& fTarget, double fMost, const char* pszHelp);
 
+/// The name of a format.
 void AddFormat(CLI::App& app, const char* pszOption, std::optional<Format>& eTarget, const char* pszHelp);
 
-/// What lies beyond an image's edges: the name of a mode, or a colour.
+/// --frame, what lies beyond an image's edges: the name of a mode, or a colour.
 void AddFrame(CLI::App& app, FrameFill& target);
 
 /// Images of a planned step, each WxH:FORMAT[@RATIO][+FRAME]; the option may be repeated.
