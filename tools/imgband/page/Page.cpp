@@ -37,7 +37,8 @@ Markup Body(const Node& report)
                     "What each is charged, against the whole budget, and the band in reach at some "
                     "moments. Thin bands are drawn thicker and long images shorter than they are.",
                     Steps(report, palette)) +
-            Section("Read, written, spilled", "Bytes of pixels, and the temporary files.", Traffic(report)) +
+            Section("Read, written, spilled", "Bytes of pixels, and the temporary files.",
+                    TrafficBars(report)) +
             Section("All numbers", "Bytes and seconds to the last digit.", AllNumbers(report)));
 }
 

@@ -19,7 +19,7 @@ Markup MemoryChart(const Node& report, const std::string& szKey, bool bLimited);
 Markup Steps(const Node& report, const Palette& palette);
 
 /// Bytes read, written and spilled.
-Markup Traffic(const Node& report);
+Markup TrafficBars(const Node& report);
 
 /// All that the report has but what is drawn over time, to the last digit, folded.
 Markup AllNumbers(const Node& report);

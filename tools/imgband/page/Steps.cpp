@@ -107,7 +107,7 @@ Markup Steps(const Node& report, const Palette& palette)
     return parts;
 }
 
-Markup Traffic(const Node& report)
+Markup TrafficBars(const Node& report)
 {
     Markup rows;
     const Node traffic = report["traffic"];
