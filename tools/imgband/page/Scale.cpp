@@ -80,7 +80,7 @@ std::string Words(std::string szKey)
 {
     for (const std::string szUnit : {"_bytes", "_seconds"})
         if (szKey.ends_with(szUnit))
-            szKey.insert(szKey.size() - szUnit.size(), ",");
+            szKey.insert(szKey.size() - szUnit.size(), 1, ',');
     std::replace(szKey.begin(), szKey.end(), '_', ' ');
     return szKey;
 }
