@@ -10,7 +10,7 @@ constexpr int kWidth = 64, kHeight = 300, kLineBytes = 3 * kWidth;
 
 std::string Bitmap()
 {
-    return std::string("BM") + std::string(kHeader - 2, 'h') + Numbered(kLineBytes * kHeight);
+    return "BM" + std::string(kHeader - 2, 'h') + Numbered(kLineBytes * kHeight);
 }
 
 class Pipeline : public StoreTest
