@@ -11,7 +11,7 @@ using Budget = BudgetTest;
 TEST_F(ImageBuffers, AreLaidOutByTypeOrRefused)
 {
     using Sizes = std::array<int, 4>; // of the buffer, of a line, and lines and pixels with their margins
-    constexpr Sizes kRefused = {-1, -1, -1, -1};
+    static constexpr Sizes kRefused = {-1, -1, -1, -1};
     const struct
     {
         const char* pszCase;

@@ -59,7 +59,7 @@ std::ptrdiff_t Charts(const ordered_json& report)
     return (report.value("memory_over_time", ordered_json::array()).size() > 1 ? 2 : 0) + bCharged;
 }
 
-string Outcome(const ordered_json& report)
+string OutcomeOf(const ordered_json& report)
 {
     if (report["exit_status"] != 0)
         return "✗ failed, exit status " + report["exit_status"].dump();
@@ -109,7 +109,7 @@ TEST_F(ReportPageTest, ShowsTheNumbersOfTheRunReadably)
         const string szPage = pages[i / kLooks], szTables = Load(szPage + ".txt");
         SCOPED_TRACE(szPage + string(seen[i]["look"]));
         ordered_json report = ordered_json::parse(Load(szPage + ".json"));
-        EXPECT_EQ(Outcome(report), seen[i]["outcome"]);
+        EXPECT_EQ(OutcomeOf(report), seen[i]["outcome"]);
         EXPECT_THAT(Differences(seen[i], report), IsEmpty());
         EXPECT_THAT(seen[i]["faults"], IsEmpty());
         EXPECT_EQ(Charts(report), seen[i]["charts"]);

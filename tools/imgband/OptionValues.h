@@ -50,6 +50,7 @@ CLI::Option* AddChoice(CLI::App& app, const char* pszOption, Value& target,
                        const char* pszNeed = "")
 {
     std::vector<std::string> names;
+    names.reserve(choices.size());
     for (const auto& choice : choices)
         names.push_back(choice.first);
     return app

@@ -197,9 +197,10 @@ TEST(ReportCore, ADamagedReportIsStillAPage)
         "seconds":1,"peak_private_bytes":7,"budget_used_bytes":900,"budget_free_bytes":100,"images":[{"image":"object",
         "role":"input","place":"memory","state":"banded","width":9,"height":7,"frame":1,"ratio":100,"bytes":252,
         "band_lines":2,"bands":4,"charged_bytes":900,"temporary_bytes":3}]}],"peak_private_bytes":7,"temporary_bytes":3,
-        "peak_mapped_bytes":8,"peak_budget_bytes":900,"scheme":"unit","error":{"message":"m","file":"f","wanted_bytes":5},
-        "traffic":{"read_bytes":1,"written_bytes":2,"spilled_bytes":3},"budget_over_time":[{"seconds":0,"free_bytes":1000,
-        "charged":[]},{"seconds":1,"free_bytes":100,"charged":[{"image":"object","bytes":900}]}],"memory_over_time":
+        "peak_mapped_bytes":8,"peak_budget_bytes":900,"scheme":"unit","error":{"message":"m","file":"f",
+        "wanted_bytes":5},"traffic":{"read_bytes":1,"written_bytes":2,"spilled_bytes":3},"budget_over_time":
+        [{"seconds":0,"free_bytes":1000,"charged":[]},{"seconds":1,"free_bytes":100,"charged":
+        [{"image":"object","bytes":900}]}],"memory_over_time":
         [{"seconds":0.1,"private_bytes":5,"mapped_bytes":4},{"seconds":0.9,"private_bytes":7,"mapped_bytes":8}],
         "bands":[{"step":0,"image":0,"seconds":0.6,"top":2,"bottom":3,"frame":1}],"threads":[{"entry":0,"thread":9,
         "step":"読","step_english":"read","work":"w","event":"Enter"}],"mappings":[{"entry":0,"name":"n","remainder":8}],

@@ -4,6 +4,7 @@
 
 #include "report/Report.h"
 
+#include <exception>
 #include <utility>
 
 Step::Step(Report& report, const std::string& szStep, int nIpNo) : m_report(report)
@@ -15,8 +16,13 @@ Step::Step(Report& report, const std::string& szStep, int nIpNo) : m_report(repo
 
 Step::~Step()
 {
-    if (m_bOpen)
+    if (!m_bOpen)
+        return;
+    try {
         Close(false);
+    } catch (const std::exception&) {
+        // The run ends with the failure that ended the step; the report goes without it.
+    }
 }
 
 void Step::Plan(std::vector<ImagePlan> images, std::int64_t nBudget)

@@ -23,7 +23,7 @@ public:
     bool IsValid() const { return m_conversion != reinterpret_cast<iconv_t>(-1); }
 
     /// Converts up to the end or to what cannot be converted, and moves pIn there.
-    std::string Convert(char*& pIn, char* pEnd)
+    std::string Convert(char*& pIn, const char* pEnd)
     {
         if (!IsValid())
             return {};
