@@ -76,8 +76,10 @@ TEST_F(HighAddresses, GiveTheSameBytes)
         EXPECT_EQ(1, table.AllocWorkTable());
         EXPECT_PRED1(IsHigh, pBuffer);
     }
-    for (const auto pCheck : {CheckFrames, CheckBlocks, CheckTransfers, CheckUnitBands})
+    for (const auto pCheck : {CheckFrames, CheckBlocks, CheckTransfers, CheckUnitBands}) {
+        Reset();
         pCheck();
+    }
 }
 
 #if !defined(_WIN32) // which has pages of its own in front of that address
