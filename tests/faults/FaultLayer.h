@@ -81,6 +81,9 @@ template <class Call> BOOL Release(const char* pszCall, int& nAlive, Call call)
         return faults::Release(#Name, faults::nAlive, [=] { return Name(arguments...); });                   \
     };
 
+// A constant is a plain int once it has passed through a stand-in, and clang++ sees no value any more.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wsign-conversion"
 MAKES(VirtualAlloc, LPVOID{}, g_alive.nBlocks)
 MAKES(LocalAlloc, HLOCAL{}, g_alive.nBlocks)
 MAKES(LocalReAlloc, HLOCAL{}, g_nNot)
@@ -94,6 +97,7 @@ MAKES(GetTempFileNameA, UINT{}, g_nNot)
 RELEASES(VirtualFree, g_alive.nBlocks)
 RELEASES(CloseHandle, g_alive.nHandles)
 RELEASES(UnmapViewOfFile, g_alive.nViews)
+#pragma GCC diagnostic pop
 
 inline HLOCAL FaultyLocalFree(HLOCAL p)
 {
