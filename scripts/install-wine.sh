@@ -43,6 +43,12 @@ make_wine32() { # folder
     mv "$unfinished" "$1"
 }
 
+# Wine's own libraries find those of another package beside them, but a program that loads them from where it lies does
+# not: it looks in its own folder and in the system's.
+copy_libraries() {
+    cp build/wine/i386/usr/i686-w64-mingw32/lib/*.dll build/wine/prefix32/drive_c/windows/system32
+}
+
 # As the tests need it: the log of a full disk tells of the drives c:, d: and e:.
 make_drives() {
     local drive
@@ -70,5 +76,6 @@ elif [ ! -d build/wine/i386 ]; then
     make_wine32 "$PWD/build/wine/i386"
 fi
 timeout --foreground 300 scripts/wine.sh "$bits" cmd /c ver
+[ "$bits" = 64 ] || copy_libraries
 make_drives
 start_server
