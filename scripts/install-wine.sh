@@ -46,6 +46,7 @@ make_wine32() { # folder
 # Wine's own libraries find those of another package beside them, but a program that loads them from where it lies does
 # not: it looks in its own folder and in the system's.
 copy_libraries() {
+    mkdir -p build/wine/prefix32/drive_c/windows/system32
     cp build/wine/i386/usr/i686-w64-mingw32/lib/*.dll build/wine/prefix32/drive_c/windows/system32
 }
 
@@ -75,7 +76,7 @@ elif [ ! -d build/wine/i386 ]; then
     need_packages libc6-i386
     make_wine32 "$PWD/build/wine/i386"
 fi
-timeout --foreground 300 scripts/wine.sh "$bits" cmd /c ver
 [ "$bits" = 64 ] || copy_libraries
+timeout --foreground 300 scripts/wine.sh "$bits" cmd /c ver
 make_drives
 start_server
