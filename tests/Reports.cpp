@@ -20,7 +20,7 @@ TEST_F(Reports, NameTheMostSpecificFieldThatIsKnown)
         for (const unsigned nId : {n << 16, n << 16 | 0x0513, n << 16 | 0x3413, 0x04000000 | n << 8}) {
             std::string sName = Cp932("ID指定なし");
             for (const unsigned nMask : {0xFFF00000, 0xF0000u, 0xFF00u})
-                sName = names.count(nId & nMask) ? names[nId & nMask] : sName;
+                sName = names.contains(nId & nMask) ? names[nId & nMask] : sName;
             ASSERT_EQ(sName, CImageObj::GetIpName(int(nId))) << std::hex << nId;
         }
 }

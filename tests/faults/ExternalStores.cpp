@@ -170,7 +170,7 @@ TEST_F(ExternalStores, AnswerFailingCallsWithPatienceACodeAndALogLineAndNeverShi
         DWORD nResult;
         int nCalls;
         DWORD nTicks;
-        std::string sLog = ""; // the latest line
+        std::string sLog = {}; // the latest line
     } cases[] = {
         {mapped, {"CreateFileMappingA", 1, 1, 5}, MM_FILE_ACCESS, 1, 0, LogLine("CImageCtrl", 322, 5)},
         {mapped, {"MapViewOfFile", 1, 1, 5}, MM_EXTERNAL_VIEW, 1, 0},

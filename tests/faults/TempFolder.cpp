@@ -39,11 +39,11 @@ TEST_F(TempFolder, IsFoundOnDemandUnlessForbidden)
 {
     Opened<CImageCtrl> store;
     *m_pszTemp = '\0';
-    store.ms_ExecuteFlg = 1;
+    Opened<CImageCtrl>::ms_ExecuteFlg = 1;
     EXPECT_CODE(MM_BAD_ARGUMENT, CImageCtrl::CleanTempFolder());
     EXPECT_CODE(MM_FILE_ACCESS, store.Create(1000, 0, 1));
     EXPECT_EQ(LogLine("CImageCtrl", 287, 3), Take("log"));
-    store.ms_ExecuteFlg = 0;
+    Opened<CImageCtrl>::ms_ExecuteFlg = 0;
     EXPECT_OK(CImageCtrl::CleanTempFolder());
     EXPECT_STREQ("", m_pszTemp) << "the failed call was the only one";
     EXPECT_OK(store.Create(1000, 0, 1));
