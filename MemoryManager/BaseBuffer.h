@@ -28,7 +28,7 @@ struct T_BaseBuf_tag
 /// Clears the record and commits a zero-filled block of nMemSize bytes, rounded up to a multiple of 64 KiB.
 /// Only nMemSize is read; a block that the record has already is forgotten, not released. Can take 60 s while
 /// memory is short.
-/// @return 0; 1 no memory, or a size below 0 or above 2 GiB - 1: the record is all zero
+/// @return 0; 1 no memory, a negative size, or one that is 2 GiB when rounded: the record is all zero
 MM_API int BaseMallocInit(T_BaseBuf_tag* pRecord);
 
 /// Places the buffers that the record describes in its block. If they do not fit, the block is replaced by a

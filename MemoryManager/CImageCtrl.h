@@ -35,7 +35,7 @@ public:
     /// @param nLimit  bytes that may be held in memory
     /// @param nSlots  view slots that the caller will use, 1 to 10; only kept
     /// @return 0; 1 no memory; 49 temporary file not made (logged); 65 whole view not mapped; 18 a negative
-    ///         size, or header and data exceed 32 bits
+    ///         size, or header and data exceed 2 GiB - 1 bytes
     virtual DWORD Create(LONG nSize, LONG nLimit, int nSlots);
 
     /// Releases block, views, mapping and file; a temporary file of Create is deleted with its handle.
@@ -55,7 +55,9 @@ public:
     /// @return 0; 81 the view could not be released, but the slot is empty; 18 no such slot
     virtual DWORD FreeBandAdress(int nSlot);
 
-    /// Maps the first nBytes of the data into slot 0, from where every band is addressed afterwards.
+    /// Maps the first nBytes of the data into slot 0, which must be free. Every band is addressed there
+    /// afterwards, without a check of nBytes: pass the bytes of all data. Can take 60 s while address space
+    /// is short.
     /// @param nUnused, nUnusedSlot  not used
     /// @return 0; 66 nothing could be mapped, or the header is as long as the allocation granularity or
     ///         longer
@@ -111,7 +113,8 @@ public:
     static DWORD CleanTempFolder();
 
 protected:
-    /// Maps m_hFile with nSize bytes. With bNewFile 1, m_hFile becomes a new temporary file first.
+    /// Makes m_hMap, a mapping of nSize bytes of m_hFile. With bNewFile 1, m_hFile becomes a new temporary
+    /// file first.
     /// @return 0; 49 (logged): m_hFile is closed and INVALID_HANDLE_VALUE, even if it was a host's file
     DWORD CreateMMF(int nSize, int bNewFile);
 
@@ -140,7 +143,7 @@ protected:
     tag_E_IMGTYPE m_eImgType;       ///< role of the image
     int m_bCreated;                 ///< what IsCreated tells
 
-    static char ms_TempDirctoryName[261]; ///< with its final separator; empty until found, under the lock
+    static char ms_TempDirctoryName[261]; ///< with its final separator; empty until found; set under the lock
     static int ms_ExecuteFlg;             ///< not 0: GetTempDirctoryName refuses with 18
 
 private:

@@ -49,7 +49,7 @@ public:
     DWORD Create(LONG nSize, LONG nLimit, int nSlots) override;
 
     /// Releases views, mapping, band buffer and work buffer; the host's file and block stay as they are. A
-    /// band that was not written is lost. Always 0.
+    /// band that was not written is lost. Create can make the store again. Always 0.
     DWORD Destroy() override;
 
     /// Gives the address of nBytes from the byte nOffset of the image data on. An input of ACS_FILEIO is
@@ -62,9 +62,9 @@ public:
     void* MapBandAdress(DWORD nOffset, DWORD nBytes, int nSlot) override;
 
     /// Ends the band on loan. An output of ACS_FILEIO is written to the file once: to its own place when the
-    /// image is held whole, else to the end of the file. Writing is retried for about a minute while the disk
-    /// is full, and ten times after any other error. Releasing a whole view (ACS_MMF, slot 0) leaves a store
-    /// that maps band by band.
+    /// image is held whole, else to the end of the file. Writing is tried for about a minute while the disk
+    /// is full, and ten times when it fails for other reasons. Releasing a whole view (ACS_MMF, slot 0)
+    /// leaves a store that maps band by band.
     /// @return 0: every byte of the band is in its place; 49 not written (logged): the file holds an
     ///         unfinished image, and the next call tries again at the same place; 82 view not released; 18 no
     ///         such slot

@@ -16,7 +16,8 @@ enum MM_DIRECTION : int
     MM_BAND_UPWARD = 1,   ///< the line is the band's last
 };
 
-/// Frame fill modes: what a frame pixel or line at distance j (1, 2, ...) beyond an image edge takes.
+/// Frame fill modes: what a frame pixel or line at distance j (1, 2, ...) beyond an image edge takes. Where a
+/// mirror would reach past the opposite edge, it takes the pixel or line there.
 enum MM_FRAME_MODE : int
 {
     MM_FRAME_NONE = 0,        ///< nothing is painted
@@ -68,8 +69,8 @@ public:
     /// The same. What the target held is not released: it must hold nothing either.
     CImageObj& operator=(const CImageObj& other);
 
-    /// Gives back a withheld reserve, destroys the image, frees a held unit band without writing it, and
-    /// closes the unit mappings. Not virtual: delete an object through a pointer of its own class.
+    /// Gives back a withheld reserve, calls Destroy, frees a held unit band without writing it, and closes
+    /// the unit mappings. Not virtual: delete an object through a pointer of its own class.
     ~CImageObj();
 
     /// Resets the band state of m_ImgInfo: ratio 100; band lines, frame size and frame mode 0.
@@ -81,22 +82,24 @@ public:
     ///               and pixel size from nFormat, layout by CalcAlign. For a unit object pixels have four
     ///               samples, the band height is the object's, and an image that is too large for one buffer
     ///               gets the layout of its lines and nBufSize -1.
-    /// @return 0; 18 the layout does not fit 32 bits, or a unit band is held; 1 no store could be allocated.
-    ///         After an error record and object are as they were. An alignment that is not supported is no
-    ///         error here: the record keeps the layout that the caller filled in.
+    /// @return 0; 18 a negative size, a layout that does not fit 32 bits, or a unit band is held; 1 no store
+    ///         could be allocated. After an error record and object are as they were. An alignment that is
+    ///         not supported is no error here: the record keeps the layout that the caller filled in.
     DWORD SetImageInfo(T_ImageLrg_tag* pInfo);
 
     /// Copies m_ImgInfo to the caller's record. On a unit object this first restores the band height of the
     /// set-up, which bands of other heights have changed.
     virtual void GetImageInfo(T_ImageLrg_tag* pInfo);
 
-    /// Sets the charge and the band height, as the planner decides them. The budget does not change.
-    /// @param nBand   lines of one band and its frame, at least ms_MinBand; 0 or less: the whole image
+    /// Sets charge and band height, as the planner decides them. The budget does not change. A band has 2 *
+    /// nFsize lines fewer than its buffer; both have at least ms_MinBand lines if the image is that high.
+    /// @param nBand   lines of one band buffer; 0 or less: the whole image
     /// @param nCount  band buffers; of a whole image one is charged, whatever the number
-    /// @return the new charge in bytes, at most INT32_MAX
+    /// @return the new charge: nLineBytes for each line of the buffers, GetAreaSize() for a whole image; at
+    ///         most INT32_MAX
     virtual int SetBandInfo(int nBand, int nCount);
 
-    /// Bytes that hold the image whole: nBufSize. -1: there is no such buffer.
+    /// Bytes that hold the image whole: nBufSize. 0: no geometry yet; -1: no buffer can hold it.
     virtual int GetAreaSize();
 
     /// Makes the store, as the planner does after sizing. A file that it has already is mapped whole when
@@ -129,8 +132,7 @@ public:
     /// Gives the charge back and deletes the store with its image; with m_nKeepStore 1 the store stays as it
     /// is. The geometry stays. Without a store, band mapping returns 69 and the planner refuses the object
     /// with 18 until SetImageInfo makes a new one. A unit band that is held stays held, and unit mappings
-    /// stay open: the destructor, ImportImg or another unit import releases them. Takes the lock. Always
-    /// returns 0.
+    /// stay open: the destructor, ImportImg or another unit import releases them. Takes the lock. Always 0.
     DWORD Destroy();
 
     /// Turns an image in memory, or a file mapped whole, into a file reached through band views, and gives
@@ -142,8 +144,8 @@ public:
     /// Swaps geometry, store and charge with another object, so that each then owns what was the other's. The
     /// charge of a file that comes in from pOther is given back, since it is planned afresh. A withheld
     /// reserve moves to this object, unless it has one already. Unit bands that either holds are freed
-    /// without being written; modes, unit descriptions and unit mappings stay where they are. Exchanging an
-    /// object with itself does nothing.
+    /// without being written; all other members stay where they are. Exchanging an object with itself does
+    /// nothing.
     void ExchangeImg(CImageObj* pOther);
 
     /// Calls Destroy on the source and then makes the target a copy of it. A withheld reserve, a held unit
@@ -153,14 +155,14 @@ public:
 
     // Geometry --------------------------------------------------------------------------------------------
 
-    /// Computes the layout that AllcImgBufLrg would make. Uses no member.
+    /// Computes the layout that AllcImgBufLrg would make. Uses no member; any thread.
     /// @param nBufferSize, nLineBytes      out: bytes
     /// @param nBufferWidth, nBufferHeight  out: pixels per line and lines, margins and alignment included
     /// @param nWidth, nHeight              pixels and lines of the image, without margins
     /// @param nMarginX, nMarginY           pixels on each side, lines above and below
     /// @param nFormat, nAlign              format code (only samples and their bytes are read), MM_ALIGN
     /// @return 0; 18 unsupported alignment or sample size, a negative number, or a layout that does not fit
-    ///         32 bits: nothing is written. Any thread.
+    ///         32 bits: nothing is written
     DWORD CalcImgBufLrg(int& nBufferSize, int& nLineBytes, int& nBufferWidth, int& nBufferHeight, int nWidth,
                         int nHeight, int nMarginX, int nMarginY, int nFormat, int nAlign);
 
@@ -262,7 +264,8 @@ public:
     // Bands -----------------------------------------------------------------------------------------------
 
     /// Maps the band that starts or ends at one image line. It has at most nBandLines lines, the height that
-    /// the planner chose, and does not pass the image's edge.
+    /// the planner chose, and does not pass the image's edge. The pixels are the object's, and valid until
+    /// UnmapBand(nSlot). Can take 60 s while address space is short.
     ///
     /// @param nLine       image line, 0 (top) to nHeight - 1
     /// @param pBand       out: pImage is the first pixel of line nBandTop; nLineBytes leads to the next line,
@@ -272,16 +275,14 @@ public:
     /// @param nDirection  MM_DIRECTION
     /// @param nSlot       view slot, 0 to 9, that has no band
     /// @return 0; 97 line outside the image; 113 unknown direction; a code of MapBandRange
-    ///
-    /// The pixels are the object's, and valid until UnmapBand(nSlot). Can take 60 s for lack of address
-    /// space.
     DWORD MapBand(int nLine, T_ImageLrg_tag* pBand, int nDirection, int nSlot);
 
     /// Maps exactly the lines nFirst to nLast.
     ///
     /// A unit object reads the lines, and those of the frame that the image has, into a fresh buffer with
-    /// four samples a pixel, which is charged to the budget. It holds one band at a time, whatever the slot:
-    /// a band that is still held is ended first, as UnmapBand does it. nBandLines is then the lines mapped.
+    /// four samples a pixel, which is charged to the budget. Of a frame beyond the image only the lines below
+    /// are painted, by modes 1 to 3. The object holds one band at a time, whatever the slot: a band that is
+    /// still held is ended first, as UnmapBand does it. nBandLines is then the number of lines mapped.
     ///
     /// @param nFirst, nLast  image lines. For an object with a store they may lie in the margins: only the
     ///                       ends of the buffer are checked.
@@ -290,7 +291,7 @@ public:
     ///         For a unit object also 97 lines outside the image; 18 external lines that overlap, are too few
     ///         or lie beyond 4 GiB: a band that is still held stays; 1 no memory; 49 a read failed (logged).
     ///         After a failed read, or without memory to read with, the band is held with what was read, and
-    ///         pBand describes it: the next UnmapBand writes it.
+    ///         pBand describes it: the next UnmapBand writes it. A source's view that failed is only logged.
     DWORD MapBandRange(int nFirst, int nLast, T_ImageLrg_tag* pBand, int nSlot);
 
     /// Ends the band of a slot; does nothing when none is mapped. The band of a unit object, if it has a
@@ -300,10 +301,10 @@ public:
     DWORD UnmapBand(int nSlot);
 
     /// Sets the frame mode. On an object with a store and a frame it also paints the frame around the image's
-    /// last line, through slot 0.
+    /// last line, through slot 0, which must be free.
     /// @param nMode   MM_FRAME_MODE
-    /// @param nColor  for MM_FRAME_COLOR, not -1: its first nPixelBytes bytes in memory order are a pixel;
-    ///                pixels of 8 bytes take each byte as one 16-bit sample
+    /// @param nColor  read for MM_FRAME_COLOR, not -1. A pixel is its first nPixelBytes bytes in memory
+    ///                order; in pixels of more than 4 bytes each of its bytes becomes a 16-bit sample
     /// @return 0; 116 unknown mode, or MM_FRAME_COLOR with -1: nothing is changed; a code of mapping
     DWORD SetFrameColor(int nMode, int nColor);
 
@@ -333,9 +334,8 @@ public:
     DWORD MapBlock(int nTop, int nBottom, int nLeft, int nRight, T_ImageLrg_tag* pBlock);
 
     /// Copies the block's own pixels, without its margin, back into the rectangle. Maps bands in slot 0,
-    /// which must be free, and leaves the band fields as the last of them set them; after that the blocks of
-    /// a unit object go by the lines of its last band until GetImageInfo is called. An empty rectangle does
-    /// nothing.
+    /// which must be free, and leaves the band fields as the last of them set them: further blocks of a unit
+    /// object are moved in bands of that height until GetImageInfo is called. Empty rectangles are ignored.
     ///
     /// A unit object writes whole lines: beside the block those of its source, or zeros when it has none. A
     /// second block in the same lines therefore undoes the first.
@@ -368,15 +368,15 @@ public:
     static int UseMemoryListImg(tag_MemAlloc* pRequest, CImageObj** ppIn, CImageObj** ppOut,
                                 CImageObj** ppTmp);
 
-    /// Adds nUsed bytes to the images' sum of the step nIpNo in ms_WorkList, and records its work memory, the
-    /// free budget, and the largest sum of a step so far.
+    /// Adds nUsed bytes to the images' sum of the step nIpNo in ms_WorkList, and records its work memory (0:
+    /// the library does not count it), the free budget, and the largest sum of a step so far.
     static int UseMemoryListMax(LONG nIpNo, LONG nUsed);
 
     /// Records in ms_ThreadList that the calling thread enters (bLeave 0) or leaves a step.
     /// @param pszWork  text of the host's, cut where the entry becomes too long; may be null
     static int ThreadList(LONG nIpNo, LONG bLeave, const char* pszWork);
 
-    /// Records in ms_MapList how many bytes a mapped address is past a multiple of 16.
+    /// Records in ms_MapList the remainder of a mapped address, taken as a signed 32-bit number, by 16.
     /// @param pszName  text of the host's, cut where the entry becomes too long; may be null
     static int MapList(void* pAddress, const char* pszName);
 
@@ -413,9 +413,9 @@ public:
     static DWORD DebugConvertCImageObj(T_Image_tag* pFlat, CImageObj* pObject);
 
     /// Writes the whole buffer, margins included, as a 32-bit bitmap "..\logdata\trace\<name>.bmp": of 8-byte
-    /// pixels each 16-bit sample, else the pixel's first four bytes. Nothing is written for unit objects, for
-    /// objects without a store and for those that stand for an external image. Failures are silent; folders
-    /// are not created.
+    /// pixels each 16-bit sample, else four bytes from the pixel's first on. Nothing is written for unit
+    /// objects, for objects without a store and for those that stand for an external image. Failures are
+    /// silent; folders are not created.
     /// @param nScale  1: 16-bit samples hold 8-bit values; else 12-bit values
     void OutPutBmp(const char* pszName, int nScale);
 
@@ -442,7 +442,7 @@ public:
     HANDLE m_hInMap;          ///< unit mode: mapping of the source's file, owned; null: none
     HANDLE m_hOutMap;         ///< unit mode: mapping of the destination's file, owned; null: none
     int m_nOnMemory;          ///< 1: always held whole, by SetOnMemory or because the image is small
-    int m_nKeepStore;         ///< 1: Destroy keeps the store; 0 unless a host sets it
+    int m_nKeepStore;         ///< 1: Destroy keeps the store; 0 unless a host sets it, and after MemoryClear
     int m_nReserveTaken;      ///< 1: the reserve is withheld while this object lives
 
     // The budget's numbers are in bytes. The lock guards the first three; a host sets the others, if at all,
@@ -459,9 +459,9 @@ public:
     static CRITICAL_SECTION m_g_cs;   ///< the lock, as GetCS gives it
 
     static CWorkTableList* ms_WorkList;   ///< memory report, which the host makes and deletes; null: off
-    static CWorkTableList* ms_ThreadList; ///< thread list; null: off
+    static CWorkTableList* ms_ThreadList; ///< thread list, which DbgCImgLogInit makes; null: off
     static LONG ms_ThreadListCount;       ///< entries recorded in it
-    static CWorkTableList* ms_MapList;    ///< mapping list; null: off
+    static CWorkTableList* ms_MapList;    ///< mapping list, which DbgCImgLogInit makes; null: off
     static LONG ms_MapListCount;          ///< entries recorded in it
 
 private:
@@ -487,9 +487,9 @@ private:
 /// Counts where a planned step's images are, and tells the band heights of the first input and the first
 /// output. The counters are only added to: the caller sets them to 0 first.
 ///
-/// An image counts as in memory when its charge covers it (IsOnMemory). All inputs do when the first one is
-/// mapped whole, that is, its band height is its height, and likewise all outputs; temporaries do from the
-/// first one on that is mapped whole. The others count as in files.
+/// An image counts as in memory when its charge covers it (IsOnMemory). An image without such a charge is
+/// mapped whole if its band height is its height. If the first input is, all inputs count as in memory, and
+/// likewise all outputs; temporaries do from the first one on that is. The others count as in files.
 ///
 /// @param pRequest            the counts; null does nothing
 /// @param ppIn, ppOut, ppTmp  arrays with as many objects as the request counts; null: that kind is skipped

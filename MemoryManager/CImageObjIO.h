@@ -51,8 +51,7 @@ public:
     /// @param nMarginX     pixels that lie on both sides of each external line
     /// @param nMarginY     lines that lie above and below the external picture
     /// @param nSearch      means nothing
-    /// @param nAlign       MM_ALIGN type of the object's buffer. The buffer's margins are 16 pixels and
-    /// lines.
+    /// @param nAlign       MM_ALIGN type of the object's buffer, whose margins are 16 pixels and lines.
     ///                     External lines are packed.
     /// @param nBottomUp    1: the external lines are stored last line first
     /// @param nTmpBufMode  0: external bands lie in the store; 1: in the store's work buffer. With any other
@@ -67,7 +66,8 @@ public:
 
     /// Fills m_ImgInfo with the geometry that a unit object's SetImageInfo completes: the description's size,
     /// nSrcFormat with four samples a pixel, the margins and the alignment type. Makes no store and lays no
-    /// buffer out. Of the description, nFileType, nWidth, nHeight and nSrcFormat are read.
+    /// buffer out; m_nLinePad becomes 0. Of the description, nFileType, nWidth, nHeight and nSrcFormat are
+    /// read.
     ///
     /// @param nMarginX, nMarginY            margin pixels on each side, margin lines above and below
     /// @param nAlign                        MM_ALIGN argument
@@ -145,12 +145,12 @@ public:
     // UnmapBand with a buffer. An input is converted while it is mapped. MapBandRangeBuf converts it to the
     // caller's address. MapBand and MapBandRange convert it into the store's work buffer, to the offset that
     // the band's first line has in an image of the object's layout, if the buffer has room there; there is
-    // such a buffer in work-buffer mode only.
+    // such a buffer in work-buffer mode only. With m_nBottomUp 1, converting reverses the lines of a band.
 
     /// Maps the external band that starts or ends at one line. It has at most m_ImgInfoIO.nBandLines lines
     /// and ends at the image's edge.
     ///
-    /// In work-buffer mode nothing is read from the file: the band is what the work buffer begins with.
+    /// In work-buffer mode nothing is read from the file: the band is the start of the work buffer as it is.
     ///
     /// @param nLine       external line, 0 .. nHeight - 1
     /// @param pBand       out: a copy of m_ImgInfo with the lines of the band. pImage is the band's first

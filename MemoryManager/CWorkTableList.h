@@ -58,7 +58,7 @@ public:
 
     /// Stores a number as text. Section and key are added if need be; an existing value is replaced. A null
     /// key removes all keys of the section.
-    /// @return 1; 0: a null section, an empty key, or no memory
+    /// @return 1; 0: a null section, an empty key, or no memory, in which case an existing value is lost
     int KeyWriteInt(const char* pszSection, const char* pszKey, int nValue);
 
     /// Stores a copy of a text; null stores the empty text. Otherwise as KeyWriteInt.

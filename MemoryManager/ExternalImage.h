@@ -23,7 +23,7 @@ enum tag_E_IMGTYPE : int
 /// Kinds of external layout, the values of T_ImgInf::nFileType.
 enum MM_FILE_TYPE : int
 {
-    MM_FILE_BITMAP = 0, ///< 8 bits a sample, a bitmap header ahead, 3-byte lines padded to 4 bytes
+    MM_FILE_BITMAP = 0, ///< 8 bits a sample, behind a header; lines of 3-byte pixels padded to 4 bytes
     MM_FILE_RAW = 1,    ///< 16 bits a sample, no header, no padding
 };
 

@@ -98,7 +98,8 @@ MM_API void CreateParam(ZBT_IMAGE_ON_MEMORY* pPair, int nInFormat, int nOutForma
 // first. After a failure the object may be set up again or destroyed.
 
 /// Sets an object up to read one image and write another of the same size and sample width. Its bands are as
-/// tall as the budget allows; its margins are those that m_ImgInfo has.
+/// tall as the free budget, but at most ms_nUseMaxMemoryUnit bytes, has room for; its margins are those that
+/// m_ImgInfo has.
 ///
 /// @param pIn, pOut  source and destination; the source's format is nSrcFormat, the destination's nDstFormat
 /// @param nBottomUp  1: the source is stored turned by 180 degrees, last line and last pixel first
@@ -106,14 +107,15 @@ MM_API void CreateParam(ZBT_IMAGE_ON_MEMORY* pPair, int nInFormat, int nOutForma
 /// @param nAlign     MM_ALIGN argument for the band buffers
 /// @param nAlpha     fourth sample of the destination: 1 all ones, 0 the band's own. A fourth sample that the
 ///                   source lacks becomes all ones whatever this says.
-/// @return 0; 18 sizes or sample widths differ, lines overlap, no buffer can hold the lines, or positions lie
-///         beyond 4 GiB: nothing is written; 1 a file mapping could not be made; 49 (logged) the bitmap's
-///         header could not be written
+/// @return 0; 18 sizes or sample widths differ, lines overlap, no buffer with this alignment can hold the
+///         lines, or positions lie beyond 4 GiB: nothing is written; 1 a file mapping could not be made; 49
+///         (logged) the bitmap's header could not be written
 MM_API DWORD ImportImgForUnit(CImageObj* pObj, T_ImgInf* pIn, T_ImgInf* pOut, int nBottomUp,
                               T_LOG_STACK_tag** ppLog, int nAlign, int nAlpha);
 
-/// Sets an object up to read an image only, without margins. No signature is searched and no mapping is made:
-/// the source is a block or read with file reads, and its pixels start at nOffset.
+/// Sets an object up to read an image only, without margins, in packed lines and bands as tall as those of
+/// ImportImgForUnit. No signature is searched and no mapping is made: the source is a block or read with file
+/// reads, and its pixels start at nOffset.
 ///
 /// @param nBottomUp       as for ImportImgForUnit
 /// @param ppLog, nUnused  mean nothing; ppLog may be null
@@ -122,8 +124,9 @@ MM_API DWORD ImportImgForUnitJudge(CImageObj* pObj, T_ImgInf* pIn, int nBottomUp
                                    int nUnused);
 
 /// Sets up an object that reads one image and another object that writes an image of any other size and
-/// sample width, both without margins. The band heights are in the proportion of the images' heights, in
-/// whole lines. A band of the writing object is zero when it is mapped: the host fills it.
+/// sample width, both without margins and in packed lines. The band heights are in the proportion of the
+/// images' heights, in whole lines, and share the memory that one object's band may have. A band of the
+/// writing object is zero when it is mapped: the host fills it.
 ///
 /// @param pOutObj, pOut  the writing object and its destination, whose format is nDstFormat
 /// @param pInObj, pIn    the reading object, another one, and its source, whose format is nSrcFormat
