@@ -132,7 +132,7 @@ test_other_builds() {
     build_and_test_if "programs_run clang++ -fsanitize=address,undefined" asan \
         "linux-x86-64: clang++, static library, address and undefined-behaviour sanitizers"
     build_and_test_if "programs_run g++ -fsanitize=thread" tsan \
-        "linux-x86-64: g++, static library, thread sanitizer"
+        "linux-x86-64: g++, static library, thread sanitizer, tests with several threads"
     build_and_test_if "programs_run g++ -m32" i386 "linux-i386: g++, shared library"
 }
 
