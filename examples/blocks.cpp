@@ -12,8 +12,8 @@
 #include <utility>
 
 /// Every sample becomes its distance from the one below to the left, round a medium grey. The last pixel
-/// comes first, so that each meets its neighbour unchanged; those of the first line and pixel are in the
-/// margin.
+/// is changed first, so that each finds its neighbour unchanged. The neighbours of the first line and pixel
+/// lie in the margin.
 void MakeRelief(const T_ImageLrg_tag& block)
 {
     const int nNeighbour = block.nLineBytes + block.nPixelBytes;

@@ -59,7 +59,7 @@ check_shell() {
     only '\.sh$|^\.ci/run$' | xargs -r shellcheck -x
 }
 
-# Whole words of prose: names of code in mixed case are none. Our own spelling is British (scripts/spelling.txt).
+# Whole words of prose; names in mixed case are code and are left out. The spelling is British (scripts/spelling.txt).
 check_spelling() {
     only '' '^(interface|tests/expected)/|^scripts/(spelling|known-words)\.txt$' |
         xargs -r codespell -r "\b[A-Z]?[a-z][a-z'-]*\b" -D - -D scripts/spelling.txt -I scripts/known-words.txt

@@ -53,7 +53,7 @@ same() { # title, two files or pipes: every byte compared
 # The pixels of a bitmap as netpbm reads them, without a header: from top to bottom, red, green, blue.
 pixels() { bmptopnm -quiet "$1" | tail -c $((width * height * 3)); }
 
-# The same as raw 48-bit pixels. A sample scaled to 16 bits has two equal bytes, so their order is no matter.
+# The same as raw 48-bit pixels. A sample scaled to 16 bits has two equal bytes, so their order does not matter.
 pixels48() { bmptopnm -quiet "$1" | pamchannel 2 1 0 | pamdepth -quiet 65535 | tail -c $((width * height * 6)); }
 
 cd "$folder"

@@ -43,8 +43,8 @@ make_wine32() { # folder
     mv "$unfinished" "$1"
 }
 
-# Wine's own libraries find those of another package beside them, but a program that loads them from where it lies does
-# not: it looks in its own folder and in the system's.
+# Wine's libraries load some of another package, which make_wine32 puts beside them. A Windows program looks for those
+# in its own folder and in the system's folder only, so they are copied into the system's folder too.
 copy_libraries() {
     mkdir -p build/wine/prefix32/drive_c/windows/system32
     cp build/wine/i386/usr/i686-w64-mingw32/lib/*.dll build/wine/prefix32/drive_c/windows/system32
@@ -58,8 +58,9 @@ make_drives() {
     done
 }
 
-# A server that stays: one that ends with its last program makes every start take seconds, and may end while the next
-# program calls it. So do the system's own processes, which keep what they were given for output: not that of a test.
+# Starts a server that stays. One that ends with its last program makes every start take seconds, and may end while the
+# next program calls it. Wine's own processes are started with it, because they stay too and keep the output that they
+# were given: it must not be that of a test.
 start_server() {
     scripts/wine.sh "$bits" wineserver -k || true
     scripts/wine.sh "$bits" wineserver -w

@@ -46,7 +46,7 @@ package_linux() {
     local options=(-DMM_NOTICES="$documents/NOTICES" -DMM_BUILD_TESTS=OFF -DMM_BUILD_BENCHMARKS=OFF
         -DMM_HEADERS_ONLY=ON -DMM_JOIN_SOURCES=ON -DCMAKE_CXX_FLAGS="$flags" -DCMAKE_SHARED_LINKER_FLAGS="$linker_flags"
         -DCMAKE_EXE_LINKER_FLAGS="$linker_flags")
-    build_linux() { # prefix: the library's folder below it depends on it, and where the tool looks for the library
+    build_linux() { # prefix: decides the library's folder below it, and where the tool looks for the library
         cmake --preset release -B "$builds/shared" "${options[@]}" -DCMAKE_INSTALL_PREFIX="$1" >/dev/null
         cmake --preset release -B "$builds/static" "${options[@]}" -DCMAKE_INSTALL_PREFIX="$1" \
             -DBUILD_SHARED_LIBS=OFF -DMM_BUILD_TOOL=OFF >/dev/null

@@ -35,7 +35,7 @@ step() { # title, command
     closing_lines+=("passed: $1")
 }
 
-not_run() { # what, and why: told to who runs all tests, too
+not_run() { # what, and why; test.sh reads it too
     mkdir -p build/results
     echo "$1" >>build/results/package-not-run
     closing_lines+=("NOT RUN: $1")

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Runs a Windows program under Wine in the current folder. Usage: scripts/wine.sh 32|64 PROGRAM [ARGUMENT...]
 # PROGRAM wineserver is Wine's own server.
-# scripts/install-wine.sh made build/wine, where everything of Wine's is. Paths that begin with / lie on drive Z:,
+# Everything of Wine's lies in build/wine, which scripts/install-wine.sh makes. Paths that begin with / lie on drive Z:,
 # which is the current one. The system speaks Japanese, as the library's first hosts: its code page is 932.
 set -euo pipefail
 bits=$1

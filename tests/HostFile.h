@@ -11,7 +11,7 @@
 #include <io.h>
 #define fileno(pFile) _get_osfhandle(_fileno(pFile))
 
-inline std::FILE* OpenNameless() // "D": it vanishes when it is closed
+inline std::FILE* OpenNameless() // "D": the file vanishes when it is closed
 {
     char szFolder[MAX_PATH], szName[MAX_PATH];
     GetTempPathA(MAX_PATH, szFolder);

@@ -1,5 +1,5 @@
 #pragma once
-// Long texts and pictures compared: where they differ is told, not what they hold.
+// Compares long texts and pictures: a failure tells where they differ, not what they hold.
 
 #include <gmock/gmock.h>
 

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 
-/// The view slot that every operation uses which goes through an image band by band itself.
+/// The view slot of operations that go through an image band by band themselves.
 inline constexpr int kSlot = 0;
 
 /// Lines of an image, both inclusive; no lines when nLast lies above nFirst.

@@ -98,8 +98,8 @@ public:
         : m_band(band), m_bTurned(bTurned), m_nLineBytes(nLineBytes)
     {
         // Frame lines are read where the source has lines: ahead of the band unless it starts the stored
-        // data, and behind the band unless it ends the data. Lines ahead of it lie above it, of a turned
-        // source below.
+        // data, and behind the band unless it ends the data. Lines ahead of it lie above it; in a
+        // turned source they lie below it.
         const auto ePlace = static_cast<StoredPlace>(nClass);
         const bool bAhead = ePlace == StoredPlace::Inside || ePlace == StoredPlace::End;
         const bool bBehind = ePlace == StoredPlace::Inside || ePlace == StoredPlace::Start;

@@ -74,7 +74,7 @@ private:
     }
 
     /// Charges an image that is held whole whatever the budget has left: a small one, or one that the host
-    /// wants so.
+    /// has marked with SetOnMemory.
     void ChargeSmallImage(CImageObj& image, int nCount)
     {
         if (image.GetAreaSize() <= CImageObj::ms_nOnMemory)

@@ -7,6 +7,6 @@
 /// Bytes of the longest name with its terminator.
 inline constexpr int kProcessNameSize = 43;
 
-/// The name of an identifier's step; where that is not known of its category, else of its function. kTextNoId
+/// The name of an identifier's step; if that is unknown, of its category, else of its function. kTextNoId
 /// when none of them is known.
 const char* FindProcessName(int nIpNo);

@@ -39,7 +39,7 @@ CImageCtrlIO::CImageCtrlIO() : m_pTmpBuf(nullptr), m_nBandOffset(0), m_nBandSize
 CImageCtrlIO::CImageCtrlIO(const CImageCtrlIO& other) = default;
 CImageCtrlIO& CImageCtrlIO::operator=(const CImageCtrlIO& other) = default;
 
-// Exported under this class's name too.
+// Operations of the base class that are exported under this class's name too.
 void* CImageCtrlIO::GetFHandle() const
 {
     return CImageCtrl::GetFHandle();

@@ -14,7 +14,8 @@
 
 namespace {
 
-// Bytes of the picture's lines with their padding. Negative: a size is, or they are more than INT32_MAX.
+// Bytes of the picture's lines with their padding. Negative: a size is negative, or the bytes exceed
+// INT32_MAX.
 LONGLONG PictureBytes(int nWidth, int nHeight, int nPixelBytes)
 {
     if (nWidth < 0 || nHeight < 0)

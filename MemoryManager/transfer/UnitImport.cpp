@@ -43,7 +43,7 @@ bool SuitOneObject(const T_ImgInf& in, const T_ImgInf& out)
            SampleBytesOf(in.nSrcFormat) == SampleBytesOf(out.nDstFormat);
 }
 
-/// The host's nAlpha, but for a fourth sample that the source lacks: it becomes all ones.
+/// The host's nAlpha; 1, all ones, for a fourth sample that the source lacks.
 int AlphaFor(const T_ImgInf& in, const T_ImgInf& out, int nAlpha)
 {
     return SamplesOf(in.nSrcFormat) == 3 && SamplesOf(out.nDstFormat) == 4 ? 1 : nAlpha;
@@ -52,7 +52,7 @@ int AlphaFor(const T_ImgInf& in, const T_ImgInf& out, int nAlpha)
 /// Makes an object a unit object with the image's size and four samples a pixel.
 void TakeGeometry(CImageObj& object, T_ImgInf* pInf, int nMarginX, int nMarginY, int nAlign)
 {
-    CImageObjIO io; // only its record is used, which role and order of lines do not change
+    CImageObjIO io; // only its record is used; role and order of lines do not change it
     io.InitForUnit(pInf, IMG_WORK, nMarginX, nMarginY, 0, nAlign, 0, 0);
     T_ImageLrg_tag info = io.m_ImgInfo;
     object.m_nUnitMode = 1;

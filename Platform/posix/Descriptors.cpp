@@ -38,8 +38,8 @@ Descriptor OpenUnlinked(const char* pszPath)
         errno = ENAMETOOLONG;
         return Descriptor();
     }
-    // A file of this name is left from a process that was killed between the next two calls: this process
-    // holds the place holder's lock, so that no other one is between them.
+    // A file of this name was left by a process that was killed between the next two calls. No living process
+    // is between them, since this one holds the place holder's lock.
     unlink(szPath);
     Descriptor data = OpenDescriptor(szPath, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW);
     if (data)

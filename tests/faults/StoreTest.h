@@ -29,7 +29,7 @@ inline const std::string kImage = Numbered(kBytes), kPicture = std::string(kHead
 #if defined(_WIN32)
 inline constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 #else
-inline constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE; // names are nobody's
+inline constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE; // nobody may delete such a file
 #endif
 
 // Stores with their protected state in view.
@@ -65,7 +65,7 @@ protected:
     }
     ~StoreTest() override
     {
-        *m_pszTemp = '\0'; // other tests find it again
+        *m_pszTemp = '\0'; // so that other tests look for the folder again
         fs::remove_all(m_sFolder);
         EXPECT_EQ(faults::Alive{}, faults::g_alive);
     }

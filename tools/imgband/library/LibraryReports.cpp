@@ -91,7 +91,7 @@ LibraryReports::LibraryReports(const std::string& szFolder) : m_szFolder(szFolde
     CImageObj::DbgCImgLogInit();
 }
 
-// Lists are emptied first: the library writes no files for empty ones.
+// The lists are emptied before they are switched off: the library writes no files for empty ones.
 LibraryReports::~LibraryReports()
 {
     CImageObj::ms_WorkList = nullptr;

@@ -11,12 +11,12 @@ struct TransferPlan
     ImagePlan object;         ///< while the bands moved
     LONG nExternalCharge = 0; ///< bytes of the budget that the external image had
     LONG nBudget = 0;         ///< bytes of the budget in use
-    BudgetMoment moment{};    ///< when it was so
+    BudgetMoment moment{};    ///< when these numbers held
 };
 
-/// A real one is an image object like any other. A dry one is planned like a real one, but has no bytes:
-/// where the planner asks for its store, it only notes what kind that would be. So the library's own planner
-/// makes the plan of a run, and the run does not differ from it.
+/// An image object that is real or dry. A real one is like any other. A dry one is planned like a real one,
+/// but has no bytes: where the planner asks for its store, it only notes what kind that would be. So the
+/// library's own planner makes the plan of a run, and the run does not differ from it.
 ///
 /// Used by one thread. Codes are those of ResultCodes.h.
 class PlannedImage final : public CImageObj

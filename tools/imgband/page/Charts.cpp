@@ -20,7 +20,7 @@ struct Layer
     std::vector<double> bytes; ///< at each time
 };
 
-/// Layers on each other; what they have at a time holds until the next.
+/// Layers on top of each other. What they have at one time holds until the next time.
 struct Stack
 {
     std::vector<double> times; ///< seconds
@@ -70,7 +70,7 @@ Markup Axes(double fEnd, double fMost)
     return axes;
 }
 
-/// All below the tops, as boxes beside each other.
+/// The area below the tops, as boxes side by side.
 Markup Area(const Layer& layer, const std::vector<double>& times, const std::vector<double>& tops,
             double fEnd, double fMost)
 {
@@ -89,7 +89,7 @@ Markup Area(const Layer& layer, const std::vector<double>& times, const std::vec
 }
 
 /// Nothing when there is nothing to see.
-/// @param bLimited  by the budget, which is drawn as a line then
+/// @param bLimited  the budget limits the bytes, and is drawn as a line
 Markup Chart(const Node& report, Stack stack, bool bLimited)
 {
     std::erase_if(stack.layers, [](const Layer& layer) {

@@ -49,5 +49,5 @@ Markup Exact(const Node& node);
 /// An amount of bytes to a tenth of the unit that fits, with the unit.
 Markup Bytes(const Node& node);
 
-/// Exact and " s".
+/// As Exact, followed by " s".
 Markup Seconds(const Node& node);

@@ -12,7 +12,7 @@ Markup BudgetChart(const Node& report, const Palette& palette);
 
 /// Private or mapped memory over the same time.
 /// @param szKey     private_bytes or mapped_bytes
-/// @param bLimited  by the budget, which is drawn as a line then
+/// @param bLimited  the budget limits the bytes, and is drawn as a line
 Markup MemoryChart(const Node& report, const std::string& szKey, bool bLimited);
 
 /// A step's images: what each is charged, how it is held, and its band at some moments.
@@ -21,5 +21,5 @@ Markup Steps(const Node& report, const Palette& palette);
 /// Bytes read, written and spilled.
 Markup TrafficBars(const Node& report);
 
-/// All that the report has but what is drawn over time, to the last digit, folded.
+/// Everything in the report except what is drawn over time: to the last digit, folded.
 Markup AllNumbers(const Node& report);

@@ -10,7 +10,7 @@ namespace {
 
 constexpr double kMostAspect = 4; // longer images are drawn shorter
 
-/// A row with a bar for an amount of a whole; an amount of more than the whole reaches past its end.
+/// A row with a bar for a part of a whole. A part that is larger than the whole reaches past its end.
 /// @param fMost  of all rows beside each other
 Markup Row(const Markup& name, const Node& amount, double fWhole, double fMost, const std::string& szLook,
            const Markup& words)

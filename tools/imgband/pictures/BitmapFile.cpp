@@ -8,6 +8,17 @@
 
 namespace {
 
+// Positions of the fields in the file. The information header follows the file header.
+constexpr std::size_t kAtPixelOffset = 10;
+constexpr std::size_t kAtInfoBytes = 14;
+constexpr std::size_t kAtWidth = 18;
+constexpr std::size_t kAtHeight = 22;
+constexpr std::size_t kAtPlanes = 26;
+constexpr std::size_t kAtBits = 28; // of a pixel
+constexpr std::size_t kAtCompression = 30;
+
+constexpr std::int64_t kFileHeaderBytes = kAtInfoBytes;
+
 std::uint32_t Word16(std::span<const unsigned char> head, std::size_t nAt)
 {
     return static_cast<std::uint32_t>(head[nAt] | head[nAt + 1] << 8);
@@ -31,7 +42,7 @@ std::int32_t Signed32(std::span<const unsigned char> head, std::size_t nAt)
 void RefuseForeignHeader(const std::string& szPath, std::uint32_t nInfoBytes)
 {
     switch (nInfoBytes) {
-    case 40:
+    case 40: // the common one; its longer successors begin with the same fields
     case 52:
     case 56:
     case 108:
@@ -86,26 +97,28 @@ bool HasBitmapSignature(std::span<const unsigned char> head)
 PictureFacts ParseBitmapHeader(const std::string& szPath, std::span<const unsigned char> head,
                                std::int64_t nFileBytes)
 {
-    if (head.size() < 18)
+    if (head.size() < kAtInfoBytes + sizeof(std::uint32_t))
         Refuse(szPath, "the bitmap ends inside its header");
-    const std::uint32_t nInfoBytes = Word32(head, 14);
+    const std::uint32_t nInfoBytes = Word32(head, kAtInfoBytes);
     RefuseForeignHeader(szPath, nInfoBytes);
     if (head.size() < kHeaderPeek)
         Refuse(szPath, "the bitmap ends inside its header");
 
-    const std::int64_t nOffset = Word32(head, 10);
-    const int nWidth = Signed32(head, 18);
-    const int nHeight = Signed32(head, 22);
-    RefuseForeignPixels(szPath, Word16(head, 28), Word32(head, 30));
-    if (Word16(head, 26) != 1)
-        Refuse(szPath, fmt::format("the bitmap header names {} planes instead of 1", Word16(head, 26)));
+    const std::int64_t nOffset = Word32(head, kAtPixelOffset);
+    const int nWidth = Signed32(head, kAtWidth);
+    const int nHeight = Signed32(head, kAtHeight);
+    const std::uint32_t nPlanes = Word16(head, kAtPlanes);
+    const std::uint32_t nBits = Word16(head, kAtBits);
+    RefuseForeignPixels(szPath, nBits, Word32(head, kAtCompression));
+    if (nPlanes != 1)
+        Refuse(szPath, fmt::format("the bitmap header names {} planes instead of 1", nPlanes));
     if (nWidth <= 0 || nHeight == 0 || nHeight == INT32_MIN)
         Refuse(szPath, fmt::format("the bitmap header gives an impossible size of {} x {}", nWidth, nHeight));
-    if (nOffset < 14 + std::int64_t{nInfoBytes})
+    if (nOffset < kFileHeaderBytes + std::int64_t{nInfoBytes})
         Refuse(szPath,
                fmt::format("the bitmap header puts its lines at byte {}, inside the header", nOffset));
 
-    PictureFacts facts{Word16(head, 28) == 24 ? Format::Bgr24 : Format::Bgra32,
+    PictureFacts facts{nBits == 24 ? Format::Bgr24 : Format::Bgra32,
                        {nWidth, nHeight < 0 ? -nHeight : nHeight},
                        nHeight > 0,
                        nOffset,

@@ -38,7 +38,7 @@ private:
     os::ResidentMemory Look();
 
     std::chrono::steady_clock::time_point m_begin;
-    std::mutex m_mutex; ///< of peak and samples
+    std::mutex m_mutex; ///< guards peak and samples
     os::ResidentMemory m_peak;
     BoundedSeries<Sample, 512> m_samples;
     std::jthread m_watcher; ///< last: it uses the others

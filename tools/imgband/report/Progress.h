@@ -20,7 +20,7 @@ public:
     /// Begins a step and shows its name. A step that expects no bands shows no more.
     void Begin(const std::string& szStep);
 
-    /// The step's bands, and the bytes of all of them together. To be told ahead of the first Advance.
+    /// The step's bands, and the bytes of all of them together. Call this before the first Advance.
     void Expect(int nBands, std::int64_t nBytes);
 
     /// One more band is done.

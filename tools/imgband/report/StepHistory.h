@@ -69,7 +69,7 @@ public:
 
     /// A band of the step's image of this role is mapped. At most 8 bands of an image are kept, the first and
     /// the last among them.
-    /// @return whether this one is
+    /// @return whether this one is kept
     bool NoteBand(ImageRole eRole, const T_ImageLrg_tag& band);
 
     /// The bands noted from here on are the step's next ones.

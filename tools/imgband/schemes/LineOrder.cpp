@@ -1,4 +1,4 @@
-// Which part of a reversal is whose.
+// What is reversed between input and output, and who does which part of it.
 
 #include "schemes/LineOrder.h"
 

@@ -13,8 +13,8 @@
 namespace {
 
 /// Ends the step of a transfer, whose external image is gone by now. An external image with a charge was
-/// reached in bands of as many lines as the charge pays for, one without a charge whole. Both sides moved in
-/// the smaller of their two band heights.
+/// reached in bands of as many lines as the charge pays for; one without a charge was reached whole. Both
+/// sides moved in the smaller of their two band heights.
 void EndTransfer(const Run& run, Step& step, ImageRole eExternal, Format eFormat, const PlannedImage& object)
 {
     const T_ImgInf& inf = eExternal == ImageRole::Input ? run.pair.Input() : run.pair.Output();
@@ -33,7 +33,7 @@ void EndTransfer(const Run& run, Step& step, ImageRole eExternal, Format eFormat
     step.Plan({in, out}, transfer.nBudget);
     step.NoteCharges({.nInput = static_cast<LONG>(in.nCharged), .nOutput = static_cast<LONG>(out.nCharged)},
                      transfer.moment);
-    step.NoteCharges({.nOutput = object.m_nAreaSize}); // of an export nothing is left
+    step.NoteCharges({.nOutput = object.m_nAreaSize}); // after an export nothing is left
     step.End();
 }
 
@@ -50,7 +50,7 @@ void ImportStep(const Run& run, const InputFile& input, PlannedImage& object, bo
     EndTransfer(run, step, ImageRole::Input, facts.eFormat, object);
 }
 
-/// For bands in memory or in temporary files.
+/// Looks after bands in memory or in temporary files.
 class StepWatch final : public BandWatch
 {
 public:

@@ -5,7 +5,7 @@
 
 namespace os {
 
-/// The error of this thread's last call that failed; to be asked for at once. Any thread.
+/// The error of this thread's last call that failed. Ask before the next call of the system. Any thread.
 std::error_code LastError();
 
 /// Throws the last error as std::system_error.

@@ -43,7 +43,7 @@ public:
     /// Returns when the file's bytes are on the disk.
     void Flush();
 
-    /// Closes the file early; it must be open. Throws where the system tells of a failed write only now.
+    /// Closes the file early; it must be open. Throws if the system reports a failed write only now.
     void Close();
 
 private:

@@ -20,8 +20,8 @@ std::string TemporaryFolder();
 /// can be told of it.
 bool SetTemporaryFolder(const std::string& szFolder);
 
-/// A folder for small private files of the run: one in memory, so that a full disk can still be written about
-/// and a killed run leaves nothing in the temporary folder. On Windows it is the user's own temporary folder.
+/// A folder for small private files of the run: one in memory, so that a full disk can still be reported and
+/// a killed run leaves nothing in the temporary folder. On Windows it is the user's own temporary folder.
 /// Where there is none that the library can be told of, it is the temporary folder.
 std::string RuntimeFolder();
 

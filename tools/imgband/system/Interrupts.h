@@ -17,8 +17,9 @@ namespace os {
 /// @param arguments  at most five; on Windows none has a quotation mark or ends with a backslash
 void RestartOnInterrupt(const std::string& szCommand, const std::vector<std::string>& arguments);
 
-/// The outcome of the run stands and may be told. On Windows, where an interrupt has a thread of its own,
-/// this never returns when one has begun, and later ones wait for the program's end.
+/// To be called when the outcome of the run is settled, before it is told. On Windows, where an interrupt has
+/// a thread of its own, this never returns once an interrupt has begun, and later ones wait for the program's
+/// end.
 void SettleOutcome();
 
 } // namespace os

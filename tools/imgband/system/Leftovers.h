@@ -9,7 +9,7 @@
 
 namespace os {
 
-/// Whether it is a name as the system makes it for the library: LRG, a hexadecimal number, and .tmp.
+/// Whether the system makes such names for the library: LRG, a hexadecimal number, and .tmp.
 bool IsTemporaryName(std::string_view szName);
 
 /// The names in a folder that are temporary files' names. Throws std::system_error.
@@ -22,12 +22,12 @@ struct Leftover
     std::int64_t nBytes;
     std::int64_t nAgeSeconds; ///< since it was written last
     bool bRemoved = false;
-    std::string szReason; ///< why it could not be examined or removed; empty: nothing kept it
+    std::string szReason; ///< why it could not be examined or removed; empty: it could
 };
 
 /// Looks for leftovers in a folder and gives them in the order of their names. Only regular files count, and
-/// links are not followed. Files of other users and files that a process holds are left alone and out. (On
-/// Windows a temporary folder is its user's, and owners are not looked at.)
+/// links are not followed. Files of other users and files that a process holds are left alone and not listed.
+/// (On Windows a temporary folder belongs to one user, and owners are not looked at.)
 /// Throws std::system_error when the folder cannot be read.
 /// @param bRemove  remove them too
 std::vector<Leftover> FindLeftovers(const std::string& szFolder, bool bRemove);

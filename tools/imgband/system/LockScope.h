@@ -5,7 +5,7 @@
 
 namespace os {
 
-/// A host takes the lock while it changes what the library's threads share. It is recursive, so that the
+/// A host takes the lock while it changes what threads share in the library. It is recursive, so that the
 /// library may be called meanwhile.
 class LockScope
 {

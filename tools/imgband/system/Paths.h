@@ -10,7 +10,7 @@ namespace os {
 /// The only way from a text to a path of the standard library.
 std::filesystem::path PathOf(const std::string& szText);
 
-/// The way back. On Windows, what is no text in a name of the system's becomes U+FFFD.
+/// The way back. On Windows, parts of a name that are not valid text become U+FFFD.
 std::string TextOf(const std::filesystem::path& path);
 
 /// Whether two whole paths name the same file, which need not exist. Windows takes capital and small letters

@@ -1,5 +1,5 @@
 #pragma once
-// Which picture is made up.
+// Which picture `imgband make` paints.
 
 #include "values/Picture.h"
 

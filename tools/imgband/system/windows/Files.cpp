@@ -25,7 +25,7 @@ HANDLE Open(const std::filesystem::path& path, DWORD nAccess, DWORD nShare, DWOR
 
 File File::OpenForReading(const std::string& szPath, bool bAlsoWrite)
 {
-    // A folder is opened too: what is no file is told apart by the caller.
+    // Folders are opened too: the caller tells them from files.
     const HANDLE hFile = Open(PathOf(szPath), bAlsoWrite ? GENERIC_READ | GENERIC_WRITE : GENERIC_READ,
                               kShared, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
     if (!hFile)
@@ -138,7 +138,8 @@ bool MayWrite(const std::string& szPath)
     return true;
 }
 
-// Asked of the system: the standard library here takes a share's name for a folder of the current drive.
+// The system is asked, since the standard library here takes a share's name for a folder of the current
+// drive.
 std::string RealPath(const std::string& szPath)
 {
     constexpr std::wstring_view kLong = L"\\\\?\\", kShare = L"\\\\?\\UNC\\";

@@ -1,5 +1,5 @@
-// Leftovers on Windows. The library opens its temporary files for itself alone, to be deleted when they are
-// closed: what another call may open is held by nobody.
+// Leftovers on Windows. The library opens its temporary files without sharing, to be deleted when they are
+// closed: a file that another call can open is held by nobody.
 
 #include "system/Leftovers.h"
 
