@@ -7,8 +7,8 @@
 inline constexpr int MM_BASE_BUFFERS = 96;
 
 /// One block and the buffers wanted in it. The record belongs to the host and owns the block: do not copy it
-/// while it has one. One thread at a time on one record; no lock is taken, and the images' budget is not
-/// charged.
+/// while it has one. One thread at a time on one record, which is never null; no lock is taken, and the
+/// images' budget is not charged.
 ///
 /// Each buffer has nBufLines lines of nBufPitch bytes, with nBufMargin lines above and below them. Its first
 /// line starts at a multiple of 16 bytes from the block's start.

@@ -1,5 +1,6 @@
-// The library behind C functions: compiled and linked with the library's own compiler, it gives every other
-// one what its host needs. Add what yours needs; nothing but records, addresses and numbers passes through.
+// The library behind C functions: compiled and linked with the library's own compiler, they can be called
+// from a host of any other compiler. Add what your host needs; only records, addresses and numbers pass
+// through.
 #include "Adapter.h"
 
 #include <MemoryManager/MemoryManager.h>
