@@ -1,6 +1,5 @@
 // Softens a 24-bit bitmap of any size: each sample becomes the mean of the 3 x 3 around it. Bands are read
-// from one file and appended to the other, in stored order: from the bottom up, which makes no difference to
-// a mean.
+// from one file and appended to the other in stored order, from the bottom up: a mean is the same either way.
 #include "HostFile.h"
 
 #include <MemoryManager/MemoryManager.h>

@@ -1,5 +1,5 @@
-// The library behind C functions: compiled and linked with the library's own compiler, they can be called
-// from a host of any other compiler. Add what your host needs; only records, addresses and numbers pass
+// C functions in front of the library. Compiled and linked with the library's own compiler, they can be
+// called from a host of any other. Add what your host needs; only records, addresses and numbers pass
 // through.
 #include "Adapter.h"
 
