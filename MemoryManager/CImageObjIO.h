@@ -185,14 +185,15 @@ public:
     ///         stays on loan; 82 a view could not be released
     DWORD UnmapBand(int nSlot);
 
-    /// Converts a band of the object's layout into the external band, and ends that as the other UnmapBand
-    /// does. Can take a minute while the disk is full.
+    /// Converts a band of the object's layout into the band that the store has on loan, and ends that as the
+    /// other UnmapBand does. Can take a minute while the disk is full.
     ///
     /// @param pBuffer  first pixel of the lines m_ImgInfo.nBandTop to nBandBottom, m_ImgInfo.nLineBytes
     ///                 apart; null: they are at the start of the store's work buffer
     /// @return as the other UnmapBand. 18 also when a null pBuffer finds no work buffer with room for the
-    ///         lines, or when the converted lines need more bytes than the store has on loan: the band is not
-    ///         ended. A band in the work buffer is not on loan, unless the store holds the image whole.
+    ///         lines, or when the converted lines need more bytes than the store has on loan, as after a band
+    ///         that has ended: nothing is ended. A band of MapBand in the work buffer is on loan only while
+    ///         the store holds the image whole.
     DWORD UnmapBand(unsigned char* pBuffer, int nSlot);
 
     T_ImageLrg_tag m_ImgInfoIO; ///< layout of the external image, header included in nBufSize
@@ -209,9 +210,13 @@ private:
     /// The store's address of a range of external bytes; null when there is no such range.
     unsigned char* MapExternal(std::int64_t nOffset, std::int64_t nBytes, int nSlot);
 
-    /// Whether nLines converted lines fit what the store lends: the rest of an image that it holds whole,
-    /// else the band on loan. The bands of the two records may differ, and the loan may be shorter than both.
+    /// Whether nLines converted lines fit the band on loan and, when the store holds the image whole, the
+    /// image too. The bands of the two records may differ, and the loan may be shorter than both.
     bool LendsRoomFor(std::int64_t nLines) const;
+
+    /// Position in the image data of the first of the nLines lines on loan. It lies behind the frame of a
+    /// band that was mapped with one.
+    std::int64_t FirstLineOnLoan(std::int64_t nLines) const;
 
     /// Converts an input band into the work buffer, at the place of the object's line nFirst. Nothing is
     /// converted when the buffer has no room for those lines, or an external band that lies in the buffer

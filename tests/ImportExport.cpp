@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <numeric>
 #include <tuple>
 
 namespace {
@@ -104,6 +105,35 @@ void CheckTransfers()
 TEST_F(ImportExport, KeepEveryByte)
 {
     CheckTransfers();
+}
+
+// Of an image that is held whole, by ranges or by bands in the work buffer, and in any order.
+TEST_F(ImportExport, WriteEachRangeToItsOwnPlace)
+{
+    for (const auto& [nMode, bRange] : {std::pair(0, true), {1, true}, {1, false}})
+        for (const auto eAccess : {ACS_MMF, ACS_MEMORY, ACS_FILEIO}) {
+            SCOPED_TRACE(testing::Message() << nMode << bRange << eAccess);
+            std::string sLines(40 * 48, '\0'), sBlock(sLines.size(), '.');
+            std::iota(sLines.begin(), sLines.end(), '\1');
+            const HostFile file(eAccess == ACS_MMF ? sBlock : "");
+            T_ImgInf inf{MM_FILE_RAW, eAccess, file.Handle(), 0, 8, 40, 0x1322, 0x1322, 48};
+            inf.hData = eAccess == ACS_MEMORY ? sBlock.data() : inf.hData;
+            CImageObjIO io;
+            ASSERT_OK(io.InitForUnify(&inf, IMG_OUTPUT, 0, 0, 0, MM_ALIGN_LINES, 0, nMode));
+            io.m_ImgInfo.nLineBytes = 48;
+            T_ImageLrg_tag band{};
+            for (const int nTop : {10, 0, 30, 20}) {
+                ASSERT_OK(io.Create(1, 40 * 96, 1)); // anew where the whole view went with the last band
+                io.m_ImgInfoIO.nFsize = eAccess == ACS_MEMORY && nTop == 10 ? 2 : 0;
+                io.m_ImgInfoIO.nBandLines = 10;
+                ASSERT_OK(bRange ? io.MapBandRange(nTop, nTop + 9, &band, 0)
+                                 : io.MapBand(nTop, &band, MM_BAND_DOWNWARD, 0));
+                const auto pLines = reinterpret_cast<unsigned char*>(&sLines[std::size_t(nTop) * 48]);
+                EXPECT_OK(io.UnmapBand(pLines, 0));
+                EXPECT_CODE(eAccess == ACS_MEMORY ? MM_SUCCESS : MM_BAD_ARGUMENT, io.UnmapBand(pLines, 0));
+            }
+            EXPECT_TRUE(SameBytes(sLines, eAccess == ACS_MEMORY ? sBlock : file.Content()));
+        }
 }
 
 TEST_F(ImportExport, PairTheBandsOfSidesThatAreGivenDifferentHeights)

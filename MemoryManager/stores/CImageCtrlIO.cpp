@@ -138,8 +138,10 @@ DWORD CImageCtrlIO::FreeBandAdress(int nSlot)
     if (!IsSlot(nSlot))
         return MM_BAD_ARGUMENT;
     if (m_eAcsType == ACS_MMF) {
-        if (nSlot == 0)
+        if (nSlot == 0) {
             m_nAllMapFlg = 0; // without its whole view the store maps band by band
+            m_nBandSize = 0;
+        }
         return ReleaseSlot(nSlot) ? MM_SUCCESS : MM_EXTERNAL_UNMAP;
     }
     if (m_eAcsType != ACS_FILEIO || m_eImgType != IMG_OUTPUT || m_nBandSize == 0)

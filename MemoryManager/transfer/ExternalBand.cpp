@@ -46,6 +46,9 @@ DWORD CImageObjIO::MapBand(int nLine, T_ImageLrg_tag* pBand, int nDirection, int
         m_ImgInfoIO.pImage = MapExternal(bytes.nStart, bytes.nBytes, nSlot);
         nFrameBytes = bytes.nFrameBytes;
     } else {
+        const std::int64_t nLineBytes = m_ImgInfoIO.nLineBytes;
+        if (pStore->GetAllMapFlg() == 1) // the band's own place, into which it is converted when it ends
+            MapExternal(nLineBytes * lines.nFirst, nLineBytes * lines.Count(), nSlot);
         m_ImgInfoIO.pImage = pStore->GetTMPBuf(0);
         nFrameBytes = m_ImgInfoIO.nFsize != 0 ? BytesWithFrame(m_ImgInfo, 0, 0).nFrameBytes : 0;
     }
@@ -116,7 +119,7 @@ DWORD CImageObjIO::UnmapBand(unsigned char* pBuffer, int nSlot)
     if (m_nConvert == 1) {
         if (!LendsRoomFor(nLines))
             return MM_BAD_ARGUMENT; // the band stays on loan: lines that were not converted are never written
-        unsigned char* pDst = pStore->GetWrtBuf(m_ImgInfoIO.nBandTop * m_ImgInfoIO.nLineBytes);
+        unsigned char* pDst = pStore->GetWrtBuf(static_cast<int>(FirstLineOnLoan(nLines)));
         if (pDst)
             ConvertOutData(m_ImgInfo.nBandTop, m_ImgInfo.nBandBottom, pBuffer, pDst, &m_ImgInfo,
                            &m_ImgInfoIO);
@@ -136,9 +139,18 @@ unsigned char* CImageObjIO::MapExternal(std::int64_t nOffset, std::int64_t nByte
 bool CImageObjIO::LendsRoomFor(std::int64_t nLines) const
 {
     const CImageCtrlIO& store = *Store();
-    if (store.GetAllMapFlg() == 1)
-        return m_ImgInfoIO.nBandTop + nLines <= m_ImgInfoIO.nHeight;
-    return nLines * m_ImgInfoIO.nLineBytes <= std::abs(std::int64_t{store.m_nBandSize});
+    const std::int64_t nLineBytes = m_ImgInfoIO.nLineBytes;
+    const std::int64_t nEnd = FirstLineOnLoan(nLines) + nLines * nLineBytes;
+    const bool bInImage = store.GetAllMapFlg() != 1 || nEnd <= nLineBytes * m_ImgInfoIO.nHeight;
+    return bInImage && nLines * nLineBytes <= std::abs(std::int64_t{store.m_nBandSize});
+}
+
+std::int64_t CImageObjIO::FirstLineOnLoan(std::int64_t nLines) const
+{
+    const CImageCtrlIO& store = *Store();
+    const BandBytes framed = BytesWithFrame(m_ImgInfoIO, 0, nLines);
+    const bool bFramed = framed.nBytes == std::abs(std::int64_t{store.m_nBandSize});
+    return std::int64_t{store.m_nBandOffset} - store.GetHdrSize() + (bFramed ? framed.nFrameBytes : 0);
 }
 
 void CImageObjIO::ConvertToWorkBuffer(int nFirst, int nLast)
