@@ -2,10 +2,7 @@
 // A file as a host opens it: by the C library, without a name, unbuffered.
 
 #include "Platform/PlatformTypes.h"
-
-#include <cstdint>
-#include <cstdio>
-#include <string>
+#include "StandardLibrary.h"
 
 #if defined(_WIN32)
 #include <io.h>

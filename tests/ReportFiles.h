@@ -2,13 +2,7 @@
 // What reports are compared with: files written by hand in UTF-8, in code page 932 by a conversion that knows
 // nothing of the library.
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <random>
-#include <regex>
-#include <string>
+#include "StandardLibrary.h"
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -46,12 +40,10 @@ inline std::string Cp932(const std::string& sUtf8)
 {
     std::wstring sWide(sUtf8.size(), L'\0');
     std::string s(2 * sUtf8.size(), '\0');
-    const auto length = [](const std::string& sText) { return static_cast<int>(sText.size()); };
-    const int nWide =
-        MultiByteToWideChar(CP_UTF8, 0, sUtf8.data(), length(sUtf8), sWide.data(), length(sUtf8));
-    const int nBytes =
-        WideCharToMultiByte(932, 0, sWide.data(), nWide, s.data(), length(s), nullptr, nullptr);
-    return s.substr(0, static_cast<std::size_t>(nBytes));
+    const int nIn = static_cast<int>(sUtf8.size());
+    const int nWide = MultiByteToWideChar(CP_UTF8, 0, sUtf8.data(), nIn, sWide.data(), nIn);
+    const int nOut = WideCharToMultiByte(932, 0, sWide.data(), nWide, s.data(), 2 * nIn, nullptr, nullptr);
+    return s.substr(0, static_cast<std::size_t>(nOut));
 }
 #else
 inline constexpr const char kLogLineEnd[] = "\n";

@@ -1,10 +1,7 @@
 #pragma once
 // Compares long texts and pictures: a failure tells where they differ, not what they hold.
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <string_view>
+#include "StandardLibrary.h"
 
 inline testing::AssertionResult SameBytes(std::string_view sWanted, std::string_view sGot)
 {

@@ -2,13 +2,6 @@
 
 #include "../SameBytes.h"
 
-#include <filesystem>
-#include <fstream>
-#include <random>
-#include <sstream>
-#include <string>
-#include <vector>
-
 #if defined(_WIN32)
 #include <process.h>
 #else
@@ -100,9 +93,8 @@ TEST(Examples, DoWhatTheySay)
     };
     EXPECT_TRUE(SameBytes(BitmapOf(3, softened), ResultOf("unit_filter")));
     const auto relief = [](int x, int y, int i) {
-        const bool bInside = x >= 2 && x <= 300 && y >= 3 && y <= 690;
-        return bInside ? std::clamp(128 + Sample(x, y, i) - Sample(x - 1, y - 1, i), 0, 255)
-                       : Sample(x, y, i);
+        const int nOwn = Sample(x, y, i), nRelief = 128 + nOwn - Sample(x - 1, y - 1, i);
+        return x >= 2 && x <= 300 && y >= 3 && y <= 690 ? std::clamp(nRelief, 0, 255) : nOwn;
     };
     EXPECT_TRUE(SameBytes(BitmapOf(3, relief), ResultOf("blocks", {"3", "690", "2", "300"})));
     EXPECT_EQ("status 1", ResultOf("blocks", {"3", "5", "2", "301"})) << "past the right edge";

@@ -6,8 +6,6 @@
 #include "MemoryManager/base/PlatformHelpers.h"
 #include "MemoryManager/reports/ProcessNames.h"
 
-#include <gtest/gtest.h>
-
 TEST(ReportTexts, AreCodePage932WhateverCompilerAndLocale)
 {
 #define CHECK(text, found) EXPECT_EQ(Cp932(reinterpret_cast<const char*>(text)), found);

@@ -1,11 +1,7 @@
 // Every line kernel against a byte-by-byte reference, at all lengths around the vector widths.
 
 #include "MemoryManager/layout/SampleLines.h"
-
-#include <gtest/gtest.h>
-
-#include <numeric>
-#include <vector>
+#include "../StandardLibrary.h"
 
 namespace {
 
