@@ -2,49 +2,27 @@
 
 #include "TestImages.h"
 
-#include <algorithm>
-#include <array>
-#include <climits>
-#include <cstring>
-#include <tuple>
-
 using Bands = BudgetTest;
 using Frames = BudgetTest;
 
 TEST_F(Bands, StayInsideTheImage)
 {
-    const struct
-    {
-        const char* pszCase;
-        int nLine, nDirection;
-        int nTop, nBottom;
-        DWORD nResult = MM_SUCCESS;
-    } cases[] = {
-        {"down from the top", 0, 0, 0, 15},
-        {"down, cut at the bottom", 30, 0, 30, 39},
-        {"the last line alone", 39, 0, 39, 39},
-        {"up", 30, 1, 15, 30},
-        {"up, cut at the top", 0, 1, 0, 0},
-        {"below the image", 40, 0, 0, 0, MM_LINE_OUTSIDE},
-        {"above the image", -1, 1, 0, 0, MM_LINE_OUTSIDE},
-        {"no such direction", 5, 2, 0, 0, MM_NO_SUCH_DIRECTION},
-    };
     TestImage image(Geometry(3, 40));
     ASSERT_OK(Step({&image}, {}).Alloc());
     ASSERT_OK(image.SetBandHeight(16));
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.pszCase);
-        T_ImageLrg_tag band{};
-        EXPECT_CODE(c.nResult, image.MapBand(c.nLine, &band, c.nDirection, 0));
-        if (c.nResult != MM_SUCCESS)
-            continue;
-        EXPECT_EQ(std::tuple(c.nTop, c.nBottom, c.nBottom - c.nTop + 1),
-                  std::tuple(band.nBandTop, band.nBandBottom, band.nBandLines));
+    // line, direction, first and last line
+    const int cases[][4] = {{0, 0, 0, 15}, {30, 0, 30, 39}, {39, 0, 39, 39}, {30, 1, 15, 30}, {0, 1, 0, 0}};
+    T_ImageLrg_tag band{};
+    for (const auto& [nLine, nDirection, nTop, nBottom] : cases) {
+        ASSERT_OK(image.MapBand(nLine, &band, nDirection, 0)) << nLine;
+        EXPECT_EQ(std::tuple(nTop, nBottom, nBottom - nTop + 1, BufferOf(image) + nTop * 12),
+                  std::tuple(band.nBandTop, band.nBandBottom, band.nBandLines, band.pImage));
         EXPECT_EQ(16, image.m_ImgInfo.nBandLines) << "the planned height stays";
-        EXPECT_EQ(BufferOf(image) + c.nTop * 12, band.pImage);
         EXPECT_OK(image.UnmapBand(0));
     }
-    T_ImageLrg_tag band{};
+    EXPECT_CODE(MM_LINE_OUTSIDE, image.MapBand(40, &band, MM_BAND_DOWNWARD, 0));
+    EXPECT_CODE(MM_LINE_OUTSIDE, image.MapBand(-1, &band, MM_BAND_UPWARD, 0));
+    EXPECT_CODE(MM_NO_SUCH_DIRECTION, image.MapBand(5, &band, 2, 0));
     EXPECT_CODE(MM_RANGE_REVERSED, image.MapBandRange(5, 4, &band, 0));
     EXPECT_OK(image.UnmapBand(7)) << "nothing is mapped there";
     EXPECT_CODE(MM_BAD_ARGUMENT, image.UnmapBand(10));
@@ -90,17 +68,14 @@ TEST_F(Bands, KeepToTheBufferWhereTheFrameDoesNot)
             EXPECT_OK(image.MapBandRange(nFirst, 29, &band, 0));
             EXPECT_EQ(pBuffer + (nMarginY + nFirst) * info.nLineBytes + nMarginX * 4, band.pImage);
         }
-        ASSERT_EQ(MM_SUCCESS,
-                  image.SetFrameColor(MM_FRAME_COLOR, 0x7FFFFFFF)); // down to the buffer's last line
+        ASSERT_OK(image.SetFrameColor(MM_FRAME_COLOR, 0x7FFFFFFF)); // down to the buffer's last line
         EXPECT_EQ(nMarginX == 0 ? 0 : 255, pBuffer[info.nBufSize - info.nLineBytes + 4]);
         for (int i = 0; i < 30 * 80; ++i)
             ASSERT_EQ(0, pBuffer[(nMarginY + i / 80) * info.nLineBytes + nMarginX * 4 + i % 80]) << i;
     }
 }
 
-namespace {
-
-int Source(int nMode, int nIndex, int nCount)
+static int Source(int nMode, int nIndex, int nCount)
 {
     const int nEdge = nMode == MM_FRAME_MIRROR ? 0 : 1;
     if (nIndex >= 0 && nIndex < nCount)
@@ -111,7 +86,7 @@ int Source(int nMode, int nIndex, int nCount)
 }
 
 // Every buffer byte after SetFrameColor, against a reference that looks each pixel up on its own.
-void CheckFrame(int nFormat, int nMode, int nWidth, int nHeight, int nFrame)
+static void CheckFrame(int nFormat, int nMode, int nWidth, int nHeight, int nFrame)
 {
     const int nMargin = 4, nColor = 0x44332211;
     TestImage image(Geometry(nWidth, nHeight, nMargin, nFormat));
@@ -146,8 +121,6 @@ void CheckFrame(int nFormat, int nMode, int nWidth, int nHeight, int nFrame)
         }
 }
 
-} // namespace
-
 void CheckFrames()
 {
     constexpr int kFormats[] = {MM_FORMAT_BGR24, MM_FORMAT_BGRA32, MM_FORMAT_RAW64, 0x202};
@@ -156,9 +129,7 @@ void CheckFrames()
         for (int nMode = MM_FRAME_REPLICATE; nMode <= MM_FRAME_COLOR; ++nMode)
             for (const auto& [nWidth, nHeight, nFrame] : kShapes)
                 for (const bool bFile : {false, true}) {
-                    SCOPED_TRACE(testing::Message()
-                                 << "format " << nFormat << " mode " << nMode << " size " << nWidth << "x"
-                                 << nHeight << (bFile ? " in a file" : ""));
+                    SCOPED_TRACE(testing::PrintToString(std::tuple(nFormat, nMode, nWidth, nHeight, bFile)));
                     bFile ? BudgetTest::Shrink(100) : BudgetTest::Reset();
                     ASSERT_NO_FATAL_FAILURE(CheckFrame(nFormat, nMode, nWidth, nHeight, nFrame));
                 }
@@ -182,6 +153,5 @@ TEST_F(Frames, AreStoredOrRefused)
     framed.m_nUnitMode = 1;
     EXPECT_OK(framed.SetFrameColor(MM_FRAME_REPLICATE, 0)) << "unit bands are painted when read";
     framed.m_nUnitMode = 0;
-    EXPECT_CODE(MM_NO_BAND_ADDRESS, framed.SetFrameColor(MM_FRAME_REPLICATE, 0))
-        << "not planned: nothing to map";
+    EXPECT_CODE(MM_NO_BAND_ADDRESS, framed.SetFrameColor(MM_FRAME_REPLICATE, 0)) << "nothing is planned";
 }

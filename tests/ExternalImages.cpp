@@ -2,9 +2,6 @@
 
 #include "TestImages.h"
 
-#include <algorithm>
-#include <string>
-
 namespace {
 
 constexpr char kUntouched = '.';
@@ -37,18 +34,16 @@ struct Wrapped
 TEST(ExternalImages, ConvertWhatFitsAPixelAndLeaveUnknownCombinationsAlone)
 {
     using Row = std::tuple<tag_E_IMGTYPE, int, int, int, int, std::string>;
-    const Row cases[] = {
-        // role, file type, bytes of an external and of an object's pixel, alpha, result
-        {IMG_INPUT, 0, 4, 3, 0, "........."},  {IMG_INPUT, 0, 6, 8, 0, "........."},
-        {IMG_INPUT, 2, 3, 4, 0, "........."},  {IMG_INPUT, 1, 4, 4, 0, "........."},
-        {IMG_INPUT, 1, 6, 4, 0, "0123....."},  {IMG_INPUT, 1, 8, 3, 0, "012......"},
-        {IMG_OUTPUT, 0, 3, 8, 2, "012z....."}, {IMG_OUTPUT, 0, 4, 8, 0, "0123....."},
-        {IMG_OUTPUT, 0, 4, 6, 1, "012F....."}, {IMG_OUTPUT, 0, 4, 4, 2, "........."},
-        {IMG_OUTPUT, 0, 4, 3, 2, "........."}, {IMG_OUTPUT, 0, 8, 8, 0, "........."},
-        {IMG_OUTPUT, 1, 8, 8, 2, "........."}, {IMG_OUTPUT, 1, 6, 4, 2, "0123zz..."},
-        {IMG_OUTPUT, 1, 6, 3, 0, "012zzz..."}, {IMG_OUTPUT, 1, 8, 4, 1, "0123zzFF."},
-        {IMG_OUTPUT, 1, 4, 4, 0, "........."}, {IMG_OUTPUT, 2, 3, 3, 0, "........."},
-    };
+    // role, file type, bytes of an external and of an object's pixel, alpha, result
+    const Row cases[] = {{IMG_INPUT, 0, 4, 3, 0, "........."},  {IMG_INPUT, 0, 6, 8, 0, "........."},
+                         {IMG_INPUT, 2, 3, 4, 0, "........."},  {IMG_INPUT, 1, 4, 4, 0, "........."},
+                         {IMG_INPUT, 1, 6, 4, 0, "0123....."},  {IMG_INPUT, 1, 8, 3, 0, "012......"},
+                         {IMG_OUTPUT, 0, 3, 8, 2, "012z....."}, {IMG_OUTPUT, 0, 4, 8, 0, "0123....."},
+                         {IMG_OUTPUT, 0, 4, 6, 1, "012F....."}, {IMG_OUTPUT, 0, 4, 4, 2, "........."},
+                         {IMG_OUTPUT, 0, 4, 3, 2, "........."}, {IMG_OUTPUT, 0, 8, 8, 0, "........."},
+                         {IMG_OUTPUT, 1, 8, 8, 2, "........."}, {IMG_OUTPUT, 1, 6, 4, 2, "0123zz..."},
+                         {IMG_OUTPUT, 1, 6, 3, 0, "012zzz..."}, {IMG_OUTPUT, 1, 8, 4, 1, "0123zzFF."},
+                         {IMG_OUTPUT, 1, 4, 4, 0, "........."}, {IMG_OUTPUT, 2, 3, 3, 0, "........."}};
     for (const auto& row : cases) {
         const auto& [eRole, nFileType, nExternal, nObject, nAlpha, sWanted] = row;
         Wrapped w(nFileType, 1, 2, kFormat[nExternal], kFormat[nObject], eRole);
@@ -73,7 +68,7 @@ TEST(ExternalImages, ConvertWhatFitsAPixelAndLeaveUnknownCombinationsAlone)
 TEST(ExternalImages, AreRefusedWhenTheyDoNotFitAndLeaveTheObjectAlone)
 {
     Wrapped w(1, 4, 4, 0x302, 0x402, IMG_INPUT);
-    const CImageCtrl* pStore = w.io.m_pImageCtrl;
+    CImageCtrl* const pStore = w.io.m_pImageCtrl;
     // file type, width, height, object's and external format
     const int cases[][5] = {{1, 40000, 40000, 0x1322, 0x1322},
                             {0, 256999, 2089, 0x1301, 0x0401}, // by its header
@@ -83,8 +78,7 @@ TEST(ExternalImages, AreRefusedWhenTheyDoNotFitAndLeaveTheObjectAlone)
         T_ImgInf inf{nFileType, ACS_MEMORY, w.sBlock.data(), 0, nWidth, nHeight, nObject, nExternal, 0};
         EXPECT_CODE(MM_BAD_ARGUMENT, w.io.InitForUnify(&inf, IMG_OUTPUT, 0, 0, 0, MM_ALIGN_LINES, 0, 0))
             << nWidth;
-        EXPECT_EQ(pStore, w.io.m_pImageCtrl);
-        EXPECT_EQ(4, w.io.m_ImgInfoIO.nWidth);
+        EXPECT_EQ(std::pair(pStore, 4), std::pair(w.io.m_pImageCtrl, w.io.m_ImgInfoIO.nWidth));
         EXPECT_EQ(kUntouched, w.sBlock[MM_BITMAP_HEADER_BYTES - 1]) << "a header was written";
     }
 }
@@ -94,13 +88,15 @@ TEST(ExternalImages, AnswerThePlannerInExternalLines)
     CImageObj::ms_MinBand = 16;
     for (const int nHeight : {100, 10}) {
         Wrapped w(1, 8, nHeight, 0x302, 0x402, IMG_OUTPUT);
-        EXPECT_EQ(48 * std::min(16, nHeight) * 2, w.io.SetBandInfo(5, 2));
-        EXPECT_EQ(std::min(16, nHeight), w.io.GetBandHeight());
-        EXPECT_EQ(w.io.m_ImgInfo.nBufSize, w.io.SetBandInfo(0, 3));
-        EXPECT_EQ(nHeight, w.io.GetBandHeight());
+        const auto planned = [&](int nBand, int nCount) {
+            const int nArea = w.io.SetBandInfo(nBand, nCount);
+            return std::pair(nArea, w.io.GetBandHeight());
+        };
+        const int nLeast = std::min(16, nHeight);
+        EXPECT_EQ(std::pair(48 * nLeast * 2, nLeast), planned(5, 2));
+        EXPECT_EQ(std::pair(w.io.m_ImgInfo.nBufSize, nHeight), planned(0, 3));
         w.io.m_ImgInfoIO.nFsize = 4;
-        w.io.SetBandInfo(40, 1);
-        EXPECT_EQ(std::min(32, nHeight), w.io.GetBandHeight());
+        EXPECT_EQ(std::min(32, nHeight), planned(40, 1).second);
         w.io.m_nTmpBufMode = 1;
         EXPECT_EQ(w.io.m_ImgInfo.nBufSize + 48 * nHeight, w.io.GetAreaSize());
         w.io.m_nTmpBufMode = 2;
@@ -110,17 +106,15 @@ TEST(ExternalImages, AnswerThePlannerInExternalLines)
 
 TEST(ExternalImages, SplitTheAreaByLineLength)
 {
-    const int cases[][4] = {{3000, 4224, 9000000, 1245},
-                            {3000, 4224, 100, 1},
-                            {3000, 0, 9000, 3},
-                            {0, 4224, 9000, 1}}; // the last one fails
+    // bytes of an external and of an object's line, of the area; lines, 1 where the split fails
+    const int cases[][4] = {{3000, 4224, 9000000, 1245}, {3000, 4224, 14448, 2}, {3000, 4224, 14447, 1},
+                            {3000, 4224, 100, 1},        {3000, 0, 9000, 3},     {0, 4224, 9000, 1}};
     for (const auto& [nExternalLine, nObjectLine, nArea, nLines] : cases) {
         Wrapped w(0, 10, 5, 0x301, 0x401, IMG_OUTPUT, 1);
         w.io.m_ImgInfoIO.nLineBytes = nExternalLine;
         w.io.m_ImgInfo.nLineBytes = nObjectLine;
         w.io.Create(1, nArea, 1);
-        EXPECT_EQ(nLines, w.io.m_ImgInfo.nBandLines) << nExternalLine;
-        EXPECT_EQ(nLines, w.io.GetBandHeight()) << nExternalLine;
+        EXPECT_EQ(std::pair(nLines, nLines), std::pair(w.io.m_ImgInfo.nBandLines, w.io.GetBandHeight()));
     }
 }
 
@@ -164,8 +158,7 @@ TEST(ExternalImages, TakeANullBufferForTheWorkBufferWhenThatHoldsTheBand)
     for (const int nArea : {1000, 80000}) { // for less than one line of the object, and for more than four
         ASSERT_OK(w.io.Create(0, nArea, 1));
         ASSERT_OK(w.io.MapBand(0, &record, MM_BAND_DOWNWARD, 0));
-        for (int i = 0; i < 12; ++i)
-            record.pImage[i] = static_cast<unsigned char>('a' + i);
+        std::iota(record.pImage, record.pImage + 12, 'a');
         EXPECT_CODE(nArea == 1000 ? MM_BAD_ARGUMENT : MM_SUCCESS, w.io.UnmapBand(nullptr, 0));
         EXPECT_EQ(nArea == 1000 ? "BM.........." : "abcdefghijkl", std::string(w.Line(0), 12));
     }

@@ -2,9 +2,6 @@
 
 #include "TestImages.h"
 
-#include <array>
-#include <climits>
-
 using ImageBuffers = BudgetTest;
 using Budget = BudgetTest;
 
@@ -12,12 +9,8 @@ TEST_F(ImageBuffers, AreLaidOutByTypeOrRefused)
 {
     using Sizes = std::array<int, 4>; // of the buffer, of a line, and lines and pixels with their margins
     static constexpr Sizes kRefused = {-1, -1, -1, -1};
-    const struct
-    {
-        const char* pszCase;
-        int nWidth, nHeight, nMarginX, nMarginY, nFormat, nAlign;
-        Sizes sizes = kRefused;
-    } cases[] = {
+    const std::tuple<const char*, int, int, int, int, int, int, Sizes> cases[] = {
+        // width, height, margins, format and alignment
         {"8 bits rounded up", 17, 2, 0, 0, 0x101, 2, {96, 32, 32, 2}},
         {"8 bits on the unit", 16, 2, 0, 0, 0x101, 2, {64, 16, 16, 2}},
         {"32-bit samples", 5, 1, 1, 0, 0x104, 2, {64, 32, 8, 1}},
@@ -26,23 +19,23 @@ TEST_F(ImageBuffers, AreLaidOutByTypeOrRefused)
         {"spare bytes", 10, 4, 3, 2, 0x101, 1, {160, 16, 16, 8}},
         {"packed, cleared", 10, 4, 3, 2, 0x101, 0x10, {128, 16, 16, 8}},
         {"3-byte samples packed", 4, 1, 0, 0, 0x103, 0, {12, 12, 4, 1}},
-        {"3-byte samples aligned", 4, 1, 0, 0, 0x103, 2},
-        {"unknown type", 4, 1, 0, 0, 0x101, 3},
-        {"buffer above 2 GiB", 30000, 30000, 0, 0, 0x401, 0},
-        {"buffer wraps to a small number", 65536, 65537, 0, 0, 0x101, 0},
-        {"margins above 2 GiB", 1, 1, INT_MAX, 0, 0x101, 0},
-        {"spare bytes above 2 GiB", INT_MAX, 1, 0, 0, 0x101, 1},
-        {"negative height", 1, -1, 0, 0, 0x101, 0},
-        {"largest", INT_MAX, 1, 0, 0, 0x101, 0, {INT_MAX, INT_MAX, INT_MAX, 1}},
-    };
+        {"3-byte samples aligned", 4, 1, 0, 0, 0x103, 2, kRefused},
+        {"unknown type", 4, 1, 0, 0, 0x101, 3, kRefused},
+        {"buffer above 2 GiB", 30000, 30000, 0, 0, 0x401, 0, kRefused},
+        {"buffer wraps to a small number", 65536, 65537, 0, 0, 0x101, 0, kRefused},
+        {"margins above 2 GiB", 1, 1, INT_MAX, 0, 0x101, 0, kRefused},
+        {"spare bytes above 2 GiB", INT_MAX, 1, 0, 0, 0x101, 1, kRefused},
+        {"negative height", 1, -1, 0, 0, 0x101, 0, kRefused},
+        {"largest", INT_MAX, 1, 0, 0, 0x101, 0, {INT_MAX, INT_MAX, INT_MAX, 1}}};
     CImageObj image;
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.pszCase);
-        auto [nBuffer, nLine, nWidth, nHeight] = kRefused;
-        EXPECT_CODE(c.sizes == kRefused ? MM_BAD_ARGUMENT : MM_SUCCESS,
-                    image.CalcImgBufLrg(nBuffer, nLine, nWidth, nHeight, c.nWidth, c.nHeight, c.nMarginX,
-                                        c.nMarginY, c.nFormat, c.nAlign));
-        EXPECT_EQ(c.sizes, (Sizes{nBuffer, nLine, nWidth, nHeight}));
+    for (const auto& [pszCase, nWidth, nHeight, nMarginX, nMarginY, nFormat, nAlign, wanted] : cases) {
+        Sizes found = kRefused;
+        auto& [nBuffer, nLine, nAllWidth, nAllHeight] = found;
+        EXPECT_CODE(wanted == kRefused ? MM_BAD_ARGUMENT : MM_SUCCESS,
+                    image.CalcImgBufLrg(nBuffer, nLine, nAllWidth, nAllHeight, nWidth, nHeight, nMarginX,
+                                        nMarginY, nFormat, nAlign))
+            << pszCase;
+        EXPECT_EQ(wanted, found) << pszCase;
     }
 }
 
@@ -56,20 +49,13 @@ TEST_F(ImageBuffers, AreChargedFilledInAndGivenBack)
         ASSERT_OK(CImageObj::AllcImgBufLrg(&info, 2001, 1500, 3, 2, MM_FORMAT_RAW64, nAlign));
         EXPECT_EQ(12 * kMiB - info.nBufSize, CImageObj::AskFreeMemory()) << "charged even beyond the budget";
         EXPECT_LT(CImageObj::AskFreeMemory(), 0);
-        EXPECT_EQ(nAlign & 0xF, info.nAlignType);
-        EXPECT_EQ(8, info.nPixelBytes);
-        EXPECT_EQ(4 * info.nAllocWidth, info.nLineSamples);
-        EXPECT_EQ(7, info.nFsize) << "frame state is the owner's";
-
-        const auto nBefore = info.pImage - info.pBase;
-        const auto nPacked = 2 * info.nLineBytes + 3 * 8;
-        EXPECT_GE(nBefore, nPacked);
-        EXPECT_LT(nBefore, nPacked + 16);
-        if (info.nAlignType != 0) {
-            EXPECT_EQ(0u, reinterpret_cast<std::uintptr_t>(info.pImage) % 16);
-        }
-        EXPECT_EQ(0, info.pBase[0]);
-        EXPECT_EQ(0, info.pBase[info.nBufSize - 1]);
+        // the frame state is the owner's
+        EXPECT_EQ(std::tuple(nAlign & 0xF, 8, 4 * info.nAllocWidth, 7),
+                  std::tuple(info.nAlignType, info.nPixelBytes, info.nLineSamples, info.nFsize));
+        const auto nSpare = info.pImage - info.pBase - 2 * info.nLineBytes - 3 * 8;
+        EXPECT_TRUE(nSpare >= 0 && nSpare < 16) << nSpare;
+        EXPECT_TRUE(info.nAlignType == 0 || reinterpret_cast<std::uintptr_t>(info.pImage) % 16 == 0);
+        EXPECT_EQ(std::pair(0, 0), std::pair(int{info.pBase[0]}, int{info.pBase[info.nBufSize - 1]}));
         info.pBase[info.nBufSize - 1] = 1;
         CImageObj::FreeImgBufLrg(&info);
         EXPECT_EQ(12 * kMiB, CImageObj::AskFreeMemory());
@@ -84,11 +70,9 @@ TEST_F(ImageBuffers, AreChargedFilledInAndGivenBack)
 TEST_F(ImageBuffers, KeepAPixelSizeOfTheirOwn)
 {
     T_ImageLrg_tag info = Geometry(5, 2, 1, 0x101, MM_ALIGN_LINES);
-    info.nSampleBytes = 1;
-    info.nSamples = 1;
+    info.nSampleBytes = info.nSamples = 1;
     info.nPixelBytes = 3;
-    CImageObj image;
-    ASSERT_OK(image.CalcAlign(&info));
+    ASSERT_OK(CImageObj().CalcAlign(&info));
     EXPECT_EQ(16, info.nAllocWidth) << "rounded by the sample size";
     EXPECT_EQ(48, info.nLineBytes) << "sized by the pixel size";
     EXPECT_EQ(16, info.nLineSamples);
@@ -96,17 +80,14 @@ TEST_F(ImageBuffers, KeepAPixelSizeOfTheirOwn)
 
 TEST_F(Budget, IsSizedWithinItsLimits)
 {
-    const struct
-    {
-        LONG nReserve, nMapping, nExpectedReserve, nExpectedMapping;
-    } cases[] = {
-        {0, 0, 12, 12}, {200, 64, 200, 32}, {20, 64, 20, 20}, {100, 1, 100, 12}, {64, 24, 64, 24},
-    };
-    for (const auto& c : cases) {
-        EXPECT_OK(CImageObj::InitBaseMemory(c.nReserve * kMiB, c.nMapping * kMiB));
-        EXPECT_EQ(c.nExpectedReserve * kMiB, CImageObj::ms_ReserveMemory);
-        EXPECT_EQ(c.nExpectedReserve * kMiB, CImageObj::AskFreeMemory());
-        EXPECT_EQ(c.nExpectedMapping * kMiB, CImageObj::ms_MaxOneMappingSize);
+    // asked for and given: reserve and mapping, in MiB
+    const int cases[][4] = {
+        {0, 0, 12, 12}, {200, 64, 200, 32}, {20, 64, 20, 20}, {100, 1, 100, 12}, {64, 24, 64, 24}};
+    for (const auto& [nReserve, nMapping, nGivenReserve, nGivenMapping] : cases) {
+        EXPECT_OK(CImageObj::InitBaseMemory(nReserve * kMiB, nMapping * kMiB));
+        EXPECT_EQ((std::array{nGivenReserve * kMiB, nGivenReserve * kMiB, nGivenMapping * kMiB}),
+                  (std::array{CImageObj::ms_ReserveMemory, CImageObj::AskFreeMemory(),
+                              CImageObj::ms_MaxOneMappingSize}));
     }
 }
 
@@ -128,4 +109,5 @@ TEST_F(Budget, NeverRisesAboveTheReserveNorWraps)
     EXPECT_EQ(24 * kMiB, CImageObj::GetUseMaxBandMemory());
     EXPECT_EQ(0, CImageObj::SetUseMaxBandMemory(2047));
     EXPECT_EQ(2047 * kMiB, CImageObj::GetUseMaxBandMemory());
+    Reset();
 }

@@ -2,9 +2,6 @@
 
 #include "TestImages.h"
 
-#include <climits>
-#include <tuple>
-
 using ImageObject = BudgetTest;
 
 TEST_F(ImageObject, TakesItsGeometryFromASource)
@@ -12,28 +9,20 @@ TEST_F(ImageObject, TakesItsGeometryFromASource)
     TestImage source(Geometry(100, 50, 4, MM_FORMAT_BGR24, MM_ALIGN_LINES));
     source.SetFsize(2);
     source.m_ImgInfo.nBandLines = 7;
-    const struct
-    {
-        const char* pszCase;
-        CImageObj image;
-        int nWidth, nHeight, nPixelBytes, nSamples, nLineBytes, nFormat;
-    } cases[] = {
-        {"as it is", CImageObj(&source), 100, 50, 3, 3, 336, MM_FORMAT_BGR24},
-        {"nothing replaced", CImageObj(&source, 0, -1, 0), 100, 50, 3, 3, 336, MM_FORMAT_BGR24},
-        {"own pixel size", CImageObj(&source, 10, 20, 5), 10, 20, 5, 3, 32 * 5, MM_FORMAT_BGR24},
-        {"own samples", CImageObj(&source, 10, 0, 1, 1, MM_FORMAT_RAW64, 0), 10, 50, 8, 4, 96,
-         MM_FORMAT_BGR24},
+    using Numbers = std::array<int, 8>; // width, height, a pixel's bytes and samples, a line's bytes, format,
+                                        // and the band state, which is not taken over
+    const auto expect = [&](const Numbers& wanted, const CImageObj& image, const char* pszCase) {
+        const auto& info = image.m_ImgInfo;
+        EXPECT_EQ(wanted, (Numbers{info.nWidth, info.nHeight, info.nPixelBytes, info.nSamples,
+                                   info.nLineBytes, info.nFormat, info.nBandLines, info.nFsize}))
+            << pszCase;
+        EXPECT_NE(nullptr, image.m_pImageCtrl) << pszCase;
+        EXPECT_NE(source.m_pImageCtrl, image.m_pImageCtrl) << pszCase;
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.pszCase);
-        const T_ImageLrg_tag& info = c.image.m_ImgInfo;
-        EXPECT_EQ(std::tuple(c.nWidth, c.nHeight, c.nPixelBytes, c.nSamples, c.nLineBytes, c.nFormat),
-                  std::tuple(info.nWidth, info.nHeight, info.nPixelBytes, info.nSamples, info.nLineBytes,
-                             info.nFormat));
-        EXPECT_EQ(std::pair(0, 0), std::pair(info.nBandLines, info.nFsize)) << "band state is taken over";
-        EXPECT_NE(nullptr, c.image.m_pImageCtrl);
-        EXPECT_NE(source.m_pImageCtrl, c.image.m_pImageCtrl);
-    }
+    expect({100, 50, 3, 3, 336, 0x1301}, CImageObj(&source), "as it is");
+    expect({100, 50, 3, 3, 336, 0x1301}, CImageObj(&source, 0, -1, 0), "nothing replaced");
+    expect({10, 20, 5, 3, 32 * 5, 0x1301}, CImageObj(&source, 10, 20, 5), "own pixel size");
+    expect({10, 50, 8, 4, 96, 0x1301}, CImageObj(&source, 10, 0, 1, 1, MM_FORMAT_RAW64, 0), "own samples");
 }
 
 TEST_F(ImageObject, CompletesAGeometryOrRefusesIt)
@@ -79,74 +68,56 @@ TEST_F(ImageObject, KeepsSettingsWithinTheirLimits)
 {
     TestImage image(Geometry(100, 1000, 8));
     image.m_ImgInfo.nBandLines = 20;
-    const struct
-    {
-        DWORD (CImageObj::*pSet)(int);
-        int nValue;
-        DWORD nResult;
-    } cases[] = {
+    const std::tuple<DWORD (CImageObj::*)(int), int, DWORD> cases[] = {
         {&CImageObj::SetFsize, 8, MM_SUCCESS},         {&CImageObj::SetFsize, 9, MM_BAD_FRAME_SIZE},
         {&CImageObj::SetFsize, -1, MM_BAD_FRAME_SIZE}, {&CImageObj::SetRatio, 0, MM_SUCCESS},
         {&CImageObj::SetRatio, -1, MM_BAD_RATIO},      {&CImageObj::SetBandHeight, 21, MM_BAD_BAND_HEIGHT},
-        {&CImageObj::SetBandHeight, 12, MM_SUCCESS},   {&CImageObj::SetBandHeight, 13, MM_BAD_BAND_HEIGHT},
-    };
-    for (const auto& c : cases)
-        EXPECT_CODE(c.nResult, (image.*c.pSet)(c.nValue)) << c.nValue;
+        {&CImageObj::SetBandHeight, 12, MM_SUCCESS},   {&CImageObj::SetBandHeight, 13, MM_BAD_BAND_HEIGHT}};
+    for (const auto& [pSet, nValue, nResult] : cases)
+        EXPECT_CODE(nResult, (image.*pSet)(nValue)) << nValue;
     EXPECT_EQ(std::pair(8, 12), std::pair(image.m_ImgInfo.nFsize, image.GetBandHeight()));
 }
 
 TEST_F(ImageObject, ChargesBandsWithTheirFrame)
 {
-    const struct
-    {
-        int nBand, nCount, nFsize, nLines, nBandLines;
-    } cases[] = {
-        {100, 2, 8, 200, 84},     {5, 1, 0, 16, 16},     {5, 1, 8, 16, 16},
-        {5000, 1, 0, 1016, 1000}, {0, 3, 8, 1016, 1000},
-    };
-    for (const auto& c : cases) {
+    // lines and count of the bands, lines of the frame; lines that are charged, and of the bands
+    const int cases[][5] = {{5, 1, 0, 16, 16},        {100, 2, 8, 200, 84}, {5, 1, 8, 16, 16},
+                            {5000, 1, 0, 1016, 1000}, {17, 1, 0, 17, 17},   {0, 3, 8, 1016, 1000}};
+    for (const auto& [nBand, nCount, nFrame, nLines, nBandLines] : cases) {
         TestImage image(Geometry(10, 1000, 8));
-        image.SetFsize(c.nFsize);
-        EXPECT_EQ(c.nLines * image.m_ImgInfo.nLineBytes, image.SetBandInfo(c.nBand, c.nCount)) << c.nBand;
-        EXPECT_EQ(c.nBandLines, image.m_ImgInfo.nBandLines) << c.nBand;
-        image.m_nAreaSize = 0; // the budget was never charged
+        image.SetFsize(nFrame);
+        EXPECT_EQ(nLines * image.m_ImgInfo.nLineBytes, image.SetBandInfo(nBand, nCount)) << nBand;
+        EXPECT_EQ(nBandLines, image.m_ImgInfo.nBandLines) << nBand;
     }
-    TestImage wide(Geometry(500000000, 1));
-    EXPECT_EQ(INT_MAX, wide.SetBandInfo(1, 10)) << "held within 32 bits";
-    wide.m_nAreaSize = 0;
+    EXPECT_EQ(INT_MAX, TestImage(Geometry(500000000, 1)).SetBandInfo(1, 10)) << "held within 32 bits";
 }
 
-namespace {
-
-void WriteLines(CImageObj& image, int nSeed)
+/// Gives the work every byte of a band's own pixels, and the value that it has in this test.
+template <class Work> static void ForEachByte(const T_ImageLrg_tag& band, int nSeed, Work work)
 {
-    T_ImageLrg_tag band{};
-    for (int nLine = 0; nLine < image.m_ImgInfo.nHeight; nLine = band.nBandBottom + 1) {
-        ASSERT_OK(image.MapBand(nLine, &band, MM_BAND_DOWNWARD, 0));
-        for (int k = 0; k < band.nBandLines; ++k)
-            for (int x = 0; x < band.nWidth * band.nPixelBytes; ++x)
-                band.pImage[k * band.nLineBytes + x] =
-                    static_cast<unsigned char>(nSeed + (nLine + k) * 7 + x);
-        ASSERT_OK(image.UnmapBand(0));
-    }
+    for (int k = 0; k < band.nBandLines; ++k)
+        for (int x = 0; x < band.nWidth * band.nPixelBytes; ++x)
+            work(band.pImage[k * band.nLineBytes + x],
+                 static_cast<unsigned char>(nSeed + (band.nBandTop + k) * 7 + x));
+}
+
+static void WriteLines(CImageObj& image, int nSeed)
+{
+    ForEachBand(image, [&](const auto& band) {
+        ForEachByte(band, nSeed, [](auto& nByte, auto nValue) { nByte = nValue; });
+    });
 }
 
 // Reads upwards in two-line ranges, so that other views than the writer's are used.
-void ExpectLines(CImageObj& image, int nSeed)
+static void ExpectLines(CImageObj& image, int nSeed)
 {
     T_ImageLrg_tag band{};
     for (int nLast = image.m_ImgInfo.nHeight - 1; nLast >= 0; nLast -= 2) {
         ASSERT_OK(image.MapBandRange(std::max(nLast - 1, 0), nLast, &band, 3));
-        for (int k = 0; k < band.nBandLines; ++k)
-            for (int x = 0; x < band.nWidth * band.nPixelBytes; ++x)
-                ASSERT_EQ(static_cast<unsigned char>(nSeed + (band.nBandTop + k) * 7 + x),
-                          band.pImage[k * band.nLineBytes + x])
-                    << "line " << band.nBandTop + k << " byte " << x;
+        ForEachByte(band, nSeed, [&](auto nByte, auto nValue) { ASSERT_EQ(nValue, nByte) << nLast; });
         ASSERT_OK(image.UnmapBand(3));
     }
 }
-
-} // namespace
 
 // One image through every state of its store: the pixels stay, and each state costs what it says.
 TEST_F(ImageObject, KeepsItsPixelsInEveryKindOfStore)
@@ -186,19 +157,16 @@ TEST_F(ImageObject, KeepsItsPixelsInEveryKindOfStore)
     EXPECT_OK(other.Destroy());
 }
 
-TEST_F(ImageObject, MovesWhatMayExistOnce)
+TEST_F(ImageObject, MovesWhatMayExistOnce) // and is given back once
 {
-    {
-        TestImage source(Geometry(10, 10)), spare(Geometry(10, 10));
-        ASSERT_CODE(MM_TOO_MANY_OUTPUTS, Step({&source}, {&spare, &spare}).Alloc());
-        CImageObj target;
-        CImageObj::ExchangeImg(&target, &source);
-        EXPECT_EQ(std::pair(1, 0), std::pair(target.m_nReserveTaken, source.m_nReserveTaken));
-        EXPECT_EQ(nullptr, target.m_pImageCtrl);
-        EXPECT_EQ(10, target.m_ImgInfo.nWidth);
-        EXPECT_EQ(0, CImageObj::AskFreeMemory());
-        spare.ExchangeImg(&target);
-        EXPECT_EQ(std::pair(1, 0), std::pair(spare.m_nReserveTaken, target.m_nReserveTaken));
-    }
-    EXPECT_EQ(100 * kMiB, CImageObj::AskFreeMemory()) << "given back once";
+    TestImage source(Geometry(10, 10)), spare(Geometry(10, 10));
+    ASSERT_CODE(MM_TOO_MANY_OUTPUTS, Step({&source}, {&spare, &spare}).Alloc());
+    CImageObj target;
+    CImageObj::ExchangeImg(&target, &source);
+    EXPECT_EQ(std::pair(1, 0), std::pair(target.m_nReserveTaken, source.m_nReserveTaken));
+    EXPECT_EQ(nullptr, target.m_pImageCtrl);
+    EXPECT_EQ(10, target.m_ImgInfo.nWidth);
+    EXPECT_EQ(0, CImageObj::AskFreeMemory());
+    spare.ExchangeImg(&target);
+    EXPECT_EQ(std::pair(1, 0), std::pair(spare.m_nReserveTaken, target.m_nReserveTaken));
 }

@@ -1,45 +1,25 @@
 // Whole images in and out through every layout, access type, line order and band height, byte for byte
 // against a picture that knows nothing of the library.
 
-#include "HostFile.h"
-#include "TestImages.h"
-
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <numeric>
-#include <tuple>
+#include "ExternalPictures.h"
+#include "ReportFiles.h"
 
 namespace {
 
 constexpr int kOwn = -1; // every sample is the picture's own
 constexpr std::size_t kHeader = MM_BITMAP_HEADER_BYTES;
-
-/// Format, samples and sample bytes of the external layouts, in the order of the host's data types.
-constexpr int kLayouts[][3] = {{0x1301, 3, 1}, {0x0401, 4, 1}, {0x1322, 3, 2}, {0x0422, 4, 2}};
-
 constexpr int kOnes[] = {0, 0xFF, 0xFFFF}; // by bytes per sample
 
-int Sample(int x, int y, int nSample, int nBytes)
-{
-    return (x * 40503 + y * 30011 + nSample * 7919 + 77) & kOnes[nBytes];
-}
-
 /// The host's file: a bitmap or raw image of samples of nDepth bytes, with nFourth for every fourth sample.
-std::string FileOf(int nType, int nDepth, int nWidth, int nHeight, int nBottomUp, int nFourth, char cPad)
+std::string FileOf(int nType, std::size_t nDepth, int nWidth, int nHeight, int nBottomUp, int nFourth,
+                   char cPad)
 {
-    const auto& [nFormat, nSamples, nSampleBytes] = kLayouts[nType];
-    std::string sLines;
-    for (int i = 0; i < nHeight; ++i) {
-        for (int n = 0; n < nWidth * nSamples; ++n) {
-            const int nOwn = Sample(n / nSamples, nBottomUp ? nHeight - 1 - i : i, n % nSamples, nDepth);
-            const int nValue = n % nSamples == 3 && nFourth != kOwn ? nFourth : nOwn;
-            sLines.append(reinterpret_cast<const char*>(&nValue), std::size_t(nSampleBytes));
-        }
-        while (nType < 2 && sLines.size() % 4 != 0)
-            sLines += cPad;
-    }
-    return nType < 2 ? "BM" + std::string(kHeader - 2, 'h') + sLines : sLines;
+    const auto value = [=](int x, int y, int n) {
+        const int nOwn = Sample(x, nBottomUp ? nHeight - 1 - y : y, n) & kOnes[nDepth];
+        return n == 3 && nFourth != kOwn ? nFourth : nOwn;
+    };
+    const std::string sHeader = nType < 2 ? "BM" + std::string(kHeader - 2, 'h') : "";
+    return sHeader + LinesOf(kLayouts[nType], nWidth, nHeight, cPad, value);
 }
 
 /// One image through the library and out again.
@@ -50,9 +30,11 @@ struct Transfer
 
     void Run(bool bWhole) const
     {
-        const int nDepth = kLayouts[nIn][2];
+        const Layout &from = kLayouts[nIn], &to = kLayouts[nOut];
+        const std::size_t nDepth = from.nSampleBytes;
         const bool bOpaque = nAlpha == 1 || (nObjectFormat >> 8 & 0xF) == 3;
-        const int nFourth = bOpaque ? kOnes[kLayouts[nOut][2]] : nIn % 2 == 1 ? kOwn : kOnes[nDepth];
+        const int nUnset = from.nSamples == 4 ? kOwn : kOnes[nDepth];
+        const int nFourth = bOpaque ? kOnes[to.nSampleBytes] : nUnset;
         const std::string sWanted = FileOf(nOut, nDepth, nWidth, nHeight, nOutBottomUp, nFourth, '\0');
         std::string sIn = FileOf(nIn, nDepth, nWidth, nHeight, nInBottomUp, kOwn, 'p');
         sIn.insert(0, nIn < 2 ? "??B" : ""); // a bitmap begins where its signature is
@@ -60,15 +42,15 @@ struct Transfer
         const HostFile in(sIn), out("");
         void* pIn = eAccess == ACS_MEMORY ? sIn.data() : in.Handle();
         void* pOut = eAccess == ACS_MEMORY ? sOut.data() : out.Handle();
-        T_ImgInf inInf{nIn > 1, eAccess, pIn, 54, nWidth, nHeight, kLayouts[nIn][0], nObjectFormat, 0};
-        T_ImgInf outInf{nOut > 1, eAccess, pOut, 0, nWidth, nHeight, nObjectFormat, kLayouts[nOut][0], 0};
+        T_ImgInf inInf{from.nFileType, eAccess, pIn, 54, nWidth, nHeight, from.nFormat, nObjectFormat, 0};
+        T_ImgInf outInf{to.nFileType, eAccess, pOut, 0, nWidth, nHeight, nObjectFormat, to.nFormat, 0};
 
         CImageObj image;
         T_ImageLrg_tag band{};
         ASSERT_OK(ImportImg(&image, &inInf, nInBottomUp, nullptr));
         EXPECT_EQ(bWhole, image.IsOnMemory() == 1);
         ASSERT_OK(image.MapBandRange(0, 0, &band, 0));
-        EXPECT_EQ(Sample(0, 0, 0, 1), int{*band.pImage}) << "the image is upside down";
+        EXPECT_EQ(Sample(0, 0, 0) & 0xFF, int{*band.pImage}) << "the image is upside down";
         EXPECT_OK(image.UnmapBand(0));
         ASSERT_OK(ExportImg(&image, &outInf, nOutBottomUp, nullptr, nAlpha));
         const std::string sGot = eAccess == ACS_MEMORY ? sOut : out.Content();
@@ -78,6 +60,25 @@ struct Transfer
         EXPECT_EQ(CImageObj::ms_ReserveMemory, CImageObj::AskFreeMemory());
     }
 };
+
+auto Fields(const T_ImgInf& inf)
+{
+    return std::tuple(inf.nFileType, inf.eAcsType, inf.hData, inf.nOffset, inf.nWidth, inf.nHeight,
+                      inf.nSrcFormat, inf.nDstFormat, inf.nLineBytes);
+}
+
+template <class Pair> void CheckParam(int nType, int nLineBytes, tag_E_ACSTYPE eAccess, int nOffset)
+{
+    SCOPED_TRACE(nType);
+    Pair pair{&pair, 1078, short(nType), 5, 6, 0, nullptr, 7, short(nType), 5, 8};
+    T_ImgInf in{9, ACS_NONE, nullptr, 9, 9, 9, 9, 9, 9}, out = in;
+    CreateParam(&pair, 11, 12, &in, &out);
+    const bool bKnown = nLineBytes != 9;
+    const int nFormat = bKnown ? kLayouts[nType].nFormat : 9, nFileType = bKnown ? nType / 2 : 9;
+    EXPECT_EQ(Fields({nFileType, eAccess, &pair, 1078, 5, 6, nFormat, 11, nLineBytes}), Fields(in));
+    EXPECT_EQ(Fields({nFileType, eAccess, nullptr, 7, 5, 8, 12, nFormat, nLineBytes}), Fields(out));
+    EXPECT_EQ(nOffset, int{pair.nOutOffset});
+}
 
 } // namespace
 
@@ -92,8 +93,7 @@ void CheckTransfers()
         for (const auto& [nIn, nObject, nOut0] : paths)
             for (const auto eAccess : {ACS_MMF, ACS_MEMORY, ACS_FILEIO})
                 for (int n = 0; n < 32; ++n) { // one bit each: samples out, alpha switch, line orders, width
-                    SCOPED_TRACE(testing::Message()
-                                 << nIn << ' ' << nObject << ' ' << eAccess << ' ' << n << bWhole);
+                    SCOPED_TRACE(testing::PrintToString(std::tuple(nIn, nObject, eAccess, n, bWhole)));
                     const int nOut = nOut0 + n / 16, nWidth = n % 2 ? 3 : 70;
                     Transfer{eAccess, nIn, nOut, nObject, nWidth, 37, n / 2 % 2, n / 4 % 2, n / 8 % 2}.Run(
                         bWhole);
@@ -139,9 +139,7 @@ TEST_F(ImportExport, WriteEachRangeToItsOwnPlace)
 TEST_F(ImportExport, PairTheBandsOfSidesThatAreGivenDifferentHeights)
 {
     const HostFile file("");
-    T_ImgInf inf{MM_FILE_BITMAP, ACS_FILEIO, file.Handle(), 0, 6000, 6000, 0x0401, 0x1301, 0};
-    CImageObjIO io;
-    ASSERT_OK(io.InitForUnify(&inf, IMG_OUTPUT, 0, 0, 0, MM_ALIGN_LINES, 1, 0));
+    HostImage io({0, ACS_FILEIO, file.Handle(), 0, 6000, 6000, 0x0401, 0x1301, 0}, IMG_OUTPUT, 1);
     TestImage image(Geometry(6000, 6000, 16, 0x0401, MM_ALIGN_LINES));
     Step step({&image}, {&io});
     ASSERT_OK(CImageObj::MemoryCalculation(&step.request, step.in.data(), step.out.data()));
@@ -157,12 +155,10 @@ TEST_F(ImportExport, PairTheBandsOfSidesThatAreGivenDifferentHeights)
 TEST_F(ImportExport, ExportTheAskedPartOfAnObjectOfAnyGeometry)
 {
     TestImage image(Geometry(5, 4, 1, 0x0422)); // lines of 7 pixels
-    Step step({&image}, {});
-    ASSERT_OK(step.Alloc());
+    ASSERT_OK(Step({&image}, {}).Alloc());
     T_ImageLrg_tag band{};
     ASSERT_OK(image.MapBandRange(0, 3, &band, 0));
-    for (int i = 0; i < 3 * 56; ++i)
-        band.pImage[i] = static_cast<unsigned char>(i);
+    std::iota(band.pImage, band.pImage + 3 * 56, 0);
     std::string sBlock(2 * 24, '\0');
     T_ImgInf inf{MM_FILE_RAW, ACS_MEMORY, sBlock.data(), 0, 3, 2, 0, 0x0422, 0}; // its source is the object
     ASSERT_OK(ExportImg(&image, &inf, 0, nullptr, 0));
@@ -174,9 +170,7 @@ TEST_F(ImportExport, ConvertIntoTheWorkBufferOnlyWhatItHolds)
 {
     const std::string sFile = FileOf(3, 2, 4, 40, 0, kOwn, '\0'); // lines of 32 bytes, 320 in the object
     const HostFile file(sFile);
-    T_ImgInf inf{MM_FILE_RAW, ACS_FILEIO, file.Handle(), 0, 4, 40, 0x0422, 0x0422, 0};
-    CImageObjIO io;
-    ASSERT_OK(io.InitForUnify(&inf, IMG_INPUT, 0, 0, 0, MM_ALIGN_LINES, 0, 1));
+    HostImage io({1, ACS_FILEIO, file.Handle(), 0, 4, 40, 0x0422, 0x0422, 0}, IMG_INPUT, 0, 1);
     ASSERT_OK(io.Create(1 << 20, 40 * 352, 1)); // 1280 bytes of work buffer: four lines of the object
     const char* pWork = reinterpret_cast<char*>(static_cast<CImageCtrlIO*>(io.m_pImageCtrl)->GetTMPBuf(0));
     io.m_ImgInfoIO.nBandLines = 1; // it holds no less for that
@@ -192,9 +186,7 @@ TEST_F(ImportExport, ConvertIntoTheWorkBufferOnlyWhatItHolds)
 TEST_F(ImportExport, WriteTheBandOnLoanWhateverWasMappedBefore)
 {
     const HostFile file("");
-    T_ImgInf inf{MM_FILE_RAW, ACS_FILEIO, file.Handle(), 0, 1, 20, 0x0422, 0x0422, 0};
-    CImageObjIO io;
-    ASSERT_OK(io.InitForUnify(&inf, IMG_OUTPUT, 0, 0, 0, MM_ALIGN_LINES, 0, 0));
+    HostImage io({1, ACS_FILEIO, file.Handle(), 0, 1, 20, 0x0422, 0x0422, 0}, IMG_OUTPUT);
     io.SetAlpha(0);
     ASSERT_OK(io.Create(1 << 20, 10 * 8, 1));
     io.m_ImgInfoIO.nBandLines = 10;
@@ -240,29 +232,20 @@ TEST_F(ImportExport, PushEndEntriesOnSuccessOnly)
 
 TEST_F(ImportExport, FailWithoutLosingTrackOfTheImage)
 {
-    const auto folder = std::filesystem::temp_directory_path() / "import_export_log";
-    SetErrLogPath((folder / "").string().c_str());
+    const RunFolder folder;
+    SetErrLogPath("log\\");
     const HostFile empty(""), noise(std::string(500, 'B')), shortFile(std::string(47, 'x'));
-    void *hEmpty = empty.Handle(), *hNoise = noise.Handle(), *hShort = shortFile.Handle();
+    void *hOut = empty.Handle(), *hNoise = noise.Handle(), *hShort = shortFile.Handle();
     void* hNone = reinterpret_cast<void*>(std::intptr_t{-1});
     // whether it is the import; what the object holds afterwards
     const std::tuple<const char*, bool, T_ImgInf, DWORD, bool> cases[] = {
         {"no signature", true, {0, ACS_FILEIO, hNoise, 0, 2, 3, 0x1301, 0x0401, 0}, MM_FILE_ACCESS, false},
         {"short file", true, {1, ACS_FILEIO, hShort, 0, 2, 3, 0x0422, 0x0422, 0}, MM_FILE_ACCESS, false},
         {"short mapping", true, {1, ACS_MMF, hShort, 0, 2, 3, 0x0422, 0x0422, 0}, MM_FILE_ACCESS, false},
-        {"too large",
-         false,
-         {0, ACS_FILEIO, hEmpty, 0, 40000, 40000, 0x401, 0x401, 0},
-         MM_BAD_ARGUMENT,
-         true},
-        {"past the object", false, {1, ACS_FILEIO, hEmpty, 0, 3, 3, 0x422, 0x422, 0}, MM_BAD_ARGUMENT, true},
+        {"too large", false, {0, ACS_FILEIO, hOut, 0, 40000, 40000, 0x401, 0x401, 0}, MM_BAD_ARGUMENT, true},
+        {"past the object", false, {1, ACS_FILEIO, hOut, 0, 3, 3, 0x422, 0x422, 0}, MM_BAD_ARGUMENT, true},
         {"no header", false, {0, ACS_FILEIO, hNone, 0, 2, 3, 0x0422, 0x1301, 0}, MM_FILE_ACCESS, true},
-        {"not to be planned",
-         false,
-         {1, ACS_NONE, hNone, 0, 2, 3, 0x0422, 0x0422, 0},
-         MM_UNKNOWN_MODE,
-         false},
-    };
+        {"not planned", false, {1, ACS_NONE, hNone, 0, 2, 3, 0x0422, 0x0422, 0}, MM_UNKNOWN_MODE, false}};
     std::string sBlock(48, 'x');
     T_ImgInf first{MM_FILE_RAW, ACS_MEMORY, sBlock.data(), 0, 2, 3, 0x0422, 0x0422, 0};
     for (auto [pszCase, bImport, inf, nResult, bKept] : cases) {
@@ -276,37 +259,11 @@ TEST_F(ImportExport, FailWithoutLosingTrackOfTheImage)
         Reset();
     }
     EXPECT_EQ("", empty.Content());
-    std::ifstream log(folder / "FileAccessErrorLog.txt");
-    const std::string sLog{std::istreambuf_iterator<char>(log), {}};
-    log.close();
+    const std::string sLog = FileBytes("log/FileAccessErrorLog.txt");
     EXPECT_NE(std::string::npos, sLog.find("MemoryManager/CImageObjIO(189):LastError="));
     EXPECT_NE(std::string::npos, sLog.find("MemoryManager/CImageObjIO(199):LastError="));
-    std::filesystem::remove_all(folder);
     SetErrLogPath("..\\logdata\\");
 }
-
-namespace {
-
-auto Fields(const T_ImgInf& inf)
-{
-    return std::tuple(inf.nFileType, inf.eAcsType, inf.hData, inf.nOffset, inf.nWidth, inf.nHeight,
-                      inf.nSrcFormat, inf.nDstFormat, inf.nLineBytes);
-}
-
-template <class Pair> void CheckParam(int nType, int nLineBytes, tag_E_ACSTYPE eAccess, int nOffset)
-{
-    SCOPED_TRACE(nType);
-    Pair pair{&pair, 1078, short(nType), 5, 6, 0, nullptr, 7, short(nType), 5, 8};
-    T_ImgInf in{9, ACS_NONE, nullptr, 9, 9, 9, 9, 9, 9}, out = in;
-    CreateParam(&pair, 11, 12, &in, &out);
-    const bool bKnown = nLineBytes != 9;
-    const int nFormat = bKnown ? kLayouts[nType][0] : 9, nFileType = bKnown ? nType / 2 : 9;
-    EXPECT_EQ(Fields({nFileType, eAccess, &pair, 1078, 5, 6, nFormat, 11, nLineBytes}), Fields(in));
-    EXPECT_EQ(Fields({nFileType, eAccess, nullptr, 7, 5, 8, 12, nFormat, nLineBytes}), Fields(out));
-    EXPECT_EQ(nOffset, int{pair.nOutOffset});
-}
-
-} // namespace
 
 TEST(CreateParam, LeavesUnknownTypesAloneAndTellsWhereABlocksPixelsWillStart)
 {

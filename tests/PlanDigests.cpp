@@ -4,36 +4,25 @@
 #include "ReportFiles.h"
 #include "TestImages.h"
 
-#include <cstdlib>
-#include <sstream>
-
 namespace {
 
 constexpr int kFormats[] = {MM_FORMAT_BGR24, MM_FORMAT_BGRA32, MM_FORMAT_RAW48, MM_FORMAT_RAW64};
 
-/// FNV-1a of 64 bits.
-struct Digest
-{
-    std::uint64_t nHash = 0xCBF29CE484222325;
-
-    void Add(std::int64_t nNumber)
-    {
-        for (int i = 0; i < 64; i += 8)
-            nHash = (nHash ^ (static_cast<std::uint64_t>(nNumber) >> i & 0xFF)) * 0x100000001B3;
-    }
-};
-
-/// Of steps with images of all sizes up to 2 GiB.
+/// The FNV-1a digest of 64 bits of steps with images of all sizes up to 2 GiB.
 std::uint64_t PlansWithin(int nMiB)
 {
-    Digest digest;
+    std::uint64_t nHash = 0xCBF29CE484222325;
+    const auto add = [&](std::int64_t nNumber) {
+        for (int i = 0; i < 64; i += 8)
+            nHash = (nHash ^ (static_cast<std::uint64_t>(nNumber) >> i & 0xFF)) * 0x100000001B3;
+    };
     std::mt19937 random{unsigned(nMiB)};
     const auto pick = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
     for (int i = 0; i < 3000; ++i) {
         CImageObj::ms_nOnMemory = i / 2 % 2 * 12 * kMiB;
         CImageObj::ms_MinBand = 16 + i % 40;
         CImageObj::InitBaseMemory(nMiB * kMiB, 32 * kMiB);
-        std::vector<std::unique_ptr<TestImage>> images;
+        std::list<TestImage> images;
         std::vector<CImageObj*> list;
         for (int n = 2 + pick(3); n > 0; --n) {
             // Every other step has round numbers, whose quotients are whole but for the rounding.
@@ -41,19 +30,18 @@ std::uint64_t PlansWithin(int nMiB)
             const int shape[] = {bRound ? 256 << pick(5) : 1 + pick(12000), 1 + pick(20000),
                                  bRound ? 0 : pick(17), bRound ? 1 : pick(4), pick(3)}; // in this order
             const auto& [nWidth, nHeight, nMargin, nType, nAlign] = shape;
-            images.emplace_back(new TestImage(Geometry(nWidth, nHeight, nMargin, kFormats[nType], nAlign)));
-            list.push_back(images.back().get());
+            list.push_back(&images.emplace_back(Geometry(nWidth, nHeight, nMargin, kFormats[nType], nAlign)));
             list.back()->SetFsize(pick(nMargin + 1));
             list.back()->SetRatio(bRound ? 50 * (1 + pick(4)) : 1 + pick(400));
         }
         tag_MemAlloc request{int(list.size()) - 1, 1, 0, 1 + i % 3};
-        digest.Add(CImageObj::MemoryCalculation(&request, list.data(), &list.back()));
+        add(CImageObj::MemoryCalculation(&request, list.data(), &list.back()));
         for (CImageObj* pImage : list)
             for (const int n : {pImage->m_ImgInfo.nBandLines, int{pImage->m_nAreaSize}, pImage->IsOnMemory()})
-                digest.Add(n);
-        digest.Add(CImageObj::AskFreeMemory());
+                add(n);
+        add(CImageObj::AskFreeMemory());
     }
-    return digest.nHash;
+    return nHash;
 }
 
 } // namespace

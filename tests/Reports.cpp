@@ -3,10 +3,6 @@
 #include "ReportFiles.h"
 #include "TestImages.h"
 
-#include <climits>
-#include <map>
-#include <thread>
-
 using Reports = BudgetTest;
 
 TEST_F(Reports, NameTheMostSpecificFieldThatIsKnown)

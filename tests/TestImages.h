@@ -5,11 +5,6 @@
 
 #include "MemoryManager/MemoryManager.h"
 
-#include <cstdint>
-#include <initializer_list>
-#include <utility>
-#include <vector>
-
 constexpr LONG kMiB = 1 << 20;
 
 inline T_ImageLrg_tag Geometry(int nWidth, int nHeight, int nMargin = 0, int nFormat = MM_FORMAT_BGRA32,
@@ -32,6 +27,15 @@ public:
     explicit TestImage(T_ImageLrg_tag info) { EXPECT_OK(SetImageInfo(&info)); }
 };
 
+/// An I/O object over a file or block of the host.
+struct HostImage : CImageObjIO
+{
+    HostImage(T_ImgInf inf, tag_E_IMGTYPE eRole, int nBottomUp = 0, int nTmpBufMode = 0)
+    {
+        EXPECT_OK(InitForUnify(&inf, eRole, 0, 0, 0, MM_ALIGN_LINES, nBottomUp, nTmpBufMode));
+    }
+};
+
 /// The bytes of an image that is whole.
 inline unsigned char* BufferOf(CImageObj& image)
 {
@@ -42,15 +46,13 @@ inline unsigned char* BufferOf(CImageObj& image)
 struct Step
 {
     std::vector<CImageObj*> in, out, tmp;
-    tag_MemAlloc request{};
+    tag_MemAlloc request;
 
     Step(std::vector<CImageObj*> inputs, std::vector<CImageObj*> outputs,
          std::vector<CImageObj*> temporaries = {})
-        : in(std::move(inputs)), out(std::move(outputs)), tmp(std::move(temporaries))
+        : in(std::move(inputs)), out(std::move(outputs)),
+          tmp(std::move(temporaries)), request{int(in.size()), int(out.size()), int(tmp.size())}
     {
-        request.nInCnt = int(in.size());
-        request.nOutCnt = int(out.size());
-        request.nTmpCnt = int(tmp.size());
     }
     DWORD Alloc()
     {
@@ -58,7 +60,20 @@ struct Step
     }
 };
 
-/// Starts every test with a budget of 100 MiB and gives the statics back as the library loads them.
+/// Gives the image's bands to the work, from the top down.
+template <class Work> void ForEachBand(CImageObj& image, Work work)
+{
+    T_ImageLrg_tag band{};
+    for (int nLine = 0; nLine < image.m_ImgInfo.nHeight; nLine = band.nBandBottom + 1) {
+        ASSERT_OK(image.MapBand(nLine, &band, MM_BAND_DOWNWARD, 0));
+        ASSERT_EQ(nLine, band.nBandTop);
+        ASSERT_NO_FATAL_FAILURE(work(band));
+        ASSERT_OK(image.UnmapBand(0));
+    }
+}
+
+/// Starts every test with a budget of 100 MiB, expects all charges back at its end, and gives the statics
+/// back as the library loads them.
 class BudgetTest : public testing::Test
 {
 public:
@@ -79,7 +94,11 @@ public:
 
 protected:
     BudgetTest() { Reset(); }
-    ~BudgetTest() override { Reset(); }
+    ~BudgetTest() override
+    {
+        EXPECT_EQ(CImageObj::ms_ReserveMemory, CImageObj::AskFreeMemory()) << "charged for good";
+        Reset();
+    }
 };
 
 // Every byte that bands, blocks, frames and transfers move, against its reference; done at high addresses

@@ -1,22 +1,16 @@
 // Setting unit objects up and sending images through them: band heights against a search line by line,
 // headers, refusals before anything is written, and duplication over every way to a file or block.
 
-#include "HostFile.h"
-#include "TestImages.h"
-
-#include <cstring>
-#include <numeric>
-#include <random>
+#include "ExternalPictures.h"
 
 namespace {
 
 constexpr tag_E_ACSTYPE kAccesses[] = {ACS_MMF, ACS_MEMORY, ACS_FILEIO};
-constexpr int kFormats[] = {0x1301, 0x0401, 0x1322, 0x0422}; // by data type: bitmaps, then raw images
 
 /// An external image of one of the host's data types.
 T_ImgInf Image(int nType, tag_E_ACSTYPE eAccess, void* pData, int nWidth, int nHeight)
 {
-    const int nFormat = kFormats[nType], nUnit = nType == 0 ? 4 : 1;
+    const int nFormat = kLayouts[nType].nFormat, nUnit = nType == 0 ? 4 : 1;
     const std::int64_t nPixels = std::int64_t{nWidth} * (nType % 2 + 3) * (nType / 2 + 1);
     const int nLineBytes = static_cast<int>((nPixels + nUnit - 1) / nUnit * nUnit);
     return {nType / 2, eAccess, pData, 0, nWidth, nHeight, nFormat, nFormat, nLineBytes};
@@ -71,6 +65,7 @@ TEST_F(UnitImport, GivesBandsAllLinesThatFit)
         ASSERT_EQ(bWhole ? std::pair(nHeight, nOutHeight) : std::pair(n * nIn, n * nOut),
                   std::pair(image.m_nUnitBandHeight, other.m_ImgInfo.nBandLines));
     }
+    Reset();
 }
 
 TEST_F(UnitImport, WritesTheHeaderAndReadsBehindTheSourcesOwn)
@@ -128,8 +123,7 @@ TEST_F(UnitImport, DuplicatesBetweenObjectsAndLeavesNothingMapped)
     EXPECT_EQ(sSource, sBlock);
     EXPECT_OK(writer.SetBandHeight(1));
     EXPECT_CODE(MM_BAD_ARGUMENT, DuplicateImageForUnit(&writer, &reader)) << "bands of 4 lines and of 1";
-    EXPECT_EQ(nullptr, reader.m_ImgInfo.pBase);
-    EXPECT_EQ(nullptr, writer.m_ImgInfo.pBase);
+    EXPECT_TRUE(!reader.m_ImgInfo.pBase && !writer.m_ImgInfo.pBase);
     EXPECT_EQ(100 * kMiB, CImageObj::AskFreeMemory());
 
     in = Image(0, ACS_MEMORY, nullptr, 10, 100), out = Image(1, ACS_MEMORY, sBlock.data(), 30, 300);
@@ -168,12 +162,9 @@ TEST_F(UnitImport, RefusesBeforeAnythingIsWritten)
             EXPECT_CODE(MM_BAD_ARGUMENT, ImportImgForUnit(&image, &in, &out, 0, nullptr, nAlign, 0));
             EXPECT_EQ("", result.Content());
             EXPECT_CODE(nPair, ImportImgForUnitEnLarge(&other, &out, &image, &in, 0, nullptr, 0));
-            if (nPair != MM_SUCCESS) {
-                EXPECT_EQ("", result.Content());
-            }
+            EXPECT_TRUE(nPair == MM_SUCCESS || result.Content().empty());
             EXPECT_OK(ImportImgForUnitJudge(&image, &in, 0, nullptr, 0));
             const bool bBadSource = nPair != MM_SUCCESS && nOut != 1;
-            EXPECT_EQ(bBadSource, image.MapBandRange(0, 0, &band, 0) != MM_SUCCESS)
-                << "only a source is judged";
+            EXPECT_EQ(bBadSource, image.MapBandRange(0, 0, &band, 0) != MM_SUCCESS) << "judges the source";
         }
 }
