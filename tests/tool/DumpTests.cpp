@@ -38,12 +38,8 @@ TEST_F(Tool, DumpsItsObjectsAndDoesTheSame)
         EXPECT_EQ((Names{"in", "out"}), Files()) << "the job is not done";
 
         Remove("out");
-        bool bSent = false;
-        const Outcome ended = Start(Program(szJob + "--dump d"), [&](pid_t nChild) {
-            if (!bSent && Exists("d/input.bmp"))
-                bSent = kill(nChild, SIGINT) == 0;
-        });
-        EXPECT_EQ(130, ended.nStatus);
+        const Look fnInterrupt = Signal(SIGINT, [this] { return Exists("d/input.bmp"); });
+        EXPECT_EQ(130, Run(szJob + "--dump d", fnInterrupt).nStatus);
         EXPECT_THAT(dumps, testing::IsSupersetOf(Files("d"))) << "half a dump is left";
         Remove("d");
         EXPECT_EQ(Names{"in"}, Files()) << "left by the interrupted run";

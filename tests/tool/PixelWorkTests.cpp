@@ -1,25 +1,11 @@
 // Filtered and enlarged pictures, against slow filters and enlargements of whole pictures.
 
+#include "Choices.h"
 #include "ToolFixture.h"
 
 #include <cmath>
 
 namespace {
-
-/// Choices that a test makes: the same in every run.
-struct Choices
-{
-    std::mt19937 random;
-
-    int Number(int nFirst, int nLast)
-    {
-        return nFirst + static_cast<int>(random() >> 8) % (nLast - nFirst + 1);
-    }
-    template <class Values> auto Of(const Values& values)
-    {
-        return values[static_cast<std::size_t>(Number(0, static_cast<int>(std::size(values)) - 1))];
-    }
-};
 
 constexpr std::pair<int, int> kSizes[] = {{1, 1}, {1, 40},  {40, 1},   {3, 5},
                                           {2, 7}, {33, 19}, {300, 21}, {9, 70}};

@@ -1,23 +1,27 @@
-// Reports of runs: their numbers against the planner's, against each other, and when something fails.
+// Reports of runs: their numbers against the planner's, against each other, when something fails, and on a
+// page in a browser.
 
 #include "ToolFixture.h"
 
-namespace {
+#include <numeric>
 
-using Json = nlohmann::ordered_json;
+namespace {
 
 constexpr int kLine = 5412, kHeight = 1905; // of a bgr24 bitmap 1803 pixels wide
 
 using Reports = Tool;
 constexpr const char* kMake = "make in.bmp --size 1803x1905 --pattern gradient --budget 12M";
 
+int Sum(const Json& items, const char* pszKey)
+{
+    return std::accumulate(items.begin(), items.end(), 0,
+                           [&](int nSum, const Json& item) { return nSum + item[pszKey].get<int>(); });
+}
+
 TEST_F(Reports, AddUpToWhatThePlannerCharged)
 {
-    const struct
-    {
-        const char* pszJob;
-        int nFrame, nFactor, nOutLine;
-    } cases[] = {
+    // frame, factor, bytes of an output's line
+    const std::tuple<string, int, int, int> cases[] = {
         {kMake, 0, 1, kLine},
         {"convert in.bmp out.raw --budget 40M", 0, 1, 2 * 5409},
         {"convert in.bmp out.raw --budget 14M --scheme whole", 0, 1, 2 * 5409},
@@ -28,26 +32,22 @@ TEST_F(Reports, AddUpToWhatThePlannerCharged)
         {"enlarge in.bmp out.bmp --op nearest --factor 2 --band-cap 1M", 0, 2, 10820},
         {"enlarge in.bmp out.bmp --factor 2 --scheme whole", 0, 2, 10820},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.pszJob);
-        const Json printed = Json::parse(Run(c.pszJob + string(" --json --report r.json")).szOut);
-        const Json report = Json::parse(Load("r.json")), &steps = report["steps"], &tables = report["tables"];
+    for (const auto& [szJob, nFrame, nFactor, nOutLine] : cases) {
+        SCOPED_TRACE(szJob);
+        const Json printed = RunJson(szJob + " --report r.json"), report = LoadJson("r.json");
+        const Json &steps = report["steps"], &tables = report["tables"];
         EXPECT_EQ(printed["steps"], steps);
         const int nBudget = report["settings"]["budget_bytes"];
         std::vector<int> charged, seen;
         for (std::size_t i = 0; i < steps.size(); ++i) {
             const Json& keys = tables["memory"][i]["keys"]; // the last three: images, work, left
-            charged.push_back(0);
-            for (const Json& image : steps[i]["images"])
-                charged.back() += image["charged_bytes"].get<int>();
+            charged.push_back(Sum(steps[i]["images"], "charged_bytes"));
             EXPECT_EQ(charged.back(), steps[i]["budget_used_bytes"]);
             EXPECT_EQ(std::to_string(charged.back()), keys[keys.size() - 3]["value"]);
             EXPECT_EQ(std::to_string(nBudget - charged.back()), keys.back()["value"]);
         }
         for (const Json& sample : report["budget_over_time"]) {
-            seen.push_back(0);
-            for (const Json& image : sample["charged"])
-                seen.back() += image["bytes"].get<int>();
+            seen.push_back(Sum(sample["charged"], "bytes"));
             EXPECT_EQ(nBudget - seen.back(), sample["free_bytes"]);
             EXPECT_EQ(string::npos, sample.dump().find("other")) << "nobody's memory";
         }
@@ -57,8 +57,8 @@ TEST_F(Reports, AddUpToWhatThePlannerCharged)
             EXPECT_EQ(*std::max_element(seen.begin(), seen.end()), nPeak);
         std::map<const Json*, std::set<int>> ends;
         for (const Json& band : report["bands"]) {
-            const Json& image =
-                steps[band["step"].get<std::size_t>()]["images"][band["image"].get<std::size_t>()];
+            const Json &images = steps.at(band["step"].get<std::size_t>())["images"],
+                       &image = images.at(band["image"].get<std::size_t>());
             EXPECT_EQ(image["frame"], band["frame"]);
             ends[&image].insert({band["top"].get<int>(), band["bottom"].get<int>()});
         }
@@ -67,13 +67,13 @@ TEST_F(Reports, AddUpToWhatThePlannerCharged)
             EXPECT_EQ((*pImage)["height"], *lines.rbegin() - *lines.begin() + 1);
         }
         const bool bUnit = printed.value("scheme", "") == "unit";
-        const int nBand = steps[0]["images"].back()["band_lines"], nAll = kHeight * c.nFactor;
+        const int nBand = steps[0]["images"].back()["band_lines"], nAll = kHeight * nFactor;
         int nLines = bUnit ? 0 : kHeight; // of the source, which a unit band is made from with its frame
         for (int nTop = 0; bUnit && nTop < nAll; nTop += nBand)
-            nLines += std::min((std::min(nTop + nBand, nAll) - 1) / c.nFactor + c.nFrame, kHeight - 1) -
-                      std::max(nTop / c.nFactor - c.nFrame, 0) + 1;
+            nLines += std::min((std::min(nTop + nBand, nAll) - 1) / nFactor + nFrame, kHeight - 1) -
+                      std::max(nTop / nFactor - nFrame, 0) + 1;
         EXPECT_EQ(printed["command"] == "make" ? 0 : kLine * nLines, report["traffic"]["read_bytes"]);
-        EXPECT_EQ(c.nOutLine * kHeight * c.nFactor, report["traffic"]["written_bytes"]);
+        EXPECT_EQ(nOutLine * kHeight * nFactor, report["traffic"]["written_bytes"]);
         EXPECT_EQ(report["temporary_bytes"], report["traffic"]["spilled_bytes"]) << "all live together once";
     }
 }
@@ -81,7 +81,7 @@ TEST_F(Reports, AddUpToWhatThePlannerCharged)
 TEST_F(Reports, ShowTheSameTablesAsTextAndAsData)
 {
     Run(kMake + string(" --report r.json --report r.txt"));
-    const Json tables = Json::parse(Load("r.json"))["tables"];
+    const Json tables = LoadJson("r.json")["tables"];
     string szWanted = "\t=\t" + tables["maximum_bytes"].dump() + "\t", szText = Load("r.txt");
     for (const char* pszTable : {"memory", "threads", "mappings"})
         for (const Json& section : tables[pszTable])
@@ -97,9 +97,9 @@ TEST_F(ToolOnPosix, TellsInAReportHowFarAFailedJobCame)
 {
     Run(kMake);
     // The output and the first temporary file fit below the limit; the larger one does not.
-    Start(Program("enlarge in.bmp out.bmp --factor 2 --scheme whole --budget 12M --report r.json"), nullptr,
-          88000 * 512);
-    const Json report = Json::parse(Load("r.json")), &steps = report["steps"];
+    Run("enlarge in.bmp out.bmp --factor 2 --scheme whole --budget 12M --report r.json", nullptr,
+        88000 * 512);
+    const Json report = LoadJson("r.json"), &steps = report["steps"];
     EXPECT_THAT(report["error"]["message"], HasSubstr("ulimit -f"));
     EXPECT_FALSE(report.contains("file"));
     EXPECT_FALSE(steps[0].contains("unfinished"));
@@ -111,21 +111,28 @@ TEST_F(ToolOnPosix, TellsInAReportHowFarAFailedJobCame)
     EXPECT_EQ("other", lost[0]["image"]) << "charges of a failed planning are hidden";
 }
 
-TEST_F(Reports, NeverDecideHowAJobEnds)
+TEST_F(Reports, ArePagesWithTheNumbersOfTheRunReadable)
 {
-    Save("a.json", Encode(RandomPicture(kLayouts[0], 5, 4)));
-    ExpectMessages("reports.txt", "", [this](const Outcome& outcome) {
-        EXPECT_EQ((outcome.nStatus == 0 ? Names{"a.json", "out.bmp"} : Names{"a.json"}), Files());
-        Remove("out.bmp");
-    });
-}
-
-TEST_F(ToolOnPosix, WritesAReportWholeOrNotAtAll)
-{
-    const Outcome outcome = Start(Program("make a.bmp --size 2x2 --report r.html"), nullptr, 512);
-    EXPECT_EQ(0, outcome.nStatus);
-    EXPECT_THAT(outcome.szErr, HasSubstr("r.html: cannot be written: File too large"));
-    EXPECT_EQ(Names{"a.bmp"}, Files());
+    if (access("/usr/bin/chromium", X_OK) != 0)
+        GTEST_SKIP() << "there is no browser here";
+    Run("make in.bmp --size 2100x1700");
+    Json runs;
+    for (const char* pszRun :
+         {kWindowsProgram ? "filter in.bmp 'R&D 写真.bmp' --op gauss --scheme whole --budget 12M"
+                          : "filter in.bmp '<b>\"R&D\" 写真.bmp' --op gauss --scheme whole --budget 12M",
+          "convert in.bmp unit.raw --turn --budget 12M", "convert in.bmp no/such/out.bmp",
+          "plan --in 60000x2000:bgr24+60 --maps 10 --out 6000x4000:bgr24 --min-band 200 --budget 12M"}) {
+        Run(pszRun + string(" --report r.html --report r.json --report r.txt"));
+        runs.push_back({{"page", Load("r.html")}, {"report", LoadJson("r.json")}, {"tables", Load("r.txt")}});
+    }
+    Save("frames.html", "<!DOCTYPE html><meta charset='utf-8'><pre></pre><script>const runs = " +
+                            runs.dump() + ";" + Load(MEASURE_PAGE) + "</script>");
+    const string szDom = Start(Words("chromium --headless=new --no-sandbox --disable-gpu "
+                                     "--disable-dev-shm-usage --dump-dom --user-data-dir=" +
+                                     m_szFolder + "/browser file://" + At("frames.html")))
+                             .szOut;
+    EXPECT_THAT(szDom, HasSubstr("<pre>24 looks: no faults</pre>"))
+        << "four runs, three widths, light and dark";
 }
 
 } // namespace

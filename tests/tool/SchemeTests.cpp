@@ -9,25 +9,16 @@ constexpr bool kSanitized = IMGBAND_IS_SANITIZED; // the program, not this one
 class Schemes : public Tool
 {
 protected:
-    /// A bitmap of zeros, 24 bits a pixel and without padding, that takes no room on the disk.
-    void SaveSparse(const string& szName, int nWidth, int nHeight) const
-    {
-        string szHeader = Encode({kLayouts[0], 4, 1, std::vector<unsigned>(12)}).substr(0, 54), szSize;
-        Put(szSize, static_cast<unsigned>(nWidth), 4);
-        Put(szSize, static_cast<unsigned>(nHeight), 4);
-        Save(szName, szHeader.replace(18, 8, szSize));
-        std::filesystem::resize_file(At(szName), 54 + 3 * std::uintmax_t(nWidth) * std::uintmax_t(nHeight));
-    }
-    void Patch(const string& szName, std::int64_t nAt, const string& szBytes) const
+    void Patch(const string& szName, std::uint64_t nAt, const string& szBytes) const
     {
         std::fstream file(At(szName), std::ios::in | std::ios::out | std::ios::binary);
-        file.seekp(nAt);
+        file.seekp(std::streamoff(nAt));
         file << szBytes;
     }
-    string Bytes(const string& szName, std::int64_t nAt, std::size_t nBytes) const
+    string Bytes(const string& szName, std::uint64_t nAt, std::size_t nBytes) const
     {
         std::ifstream file(At(szName), std::ios::binary);
-        file.seekg(nAt);
+        file.seekg(std::streamoff(nAt));
         string szBytes(nBytes, '?');
         file.read(szBytes.data(), static_cast<std::streamsize>(nBytes));
         return szBytes;
@@ -36,7 +27,7 @@ protected:
     bool HasOutput() const
     {
         std::error_code gone; // its size is the largest number then
-        for (const auto& entry : std::filesystem::directory_iterator(At(".")))
+        for (const auto& entry : fs::directory_iterator(At(".")))
             if (entry.path().filename().string().starts_with(".imgband-") && entry.file_size(gone) + 1 > 55)
                 return true;
         return false;
@@ -45,13 +36,15 @@ protected:
 
 using SchemesOnPosix = Schemes;
 
+constexpr const char* kSlowJob = "filter in.bmp out.bmp --op gauss --radius 16 --threads 1 --budget 12M";
+
 /// What a plan tells: everything but times, memory and results.
-nlohmann::json Plan(const string& szJson)
+Json Plan(const Json& whole)
 {
-    nlohmann::json whole = nlohmann::json::parse(szJson), plan;
+    Json plan;
     for (const char* pszKey : {"scheme", "temporary_bytes", "peak_budget_bytes", "settings"})
         plan[pszKey] = whole.at(pszKey);
-    for (const auto& step : whole.at("steps"))
+    for (const Json& step : whole.at("steps"))
         plan["steps"].push_back({step.at("step"), step.at("images")});
     return plan;
 }
@@ -59,34 +52,28 @@ nlohmann::json Plan(const string& szJson)
 TEST_F(Schemes, DoWhatTheyPlanWithTheSameBytes)
 {
     // Just too large to be held in memory without need.
-    const struct
-    {
-        const char *pszJob, *pszFrom, *pszSize;
-    } cases[] = {{"convert --to raw48 --range keep", "bgr24", "1803x1905"},
-                 {"convert --to bgr24 --turn", "raw64", "1203x1401"},
-                 {"filter --op box --frame #102030", "bgr24", "1803x1905"},
-                 {"enlarge --factor 2", "raw64", "1203x1401"}};
+    const char* cases[][3] = {{"convert --to raw48 --range keep", "bgr24", "1803x1905"},
+                              {"convert --to bgr24 --turn", "raw64", "1203x1401"},
+                              {"filter --op box --frame #102030", "bgr24", "1803x1905"},
+                              {"enlarge --factor 2", "raw64", "1203x1401"}};
     const char* accesses[] = {"file", "memory", "mmap"};
     const int budgets[] = {12, 18, 40, 100};
     string szFirst; // of a job's outputs
     for (int i = 0; i < 24; ++i) {
-        const auto& c = cases[i / 6];
-        const bool bUnit = i % 2 == 1;
-        const string szArguments = fmt::format(
-            "{} in out --from {} --size {} --json --scheme {} --access {} --budget {}M", c.pszJob, c.pszFrom,
-            c.pszSize, bUnit ? "unit" : "whole", accesses[i % 3], budgets[(i / 2 + i / 6) % 4]);
+        const auto [pszJob, pszFrom, pszSize] = cases[i / 6];
+        const string szScheme = i % 2 == 1 ? "unit" : "whole";
+        const string szArguments =
+            fmt::format("{} in out --from {} --size {} --scheme {} --access {} --budget {}M", pszJob, pszFrom,
+                        pszSize, szScheme, accesses[i % 3], budgets[(i / 2 + i / 6) % 4]);
         SCOPED_TRACE(szArguments);
         Remove("out");
-        Run(fmt::format("make in --size {} --to {} --pattern gradient", c.pszSize, c.pszFrom));
-        const Outcome planned = Run(szArguments + " --plan");
-        ASSERT_EQ(0, planned.nStatus) << planned.szErr;
+        Run(fmt::format("make in --size {} --to {} --pattern gradient", pszSize, pszFrom));
+        const Json planned = Plan(RunJson(szArguments + " --plan"));
         EXPECT_EQ(Names{"in"}, Files()) << "planning leaves something";
-        const Outcome run = Run(szArguments);
-        ASSERT_EQ(0, run.nStatus) << run.szErr;
-        EXPECT_EQ(Plan(planned.szOut), Plan(run.szOut));
-        EXPECT_EQ(bUnit ? "unit" : "whole", Plan(run.szOut)["scheme"]);
-        if (bUnit) {
-            EXPECT_LE(Plan(run.szOut)["peak_budget_bytes"], Plan(run.szOut)["settings"]["budget_bytes"]);
+        EXPECT_EQ(planned, Plan(RunJson(szArguments)));
+        EXPECT_EQ(szScheme, planned["scheme"]);
+        if (szScheme == "unit") {
+            EXPECT_LE(planned["peak_budget_bytes"], planned["settings"]["budget_bytes"]);
         }
         szFirst = i % 6 == 0 ? Load("out") : szFirst;
         EXPECT_TRUE(SameBytes(szFirst, Load("out")));
@@ -96,9 +83,9 @@ TEST_F(Schemes, DoWhatTheyPlanWithTheSameBytes)
     for (const string szJob :
          {"enlarge tiny.bmp out --factor 900", "enlarge tiny.bmp out --factor 900 --op nearest",
           "filter wide.bmp out --op box --radius 16"}) {
-        const auto plan = Plan(Run(szJob + " --plan --json").szOut);
+        const Json plan = RunJson(szJob + " --plan");
         EXPECT_LE(plan["peak_budget_bytes"], 100 << 20) << szJob;
-        EXPECT_GE(plan["steps"][0][1][1]["band_lines"], 4) << szJob << ": bands too low to share";
+        EXPECT_GE(plan["steps"][0]["images"][1]["band_lines"], 4) << szJob << ": bands too low to share";
     }
     EXPECT_THAT(Run("filter in out --from raw64 --size 1203x1401 --op box --plan").szOut,
                 AllOf(HasSubstr("scheme: unit"), HasSubstr("framed copy"), HasSubstr("peak of the budget")));
@@ -116,80 +103,63 @@ TEST_F(Schemes, WorkInPlaceWithAnyHeaderAndNumberOfThreads)
             Save("in.bmp", szBitmap);
             const string szThreads = fmt::format("{} --threads {} ", szJob, nThreads);
             ASSERT_EQ(0, Run(szThreads + "plain.bmp out.bmp --scheme whole").nStatus);
-            const Outcome outcome = Run(szThreads + "in.bmp in.bmp --json");
-            ASSERT_EQ(0, outcome.nStatus) << outcome.szErr;
+            EXPECT_EQ(nThreads, RunJson(szThreads + "in.bmp in.bmp")["settings"]["threads"]);
             EXPECT_TRUE(SameBytes(Load("out.bmp"), Load("in.bmp")));
-            EXPECT_EQ(nThreads, nlohmann::json::parse(outcome.szOut).at("settings").at("threads"));
         }
     EXPECT_EQ((Names{"in.bmp", "out.bmp", "plain.bmp"}), Files());
 }
 
 TEST_F(SchemesOnPosix, EndWithASentenceWhenFilesChangeMeanwhile)
 {
-    const string szJob = "filter in.bmp out.bmp --op gauss --radius 16 --threads 1 --budget 12M";
     const auto fnShorten = [this](pid_t) {
         if (HasOutput())
-            std::filesystem::resize_file(At("in.bmp"), 5000);
+            fs::resize_file(At("in.bmp"), 5000);
     };
-    SaveSparse("in.bmp", 2000, 2000);
-    const Outcome full = Start(Program(szJob), [this](pid_t nChild) {
+    const auto fnLimit = [this](pid_t nChild) {
         const rlimit limit{100000, 100000};
         if (HasOutput())
             prlimit(nChild, RLIMIT_FSIZE, &limit, nullptr);
-    });
-    EXPECT_EQ(4, full.nStatus);
-    EXPECT_THAT(full.szErr,
-                AllOf(HasSubstr("imgband: out.bmp: "), HasSubstr("ulimit -f"), HasSubstr("; try "),
-                      HasSubstr("wanted 12000054 bytes, available 100000 bytes")));
-    EXPECT_EQ(Names{"in.bmp"}, Files());
-    const Outcome shorter = Start(Program(szJob), fnShorten);
-    EXPECT_EQ(3, shorter.nStatus);
-    EXPECT_THAT(shorter.szErr, AllOf(HasSubstr("imgband: in.bmp: became shorter"),
-                                     HasSubstr("12000054 bytes"), HasSubstr("5000 are left")));
-    EXPECT_EQ(Names{"in.bmp"}, Files());
-    SaveSparse("in.bmp", 2000, 2000);
-    const Outcome mapped = Start(Program(szJob + " --access mmap"), fnShorten);
-    // found in time, or in the middle of a band
-    EXPECT_THAT(mapped.nStatus, testing::AnyOf(3, 135));
-    EXPECT_EQ(Names{"in.bmp"}, Files());
+    };
+    const std::tuple<const char*, Look, testing::Matcher<Outcome>> cases[] = {
+        {"file", fnLimit,
+         Ends(4, "imgband: out.bmp: ", "ulimit -f", "; try ",
+              "wanted 12000054 bytes, available 100000 bytes")},
+        {"file", fnShorten, Ends(3, "imgband: in.bmp: became shorter", "12000054 bytes", "5000 are left")},
+        // found in time, or in the middle of a band
+        {"mmap", fnShorten, testing::AnyOf(Ends(3, ""), Ends(135, ""))}};
+    for (const auto& [pszAccess, fnDisturb, ending] : cases) {
+        SaveSparse("in.bmp", 2000, 2000);
+        EXPECT_THAT(Run(kSlowJob + string(" --access ") + pszAccess, fnDisturb), ending);
+        EXPECT_EQ(Names{"in.bmp"}, Files());
+    }
 }
 
 TEST_F(Schemes, TurnFilesOfAlmostFourGibibytes)
 {
     if (kSanitized)
         GTEST_SKIP() << "a sanitizer makes this too slow";
-    if (std::filesystem::space(At(".")).available >> 30 < 9)
+    if (fs::space(At(".")).available >> 30 < 9)
         GTEST_SKIP() << "there are less than 9 GiB in " << At(".");
     for (const bool bRaw : {false, true}) {
-        const int nHeight = bRaw ? 17400 : 34800, nPixel = bRaw ? 6 : 3;
-        const std::int64_t nFirst = bRaw ? 0 : 54,
-                           nLast = nFirst + (std::int64_t{40000} * nHeight - 1) * nPixel;
-        const string szFirst = string("\1\2\3\4\5\6").substr(0, std::size_t(nPixel)),
-                     szLast(std::size_t(nPixel), 'x');
-        SaveSparse("in", 40000, bRaw ? 1 : nHeight);
+        const int nHeight = bRaw ? 17400 : 34800;
+        const std::size_t nPixel = bRaw ? 6 : 3;
+        const std::uint64_t nFirst = bRaw ? 0 : 54,
+                            nEnd = nFirst + std::uint64_t{40000} * nPixel * unsigned(nHeight);
+        const string szFirst = string("\1\2\3\4\5\6").substr(0, nPixel), szLast(nPixel, 'x');
+        SaveSparse("in", 40000, nHeight);
         if (bRaw)
-            std::filesystem::resize_file(At("in"), std::uintmax_t(nLast + nPixel));
-        Patch("in", nFirst, szFirst + (bRaw ? string(60, '\0') : ""));
-        Patch("in", nLast, szLast);
-        const Outcome outcome =
-            Run(fmt::format("convert in out --turn --budget 64M --json --from {0} --to {0} "
-                            "--size 40000x{1}",
-                            bRaw ? "raw48" : "bgr24", nHeight));
-        ASSERT_EQ(0, outcome.nStatus) << outcome.szErr;
-        EXPECT_LE(nlohmann::json::parse(outcome.szOut).at("peak_private_bytes"), 88 << 20);
-        EXPECT_EQ(std::uintmax_t(nLast + nPixel), std::filesystem::file_size(At("out")));
+            Save("in", "");
+        fs::resize_file(At("in"), nEnd);
+        Patch("in", nFirst, szFirst);
+        Patch("in", nEnd - nPixel, szLast);
+        const Json turned =
+            RunJson(fmt::format("convert in out --turn --budget 64M --from {0} --to {0} --size 40000x{1}",
+                                bRaw ? "raw48" : "bgr24", nHeight));
+        EXPECT_LE(turned["peak_private_bytes"], 88 << 20);
+        EXPECT_EQ(nEnd, fs::file_size(At("out")));
         EXPECT_EQ(szLast, Bytes("out", nFirst, szLast.size()));
-        EXPECT_EQ(szFirst, Bytes("out", nLast, szFirst.size()));
+        EXPECT_EQ(szFirst, Bytes("out", nEnd - nPixel, szFirst.size()));
     }
-}
-
-TEST_F(Schemes, RefuseWhatThePositionsDoNotReach)
-{
-    SaveSparse("large.bmp", 40000, 36700);
-    SaveSparse("medium.bmp", 20000, 40000);
-    SaveSparse("small.bmp", 4000, 3670);
-    ExpectMessages("sizes.txt", "", [](const Outcome&) {});
-    EXPECT_EQ((Names{"large.bmp", "medium.bmp", "small.bmp"}), Files());
 }
 
 // Private memory as the kernel sees it, on a bitmap of 432 MB and a smaller one.
@@ -211,7 +181,7 @@ TEST_F(Schemes, StayInsideTheBudget)
                 nPeak = std::max(nPeak, std::atoi(szStatus.c_str() + nField + 8) >> 10);
         };
         const string szJob = fmt::format("{} in.bmp out.bmp --budget {}M", jobs[i % 3 + i / 6 * 3], nMiB);
-        EXPECT_EQ(0, Start(Program(szJob), fnLook).nStatus);
+        EXPECT_EQ(0, Run(szJob, fnLook).nStatus);
         EXPECT_GT(nPeak, 3) << "the bands were not seen";
         EXPECT_LE(nPeak, nMiB + 24) << szJob;
     }
@@ -227,18 +197,17 @@ TEST_F(SchemesOnPosix, ShowProgressOnATerminalOnly)
     const int nSize = 1600;
 #endif
     SaveSparse("in.bmp", nSize, nSize);
-    const string szJob = "filter in.bmp out.bmp --op gauss --radius 16 --threads 1 --budget 12M";
     const auto begin = std::chrono::steady_clock::now();
-    const string szScreen = Start(OnTerminal(szJob)).szOut;
+    const string szScreen = Screen(kSlowJob);
     const auto nTenths = (std::chrono::steady_clock::now() - begin) / std::chrono::milliseconds(100);
     EXPECT_THAT(szScreen,
                 AllOf(HasSubstr("\r\033[Kfilter: "),
                       testing::ContainsRegex("[1-9][0-9]* of [1-9][0-9]* bands, [0-9]+ MB/s, [0-9]+ s left"),
                       HasSubstr("\r\033[Kout.bmp: bgr24")));
     EXPECT_LE(std::count(szScreen.begin(), szScreen.end(), '\033'), nTenths + 3) << "drawn too often";
-    EXPECT_EQ("", Start(OnTerminal(szJob + " --quiet")).szOut);
+    EXPECT_EQ("", Screen(kSlowJob + string(" --quiet")));
     EXPECT_EQ(fmt::format("out.bmp: bgr24, {0} x {0} pixels, {1} bytes\n", nSize, 54 + 3 * nSize * nSize),
-              Run(szJob).szErr);
+              Run(kSlowJob).szErr);
 }
 
 } // namespace

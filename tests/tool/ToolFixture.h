@@ -19,10 +19,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+namespace fs = std::filesystem;
 using std::string;
 using testing::AllOf;
+using testing::EndsWith;
 using testing::HasSubstr;
 
+using Json = nlohmann::ordered_json;
 using Names = std::vector<string>;
 
 /// nStatus: the exit status, or minus the number of the signal that ended the program.
@@ -42,6 +45,13 @@ inline std::ostream& operator<<(std::ostream& out, const Outcome& outcome)
 
 const Outcome kQuietly{0, "", ""};
 
+/// An outcome with this status, whose errors contain all these words.
+template <class... Words> auto Ends(int nStatus, const Words&... words)
+{
+    return AllOf(testing::Field(&Outcome::nStatus, nStatus),
+                 testing::Field(&Outcome::szErr, AllOf(HasSubstr(words)...)));
+}
+
 struct Layout
 {
     const char* pszName;
@@ -57,9 +67,57 @@ struct Picture
     std::vector<unsigned> samples;
 };
 
+inline Picture RandomPicture(const Layout& layout, int nWidth, int nHeight)
+{
+    std::minstd_rand random(static_cast<unsigned>(nWidth * nHeight));
+    Picture picture{layout, nWidth, nHeight, {}};
+    picture.samples.resize(static_cast<std::size_t>(nWidth * nHeight * layout.nSamples));
+    const unsigned nMask = layout.nBytes == 1 ? 0xFF
+                           : nWidth % 2       ? 0xFFFF
+                                              : 0x1FF; // 255 is where clamping begins
+    for (unsigned& nSample : picture.samples)
+        nSample = static_cast<unsigned>(random() >> 8) & nMask;
+    return picture;
+}
+
+inline void Put(string& szBytes, unsigned nValue, int nBytes)
+{
+    for (int i = 0; i < nBytes; ++i)
+        szBytes.push_back(static_cast<char>(nValue >> 8 * i));
+}
+
+/// Of a bitmap file; the height is negative where the lines go down.
+inline string BitmapHeader(const Layout& layout, int nWidth, int nHeight, int nImageBytes)
+{
+    string szBytes = "BM";
+    for (const int nField : {54 + nImageBytes, 0, 54, 40, nWidth, nHeight, 1 | 8 * layout.nSamples << 16, 0,
+                             nImageBytes, 0, 0, 0, 0})
+        Put(szBytes, static_cast<unsigned>(nField), 4);
+    return szBytes;
+}
+
+/// The file that holds the picture.
+inline string Encode(const Picture& in, bool bTopDown = false)
+{
+    const int nUsed = in.nWidth * in.layout.nSamples * in.layout.nBytes;
+    const bool bBitmap = in.layout.nBytes == 1;
+    const int nPad = bBitmap ? (4 - nUsed % 4) % 4 : 0, nImage = (nUsed + nPad) * in.nHeight;
+    string szBytes =
+        bBitmap ? BitmapHeader(in.layout, in.nWidth, bTopDown ? -in.nHeight : in.nHeight, nImage) : "";
+    const int nLine = in.nWidth * in.layout.nSamples;
+    for (int i = 0; i < in.nHeight; ++i) {
+        const int nFirst = nLine * (bBitmap && !bTopDown ? in.nHeight - 1 - i : i);
+        for (int k = 0; k < nLine; ++k)
+            Put(szBytes, in.samples[static_cast<std::size_t>(nFirst + k)], in.layout.nBytes);
+        Put(szBytes, 0, nPad);
+    }
+    return szBytes;
+}
+
 /// Whether the environment names a script that runs a Windows program, to be tested instead of this build's.
 /// It has a temporary folder of its own, unless --temp-dir is given.
 inline const char* const kWindowsProgram = std::getenv("IMGBAND_PROGRAM");
+inline const string kProgram = kWindowsProgram ? kWindowsProgram : IMGBAND_PROGRAM;
 
 /// From one case to the next: a Windows program starts slowly here, so it gets fewer of them.
 inline unsigned Pace(unsigned nWindows)
@@ -86,15 +144,15 @@ protected:
 
     Tool()
     {
-        string szFolder = (std::filesystem::temp_directory_path() / "imgband-test-XXXXXX").string();
+        string szFolder = (fs::temp_directory_path() / "imgband-test-XXXXXX").string();
         m_szFolder = mkdtemp(szFolder.data());
-        std::filesystem::create_directories(m_szFolder + "/here/tmp");
+        fs::create_directories(m_szFolder + "/here/tmp");
     }
     ~Tool() override
     {
         std::error_code error;
         do // what a killed Windows program held vanishes by itself meanwhile
-            std::filesystem::remove_all(m_szFolder, error);
+            fs::remove_all(m_szFolder, error);
         while (error == std::errc::no_such_file_or_directory);
     }
 
@@ -108,33 +166,32 @@ protected:
         std::ifstream file(At(szName));
         return string(std::istreambuf_iterator<char>(file), {});
     }
-    bool Exists(const string& szName) const { return std::filesystem::exists(At(szName)); }
-    void Rename(const string& szFrom, const string& szTo) const
+    Json LoadJson(const string& szName) const { return Json::parse(Load(szName)); }
+    /// A bitmap of zeros, 24 bits a pixel and without padding, that takes no room on the disk.
+    void SaveSparse(const string& szName, int nWidth, int nHeight) const
     {
-        std::filesystem::rename(At(szFrom), At(szTo));
+        Save(szName, BitmapHeader(kLayouts[0], nWidth, nHeight, 0));
+        fs::resize_file(At(szName), 54 + 3 * std::uintmax_t(nWidth) * std::uintmax_t(nHeight));
     }
-    void Remove(const string& szName) const { std::filesystem::remove_all(At(szName)); }
+    bool Exists(const string& szName) const { return fs::exists(At(szName)); }
+    void Remove(const string& szName) const { fs::remove_all(At(szName)); }
 
     /// Every file below a folder, by its path from there.
     Names Files(const string& szFolder = ".") const
     {
         Names names;
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(At(szFolder)))
+        for (const auto& entry : fs::recursive_directory_iterator(At(szFolder)))
             if (entry.is_symlink() || !entry.is_directory())
-                names.push_back(std::filesystem::relative(entry.path().parent_path(), At(szFolder)) /
-                                entry.path().filename());
-        for (string& szName : names)
-            szName.erase(0, szName.starts_with("./") ? 2 : 0);
+                names.push_back(entry.path().lexically_relative(At(szFolder)).string());
         std::sort(names.begin(), names.end());
         return names;
     }
     /// Whether the library has a temporary file there.
     bool HasTemporaryFile(const string& szFolder = "tmp") const
     {
-        for (const string& szName : Files(szFolder))
-            if (szName.starts_with("LRG"))
-                return true;
-        return false;
+        const Names names = Files(szFolder);
+        return std::any_of(names.begin(), names.end(),
+                           [](auto& szName) { return szName.starts_with("LRG"); });
     }
 
     /// Runs a program, which may write so many bytes into a file, and calls fnLook every millisecond until it
@@ -169,48 +226,68 @@ protected:
         return {WIFEXITED(nState) ? WEXITSTATUS(nState) : -WTERMSIG(nState), Load(szOut), Load(szErr)};
     }
     /// The program with the words of a command line.
-    static Names Program(const string& szArguments)
+    static Names Program(const string& szArguments, const string& szProgram = kProgram)
     {
         Names words = Words(szArguments);
-        words.insert(words.begin(), kWindowsProgram ? kWindowsProgram : IMGBAND_PROGRAM);
+        words.insert(words.begin(), szProgram);
         return words;
     }
-    /// The same on a terminal.
-    static Names OnTerminal(const string& szArguments)
+    Outcome Run(const string& szArguments, const Look& fnLook = nullptr,
+                rlim_t nMostBytes = RLIM_INFINITY) const
     {
-        const string szProgram = kWindowsProgram ? kWindowsProgram : IMGBAND_PROGRAM;
-        return {"script", "-qec", "'" + szProgram + "' " + szArguments, "/dev/null"};
+        return Start(Program(szArguments), fnLook, nMostBytes);
     }
-    Outcome Run(const string& szArguments) const { return Start(Program(szArguments)); }
-
-    /// Runs every command line of a file in messages/ and looks for its exit status and words; fnAlso looks
-    /// further.
-    template <class Also>
-    void ExpectMessages(const string& szFile, const string& szMoreArguments, Also fnAlso) const
+    /// What a run shows on a terminal.
+    string Screen(const string& szArguments) const
     {
-        const std::regex row("(\\d) \\| (.*?) +\\| (.*)");
-        const string szHere = "z:" + At("");
-        std::ifstream rows(MESSAGES + szFile);
-        int nRows = 0;
-        std::smatch parts;
-        for (string szRow; std::getline(rows, szRow);) {
-            if (!std::regex_match(szRow, parts, row))
-                continue;
-            SCOPED_TRACE(szRow);
-            ++nRows;
-            const string szHERE = std::regex_replace(szHere, std::regex("/"), "\\");
-            string szArguments = parts.str(2) + szMoreArguments;
-            for (const auto& [pszName, szPlace] :
-                 {std::pair(R"(\{null\})", string(kWindowsProgram ? "NUL" : "/dev/null")),
-                  {R"(\{here\})", szHere},
-                  {R"(\{HERE\})", szHERE}})
-                szArguments = std::regex_replace(szArguments, std::regex(pszName), szPlace);
-            const Outcome outcome = Run(szArguments);
-            EXPECT_EQ(parts.str(1), std::to_string(outcome.nStatus));
-            EXPECT_THAT(outcome.szErr, HasSubstr(parts.str(3)));
-            fnAlso(outcome);
+        return Start({"script", "-qec", fmt::format("'{}' {}", kProgram, szArguments), "/dev/null"}).szOut;
+    }
+    /// The JSON object of a run that succeeds.
+    Json RunJson(const string& szArguments) const
+    {
+        const Outcome outcome = Run(szArguments + " --json");
+        EXPECT_EQ(0, outcome.nStatus) << outcome.szErr;
+        return Json::parse(outcome.szOut);
+    }
+    /// Interrupts a run once, as soon as fnWhen is true.
+    static Look Signal(int nSignal, const std::function<bool()>& fnWhen)
+    {
+        return [=, bSent = false](pid_t nChild) mutable {
+            bSent = bSent || (fnWhen() && kill(nChild, nSignal) == 0);
+        };
+    }
+
+    /// The rows of a table in the folder tables/, column by column.
+    static std::vector<Names> Table(const string& szFile)
+    {
+        static const std::regex border(" +\\| ");
+        std::vector<Names> rows;
+        std::ifstream file(TABLES + szFile);
+        for (string szRow; std::getline(file, szRow);)
+            if (!szRow.starts_with('#'))
+                rows.emplace_back(std::sregex_token_iterator(szRow.begin(), szRow.end(), border, -1),
+                                  std::sregex_token_iterator());
+        EXPECT_GT(rows.size(), 5u) << szFile << " is not read";
+        return rows;
+    }
+    /// Runs every command line of a table and looks for its exit status and words.
+    void ExpectMessages(const string& szFile) const
+    {
+        const string szHere = "z:" + At(""), szHERE = std::regex_replace(szHere, std::regex("/"), "\\");
+        for (const Names& row : Table(szFile)) {
+            SCOPED_TRACE(testing::PrintToString(row));
+            const string szArguments =
+                fmt::format(fmt::runtime(row.at(1)), fmt::arg("null", kWindowsProgram ? "NUL" : "/dev/null"),
+                            fmt::arg("here", szHere), fmt::arg("HERE", szHERE));
+            const Outcome outcome = Run(szArguments + " --json");
+            EXPECT_THAT(outcome, Ends(std::stoi(row[0]), row.at(2)));
+            const Json report = Json::parse(outcome.szOut);
+            EXPECT_EQ(outcome.nStatus, report.at("exit_status"));
+            if (outcome.nStatus != 0) {
+                const string szMessage = report.at("error").at("message");
+                EXPECT_THAT(outcome.szErr, HasSubstr("imgband: " + szMessage + "\n"));
+            }
         }
-        EXPECT_GT(nRows, 5) << szFile << " is not read";
     }
 
     string m_szFolder;
@@ -219,43 +296,3 @@ protected:
 
 using ToolOnPosix = Tool;
 using ToolOnWindows = Tool;
-
-inline Picture RandomPicture(const Layout& layout, int nWidth, int nHeight)
-{
-    std::minstd_rand random(static_cast<unsigned>(nWidth * nHeight));
-    Picture picture{layout, nWidth, nHeight, {}};
-    picture.samples.resize(static_cast<std::size_t>(nWidth * nHeight * layout.nSamples));
-    const unsigned nMask = layout.nBytes == 1 ? 0xFF
-                           : nWidth % 2       ? 0xFFFF
-                                              : 0x1FF; // 255 is where clamping begins
-    for (unsigned& nSample : picture.samples)
-        nSample = static_cast<unsigned>(random() >> 8) & nMask;
-    return picture;
-}
-
-inline void Put(string& szBytes, unsigned nValue, int nBytes)
-{
-    for (int i = 0; i < nBytes; ++i)
-        szBytes.push_back(static_cast<char>(nValue >> 8 * i));
-}
-
-/// The file that holds the picture.
-inline string Encode(const Picture& in, bool bTopDown = false)
-{
-    const int nUsed = in.nWidth * in.layout.nSamples * in.layout.nBytes;
-    const bool bBitmap = in.layout.nBytes == 1;
-    const int nPad = bBitmap ? (4 - nUsed % 4) % 4 : 0, nImage = (nUsed + nPad) * in.nHeight;
-    string szBytes = bBitmap ? "BM" : "";
-    if (bBitmap)
-        for (const int nField : {54 + nImage, 0, 54, 40, in.nWidth, bTopDown ? -in.nHeight : in.nHeight,
-                                 1 | 8 * in.layout.nSamples << 16, 0, nImage, 0, 0, 0, 0})
-            Put(szBytes, static_cast<unsigned>(nField), 4);
-    const int nLine = in.nWidth * in.layout.nSamples;
-    for (int i = 0; i < in.nHeight; ++i) {
-        const int nFirst = nLine * (bBitmap && !bTopDown ? in.nHeight - 1 - i : i);
-        for (int k = 0; k < nLine; ++k)
-            Put(szBytes, in.samples[static_cast<std::size_t>(nFirst + k)], in.layout.nBytes);
-        Put(szBytes, 0, nPad);
-    }
-    return szBytes;
-}

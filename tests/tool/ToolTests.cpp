@@ -48,13 +48,13 @@ TEST_F(ToolOnPosix, ConvertsInPlaceAndThroughALink)
 {
     const Picture picture = RandomPicture(kLayouts[0], 5, 4);
     Save("a.bmp", Encode(picture));
-    const auto mode = std::filesystem::perms(0640);
-    std::filesystem::permissions(At("a.bmp"), mode);
-    std::filesystem::create_symlink("a.bmp", At("b.bmp"));
+    const auto mode = fs::perms(0640);
+    fs::permissions(At("a.bmp"), mode);
+    fs::create_symlink("a.bmp", At("b.bmp"));
     for (const char* pszArguments : {"a.bmp a.bmp --turn", "b.bmp b.bmp --to raw48 --access mmap"})
         EXPECT_EQ(0, Run(string("convert ") + pszArguments).nStatus) << pszArguments;
-    EXPECT_TRUE(std::filesystem::is_symlink(At("b.bmp"))) << "the link is replaced by the picture";
-    EXPECT_EQ(mode, std::filesystem::status(At("a.bmp")).permissions());
+    EXPECT_TRUE(fs::is_symlink(At("b.bmp"))) << "the link is replaced by the picture";
+    EXPECT_EQ(mode, fs::status(At("a.bmp")).permissions());
     EXPECT_TRUE(SameBytes(Encode(Expected(picture, kLayouts[2], true, true, true)), Load("a.bmp")));
 }
 
@@ -87,64 +87,51 @@ TEST_F(Tool, MakesTheSamePictureAgainAndTellsWhatItIs)
         EXPECT_TRUE(SameBytes(Load("a.bmp"), Load("b.bmp"))) << szPattern;
         EXPECT_FALSE(SameBytes(Load("a.bmp"), Load("c.bmp"))) << szPattern << ": the seed changes nothing";
     }
-    EXPECT_EQ("bgr24", nlohmann::json::parse(Run("info a.bmp --json").szOut).at("format"));
+    EXPECT_EQ("bgr24", RunJson("info a.bmp")["format"]);
 }
 
 TEST_F(Tool, RefusesBadBitmaps)
 {
-    // words of the message; place in the header, value and its bytes
-    const std::tuple<const char*, std::size_t, unsigned, int> cases[] = {{"is not a bitmap", 0, 'X', 1},
-                                                                         {"inside the header", 10, 53, 4},
-                                                                         {"impossible size", 18, 0, 4},
-                                                                         {"impossible size", 22, 0, 4},
-                                                                         {"impossible", 18, 1u << 31, 4},
-                                                                         {"impossible", 22, 1u << 31, 4},
-                                                                         {"promises", 18, 0x7FFFFFFF, 4},
-                                                                         {"promises", 22, 0xFFFFFFFB, 4},
-                                                                         {"promises", 10, 0xFFFFFFFF, 4},
-                                                                         {"promises", 10, 55, 4},
-                                                                         {"OS/2", 14, 12, 4},
-                                                                         {"unknown", 14, 41, 4},
-                                                                         {"2 planes", 26, 2, 2},
-                                                                         {"palette", 28, 8, 2},
-                                                                         {"16-bit", 28, 16, 2},
-                                                                         {"48 bits", 28, 48, 2},
-                                                                         {"run-length", 30, 1, 4},
-                                                                         {"bit-field", 30, 3, 4}};
-    for (const auto& [pszWords, nAt, nValue, nBytes] : cases) {
-        SCOPED_TRACE(testing::Message() << pszWords << ": " << nValue << " at " << nAt);
+    for (const Names& row : Table("bitmaps.txt")) {
+        SCOPED_TRACE(testing::PrintToString(row));
         string szBytes = Encode(RandomPicture(kLayouts[0], 5, 4)), szPatch;
-        Put(szPatch, nValue, nBytes);
-        Save("bad.bmp", szBytes.replace(nAt, szPatch.size(), szPatch));
-        const Outcome outcome = Run("convert bad.bmp out.bmp");
-        EXPECT_EQ(3, outcome.nStatus);
-        EXPECT_THAT(outcome.szErr, AllOf(HasSubstr("imgband: bad.bmp: "), HasSubstr(pszWords)));
+        Put(szPatch, static_cast<unsigned>(std::stoul(row[1], nullptr, 0)), std::stoi(row[2]));
+        Save("bad.bmp", szBytes.replace(std::stoul(row[0]), szPatch.size(), szPatch));
+        EXPECT_THAT(Run("convert bad.bmp out.bmp"), Ends(3, "imgband: bad.bmp: ", row.at(3)));
     }
     EXPECT_EQ(Names{"bad.bmp"}, Files());
 }
 
-TEST_F(Tool, RefusesWrongCommandLinesAndFiles)
+TEST_F(Tool, RefusesInWords)
 {
     Save("a.bmp", Encode(RandomPicture(kLayouts[0], 5, 4)));
     Save("a.raw", Encode(RandomPicture(kLayouts[2], 5, 4)));
-    ExpectMessages("files.txt", " --json", [](const Outcome& outcome) {
-        const auto report = nlohmann::json::parse(outcome.szOut);
-        EXPECT_EQ(outcome.szErr, "imgband: " + report.at("error").at("message").get<string>() + "\n");
-        EXPECT_EQ(outcome.nStatus, report.at("exit_status"));
-    });
-    EXPECT_EQ((Names{"a.bmp", "a.raw"}), Files());
+    SaveSparse("large.bmp", 40000, 36700);
+    SaveSparse("medium.bmp", 20000, 40000);
+    SaveSparse("small.bmp", 4000, 3670);
+    const Names before = Files();
+    ExpectMessages("refusals.txt");
+    EXPECT_EQ(before, Files());
+}
+
+TEST_F(Tool, DoesTheJobWhereItsReportCannotBeWritten)
+{
+    Save("a.json", Encode(RandomPicture(kLayouts[0], 5, 4)));
+    ExpectMessages("reports.txt");
+    EXPECT_EQ((Names{"1.bmp", "2.bmp", "3.bmp", "4.bmp", "a.json"}), Files());
 }
 
 // The output has 10 MB, the temporary file 14 MB: the second limit lets only the output through.
 TEST_F(ToolOnPosix, EndsWithASentenceWhereThereIsNoRoom)
 {
     for (const auto& [nBytes, pszWords] : {std::pair(512000u, "big.bmp: "), {11264000, "system error 223"}}) {
-        const Outcome outcome = Start(Program("make big.bmp --size 1501x2303 --budget 12M"), nullptr, nBytes);
-        EXPECT_EQ(4, outcome.nStatus);
-        EXPECT_THAT(outcome.szErr, AllOf(HasSubstr(pszWords), HasSubstr("ulimit -f"), HasSubstr("; try "),
-                                         HasSubstr(fmt::format("available {}", nBytes))));
+        EXPECT_THAT(Run("make big.bmp --size 1501x2303 --budget 12M", nullptr, nBytes),
+                    Ends(4, pszWords, "ulimit -f", "; try ", fmt::format("available {}", nBytes)));
         EXPECT_EQ(Names{}, Files());
     }
+    EXPECT_THAT(Run("make a.bmp --size 2x2 --report r.html", nullptr, 512),
+                Ends(0, "r.html: cannot be written: File too large"));
+    EXPECT_EQ(Names{"a.bmp"}, Files()) << "half a report is left";
 }
 
 TEST_F(Tool, LeavesNothingAfterASignal)
@@ -153,16 +140,12 @@ TEST_F(Tool, LeavesNothingAfterASignal)
     for (const auto& [nSignal, nStatus] : {std::pair(SIGTERM, 143), {SIGINT, 130}, {SIGKILL, -SIGKILL}}) {
         if (kWindowsProgram && nSignal != SIGINT)
             continue;
-        bool bSent = false;
-        const auto fnSend = [&, nNumber = nSignal](pid_t nChild) {
-            if (!bSent && HasTemporaryFile()) // the output's file is older
-                bSent = kill(nChild, nNumber) == 0;
-        };
         const Outcome ended =
-            Start(Program("make a.bmp --size 9000x9000 --budget 12M --temp-dir tmp --json"), fnSend);
+            Run("make a.bmp --size 9000x9000 --budget 12M --temp-dir tmp --json",
+                Signal(nSignal, [this] { return HasTemporaryFile(); })); // the output's file is older
         EXPECT_EQ(nStatus, ended.nStatus);
         for (const string& szName : Files("tmp"))
-            EXPECT_EQ(0u, std::filesystem::file_size(At("tmp/" + szName))) << "bytes are left in " << szName;
+            EXPECT_EQ(0u, fs::file_size(At("tmp/" + szName))) << "bytes are left in " << szName;
         if (nSignal != SIGKILL) {
             EXPECT_EQ(fmt::format("imgband: interrupted by signal {}\n", nSignal), ended.szErr);
             EXPECT_THAT(ended.szOut, HasSubstr(fmt::format(": {},", nStatus)));

@@ -1,5 +1,5 @@
-// Frames each of the pages in three widths, light and dark, and reads it as a person sees it: each value shown, the
-// length of each bar, what the charts draw against the report, and what is hard to read.
+// Frames the page of each run in three widths, light and dark, and reads it as a person sees it: each value shown and
+// the length of each bar, what the charts draw against the report, and what is hard to read.
 const boxesOf = 'td, th, dd, dt, li, figure, h1, h2, h3, h4, p, summary, section, header';
 
 function textsOf(doc) {
@@ -79,24 +79,78 @@ function misdrawn(plot, report) {
   });
 }
 
-function measure(frame, i) {
-  const doc = frame.contentDocument, width = element => element.getBoundingClientRect().width;
+// Whether the page may say so of a value: in a unit to one place, other fractions to three.
+function mayBeSaid(text, unit, value) {
+  if (typeof value !== 'number')
+    return text === (value === true ? 'yes' : value === false ? 'no' : value);
+  const plain = text.replaceAll(',', ''), places = plain.split('.')[1]?.length ?? 0;
+  if (Number.isInteger(value) && !unit && places === 0)
+    return plain === String(value);
+  const size = unit ? 1024 ** ' KMGTPE'.indexOf(unit[0]) : 1;
+  return places >= (unit ? 1 : 3) && Math.abs(value / size - plain) < 0.501 * 10 ** -places;
+}
+
+function* valuesOf(node, place = '') {
+  if (node === null || typeof node !== 'object')
+    yield [place, node];
+  else
+    for (const key in node)
+      yield* valuesOf(node[key], `${place}/${key}`);
+}
+
+// The values that the page shows otherwise than the report has them, and those that it never shows in full.
+function differences(doc, report) {
+  const values = new Map(valuesOf(report)), wrong = [], inFull = new Set();
+  const shown = [...doc.querySelectorAll('[data-key]')].filter(element => element.checkVisibility());
+  for (const {dataset: {key, unit = ''}, textContent: text} of shown) {
+    if (!mayBeSaid(text, unit, values.get(key)))
+      wrong.push(`${key}: ${values.get(key)}, not ${text} ${unit}`);
+    if (!unit)
+      inFull.add(key);
+  }
+  const drawn = /^\/(budget_over_time|memory_over_time|bands)\//;
+  const hidden = [...values.keys()].filter(key => values.get(key) !== null && !inFull.has(key) && !drawn.test(key));
+  return [...wrong, ...hidden.map(key => key + ' is not shown')];
+}
+
+function outcomeOf({exit_status: status, peak_budget_bytes: peak, settings}) {
+  return status !== 0 ? '✗ failed, exit status ' + status
+    : peak > settings.budget_bytes ? '✗ above its budget' : '✓ done';
+}
+
+// None that would be empty.
+function chartsOf({budget_over_time: budget = [], memory_over_time: memory = []}) {
+  return (memory.length > 1 ? 2 : 0) + budget.some(({charged}) => charged.length > 0);
+}
+
+// The bar of each image is as long as its share of the budget.
+function misjudged(doc, {steps, settings}, tables) {
+  const width = element => element.getBoundingClientRect().width;
+  const bars = [...doc.querySelectorAll('.meter')].map(bar => width(bar.firstChild) / width(bar));
+  return steps.flatMap(step => step.images).flatMap(({charged_bytes: charged}, i) => {
+    const share = charged / settings.budget_bytes;
+    return [...(Math.abs(bars[i] - share) <= 0.002 * Math.max(1, share) ? [] : [`bar ${i} is ${bars[i]}, not ${share}`]),
+            ...(tables.includes(charged) ? [] : [`the tables do not have ${charged}`])];
+  });
+}
+
+function faultsOfLook(frame, i) {
+  const doc = frame.contentDocument, {report, tables} = runs[Math.floor(i / looks.length)];
   const open = [...doc.querySelectorAll('table')].filter(table => table.checkVisibility());
   doc.querySelectorAll('details').forEach(part => { part.open = true; });
-  return {
-    look: frame.style.cssText,
-    outcome: doc.querySelector('.badge').textContent,
-    shown: [...doc.querySelectorAll('[data-key]')].filter(element => element.checkVisibility())
-      .map(element => [element.dataset.key, element.dataset.unit ?? '', element.textContent]),
-    bars: [...doc.querySelectorAll('.meter')].map(bar => width(bar.firstChild) / width(bar)),
-    charts: doc.querySelectorAll('.chart').length,
-    faults: [...faultsOf(doc), ...open.map(() => 'a table is open'), ...(i % 2 ? [] : // alike in light and dark
-      [...doc.querySelectorAll('.plot')].flatMap(plot => misdrawn(plot, reports[Math.floor(i / looks.length)])))],
-  };
+  const outcome = doc.querySelector('.badge').textContent, charts = doc.querySelectorAll('.chart').length;
+  return [
+    ...differences(doc, report), ...misjudged(doc, report, tables), ...faultsOf(doc),
+    ...open.map(() => 'a table is open'),
+    ...(outcome === outcomeOf(report) ? [] : [outcome]),
+    ...(charts === chartsOf(report) ? [] : [charts + ' charts']),
+    ...(differences(doc, {...report, exit_status: 99}).length > 0 ? [] : ['a wrong number stays unnoticed']),
+    ...(i % 2 ? [] : [...doc.querySelectorAll('.plot')].flatMap(plot => misdrawn(plot, report))), // alike in dark
+  ].map(fault => `${frame.style.cssText}: ${fault}`);
 }
 
 const looks = [360, 800, 1600].flatMap(width => ['light', 'dark'].map(scheme => ({width, scheme})));
-for (const page of pages)
+for (const {page} of runs)
   for (const {width, scheme} of looks) {
     const frame = document.body.appendChild(document.createElement('iframe'));
     frame.style.cssText = `color-scheme: ${scheme}; width: ${width}px; height: 20000px; border: 0`;
@@ -104,7 +158,6 @@ for (const page of pages)
   }
 
 onload = () => {
-  const seen = JSON.stringify([...document.querySelectorAll('iframe')].map(measure));
-  document.querySelector('pre').textContent =
-    seen.replace(/[^ -~]|[&<>]/g, letter => '\\u' + letter.charCodeAt(0).toString(16).padStart(4, '0'));
+  const frames = [...document.querySelectorAll('iframe')], faults = frames.flatMap(faultsOfLook);
+  document.querySelector('pre').textContent = `${frames.length} looks: ${faults.join('\n') || 'no faults'}`;
 };

@@ -1,5 +1,6 @@
 // What a report is made of, over random runs and random reports.
 
+#include "../Choices.h"
 #include "library/Glossary.h"
 #include "page/Page.h"
 #include "page/Scale.h"
@@ -8,9 +9,8 @@
 #include "system/Text.h"
 
 #include <cmath>
-#include <fmt/format.h>
+#include <fstream>
 #include <gmock/gmock.h>
-#include <random>
 #include <regex>
 
 namespace {
@@ -18,23 +18,12 @@ namespace {
 using nlohmann::ordered_json;
 using std::string;
 
-class Random
-{
-public:
-    explicit Random(unsigned nSeed) : m_engine(nSeed) {}
-    int operator()(int nFirst, int nLast) { return std::uniform_int_distribution(nFirst, nLast)(m_engine); }
-    double Fraction() { return std::uniform_real_distribution<double>()(m_engine); }
-
-private:
-    std::mt19937 m_engine;
-};
-
-template <class Test> void ForRandom(unsigned nRuns, Test fnTest)
+template <class Test> void ForChoices(unsigned nRuns, Test fnTest)
 {
     for (unsigned nSeed = 1; nSeed <= nRuns && !testing::Test::HasFailure(); ++nSeed) {
         SCOPED_TRACE(testing::Message() << "seed " << nSeed);
-        Random random(nSeed);
-        fnTest(random);
+        Choices choices{std::mt19937(nSeed)};
+        fnTest(choices);
     }
 }
 
@@ -46,12 +35,12 @@ struct Peak
 
 TEST(ReportCore, ALongSeriesKeepsThePeakOfEveryMoment)
 {
-    ForRandom(60, [](Random& random) {
+    ForChoices(60, [](Choices& choices) {
         constexpr std::size_t kMost = 8;
         BoundedSeries<Peak, kMost> series;
         std::vector<int> samples;
-        for (int nLeft = random(1, 100); nLeft > 0; --nLeft) {
-            samples.push_back(random(0, 1000));
+        for (int nLeft = choices.Number(1, 100); nLeft > 0; --nLeft) {
+            samples.push_back(choices.Number(0, 1000));
             series.Add({static_cast<int>(samples.size()) - 1, samples.back()});
         }
         const auto& points = series.Points();
@@ -68,10 +57,10 @@ TEST(ReportCore, ALongSeriesKeepsThePeakOfEveryMoment)
 
 TEST(ReportCore, TicksAreRoundAndReachAsFarAsTheAmount)
 {
-    ForRandom(400, [](Random& random) {
-        const double fMost = std::exp2(random.Fraction() * 45);
+    ForChoices(400, [](Choices& choices) {
+        const double fMost = std::exp2(choices.Number(0, 4500) / 100.0);
         const Unit unit = ByteUnit(fMost);
-        const int nWanted = random(3, 8);
+        const int nWanted = choices.Number(3, 8);
         const auto ticks = RoundTicks(fMost, unit, nWanted);
         const auto nMost = static_cast<std::size_t>(nWanted);
         ASSERT_GE(ticks.size(), fMost < 3 ? 2 : nMost / 3) << fMost;
@@ -92,21 +81,21 @@ TEST(ReportCore, TicksAreRoundAndReachAsFarAsTheAmount)
 
 TEST(ReportCore, AHistoryTellsFirstAndLastBandAndAddsUpToTheBudget)
 {
-    ForRandom(40, [](Random& random) {
+    ForChoices(40, [](Choices& choices) {
         constexpr LONG kBudget = 1000000;
         const auto begin = std::chrono::steady_clock::now();
         std::vector<StepRecord> steps(1);
         steps[0].plan.images = {{"in", ImageRole::Input, {}, ""}, {"out", ImageRole::Output, {}, ""}};
         StepHistory& history = steps[0].history.emplace(begin);
-        const int nBands = random(1, 400);
+        const int nBands = choices.Number(1, 400);
         history.ExpectBands(nBands);
         LONG nMost = 0;
         for (int i = 0; i < nBands; ++i) {
             T_ImageLrg_tag band = {};
             band.nBandTop = 10 * i;
             band.nBandBottom = 10 * i + 9;
-            const Charges charges{.nInput = random(0, 1000), .nOutput = random(0, 1000)};
-            const LONG nTaken = charges.nInput + charges.nOutput + random(0, 1);
+            const Charges charges{.nInput = choices.Number(0, 1000), .nOutput = choices.Number(0, 1000)};
+            const LONG nTaken = charges.nInput + charges.nOutput + choices.Number(0, 1);
             nMost = std::max(nMost, nTaken);
             history.NoteCharges(charges, {begin + std::chrono::milliseconds(i), kBudget - nTaken});
             history.NoteBand(ImageRole::Output, band);
@@ -152,10 +141,11 @@ TEST(ReportCore, EveryTextOfTheLibraryIsTranslatedAndNothingElse)
         EXPECT_EQ(szFilled, os::Utf8FromCp932(os::Cp932FromUtf8(szFilled)));
         EXPECT_EQ(szFilled + "x", glossary::English(szFilled + "x"));
     }
-    ForRandom(300, [](Random& random) {
+    ForChoices(300, [](Choices& choices) {
         string szBytes;
-        for (int nLeft = random(0, 40); nLeft > 0; --nLeft)
-            szBytes.push_back(static_cast<char>(random(0, 1) ? random(1, 255) : random(0x20, 0x7E)));
+        for (int nLeft = choices.Number(0, 40); nLeft > 0; --nLeft)
+            szBytes.push_back(static_cast<char>(choices.Number(0, 1) ? choices.Number(1, 255)
+                                                                     : choices.Number(0x20, 0x7E)));
         const string szUtf8 = os::Utf8FromCp932(szBytes);
         EXPECT_NO_THROW(ordered_json(szUtf8).dump()) << "no valid UTF-8";
         EXPECT_EQ(szUtf8, glossary::English(szUtf8));
@@ -163,24 +153,16 @@ TEST(ReportCore, EveryTextOfTheLibraryIsTranslatedAndNothingElse)
 }
 
 /// Takes away, repeats or replaces random values of a report.
-void Damage(ordered_json& value, Random& random)
+void Damage(ordered_json& value, Choices& choices)
 {
-    static const ordered_json kOthers[] = {nullptr,
-                                           true,
-                                           -1,
-                                           0,
-                                           INT64_MAX,
-                                           1e300,
-                                           "</svg><script>x()</script>",
-                                           "\x01\"&'",
-                                           ordered_json::array(),
-                                           ordered_json::object()};
-    if (random(0, 30) == 0)
-        value = kOthers[random(0, static_cast<int>(std::size(kOthers)) - 1)];
+    static const auto kOthers = ordered_json::parse(
+        R"([null, true, -1, 0, 9223372036854775807, 1e300, "</svg><script>x()</script>", "\u0001\"&'", [], {}])");
+    if (choices.Number(0, 30) == 0)
+        value = choices.Of(kOthers);
     else if (value.is_structured())
         for (auto item = value.begin(); item != value.end();) {
-            Damage(*item, random);
-            if (random(0, 40) == 0)
+            Damage(*item, choices);
+            if (choices.Number(0, 40) == 0)
                 item = value.erase(item);
             else
                 ++item;
@@ -189,27 +171,12 @@ void Damage(ordered_json& value, Random& random)
 
 TEST(ReportCore, ADamagedReportIsStillAPage)
 {
-    const auto sample =
-        ordered_json::parse(R"({"program":"imgband","version":"1","command":"filter","ok":true,
-        "exit_status":0,"file":"写真.bmp","format":"bgr24","width":9,"height":7,"file_bytes":250,"seconds":1.5,
-        "settings":{"budget_bytes":1000,"one_mapping_bytes":500,"band_cap_bytes":9,"temporary_folder":"/t","threads":2},
-        "steps":[{"step":"filter","process_id":32768,"process_name":"読","process_english":"read","begin_seconds":0.5,
-        "seconds":1,"peak_private_bytes":7,"budget_used_bytes":900,"budget_free_bytes":100,"images":[{"image":"object",
-        "role":"input","place":"memory","state":"banded","width":9,"height":7,"frame":1,"ratio":100,"bytes":252,
-        "band_lines":2,"bands":4,"charged_bytes":900,"temporary_bytes":3}]}],"peak_private_bytes":7,"temporary_bytes":3,
-        "peak_mapped_bytes":8,"peak_budget_bytes":900,"scheme":"unit","error":{"message":"m","file":"f",
-        "wanted_bytes":5},"traffic":{"read_bytes":1,"written_bytes":2,"spilled_bytes":3},"budget_over_time":
-        [{"seconds":0,"free_bytes":1000,"charged":[]},{"seconds":1,"free_bytes":100,"charged":
-        [{"image":"object","bytes":900}]}],"memory_over_time":
-        [{"seconds":0.1,"private_bytes":5,"mapped_bytes":4},{"seconds":0.9,"private_bytes":7,"mapped_bytes":8}],
-        "bands":[{"step":0,"image":0,"seconds":0.6,"top":2,"bottom":3,"frame":1}],"threads":[{"entry":0,"thread":9,
-        "step":"読","step_english":"read","work":"w","event":"Enter"}],"mappings":[{"entry":0,"name":"n","remainder":8}],
-        "tables":{"memory":[{"section":"読","english":"read","keys":[{"key":"k","english":"k","value":"1",
-        "value_english":"1"}]}],"threads":[],"mappings":[],"maximum_bytes":900}})");
-    ForRandom(100, [&](Random& random) {
+    std::ifstream file(SAMPLE_REPORT);
+    const auto sample = ordered_json::parse(file);
+    ForChoices(100, [&](Choices& choices) {
         ordered_json report = sample;
-        if (random(0, 9) > 0) // one in ten stays as it is
-            Damage(report, random);
+        if (choices.Number(0, 9) > 0) // one in ten stays as it is
+            Damage(report, choices);
         string szPage;
         ASSERT_NO_THROW(szPage = ReportPage(report)) << report;
         for (const char* pszText : {"<script", "\x01", "\"&amp;", "&'"})
