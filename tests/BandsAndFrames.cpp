@@ -32,8 +32,7 @@ TEST_F(Bands, StayInsideTheImage)
 TEST_F(Bands, ReachTheFrameInTheMargins)
 {
     Shrink(kMiB);
-    TestImage image(Geometry(984, 400, 8)); // 4000 bytes a line
-    image.SetFsize(2);
+    TestImage image(Geometry(984, 400, 8), 2); // 4000 bytes a line
     ASSERT_OK(Step({&image}, {}).Alloc());
     ASSERT_EQ(ACS_MMF, image.m_pImageCtrl->GetAcsType());
     T_ImageLrg_tag band{};
@@ -55,8 +54,7 @@ TEST_F(Bands, ReachTheFrameInTheMargins)
 TEST_F(Bands, KeepToTheBufferWhereTheFrameDoesNot)
 {
     for (const auto& [nMarginX, nMarginY] : {std::pair(4, 1), {0, 2}, {0, 0}}) {
-        TestImage image(Geometry(20, 30, 4));
-        image.SetFsize(3);
+        TestImage image(Geometry(20, 30, 4), 3);
         T_ImageLrg_tag info{}, band{};
         image.GetImageInfo(&info);
         info.nMarginX = nMarginX;
@@ -89,8 +87,7 @@ static int Source(int nMode, int nIndex, int nCount)
 static void CheckFrame(int nFormat, int nMode, int nWidth, int nHeight, int nFrame)
 {
     const int nMargin = 4, nColor = 0x44332211;
-    TestImage image(Geometry(nWidth, nHeight, nMargin, nFormat));
-    image.SetFsize(nFrame);
+    TestImage image(Geometry(nWidth, nHeight, nMargin, nFormat), nFrame);
     ASSERT_OK(Step({&image}, {}).Alloc());
     const int P = image.m_ImgInfo.nPixelBytes, L = image.m_ImgInfo.nLineBytes,
               nBytes = image.m_ImgInfo.nBufSize;
@@ -148,8 +145,7 @@ TEST_F(Frames, AreStoredOrRefused)
     EXPECT_EQ(0, image.m_ImgInfo.nFrameMode);
     EXPECT_OK(image.SetFrameColor(MM_FRAME_MIRROR, 0)) << "no frame: nothing is mapped";
     EXPECT_EQ(2, image.m_ImgInfo.nFrameMode);
-    TestImage framed(Geometry(4, 4, 2));
-    framed.SetFsize(1);
+    TestImage framed(Geometry(4, 4, 2), 1);
     framed.m_nUnitMode = 1;
     EXPECT_OK(framed.SetFrameColor(MM_FRAME_REPLICATE, 0)) << "unit bands are painted when read";
     framed.m_nUnitMode = 0;

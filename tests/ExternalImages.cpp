@@ -14,12 +14,11 @@ struct Wrapped
     CImageObjIO io;
     int nHeader;
 
-    Wrapped(int nFileType, int nWidth, int nHeight, int nExternalFormat, int nObjectFormat,
-            tag_E_IMGTYPE eRole, int nTmpBufMode = 0)
+    Wrapped(int nFileType, int nWidth, int nHeight, int nExternal, int nObject, tag_E_IMGTYPE eRole,
+            int nTmpBufMode = 0)
         : nHeader(nFileType == MM_FILE_BITMAP ? MM_BITMAP_HEADER_BYTES : 0)
     {
-        T_ImgInf inf{nFileType, ACS_MEMORY,      sBlock.data(), nHeader, nWidth,
-                     nHeight,   nExternalFormat, nObjectFormat, 0};
+        T_ImgInf inf{nFileType, ACS_MEMORY, sBlock.data(), nHeader, nWidth, nHeight, nExternal, nObject, 0};
         if (eRole != IMG_INPUT)
             std::swap(inf.nSrcFormat, inf.nDstFormat);
         EXPECT_OK(io.InitForUnify(&inf, eRole, 0, 0, 0, MM_ALIGN_LINES, 0, nTmpBufMode));

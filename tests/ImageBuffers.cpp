@@ -67,17 +67,6 @@ TEST_F(ImageBuffers, AreChargedFilledInAndGivenBack)
     EXPECT_EQ(nullptr, none.pBase);
 }
 
-TEST_F(ImageBuffers, KeepAPixelSizeOfTheirOwn)
-{
-    T_ImageLrg_tag info = Geometry(5, 2, 1, 0x101, MM_ALIGN_LINES);
-    info.nSampleBytes = info.nSamples = 1;
-    info.nPixelBytes = 3;
-    ASSERT_OK(CImageObj().CalcAlign(&info));
-    EXPECT_EQ(16, info.nAllocWidth) << "rounded by the sample size";
-    EXPECT_EQ(48, info.nLineBytes) << "sized by the pixel size";
-    EXPECT_EQ(16, info.nLineSamples);
-}
-
 TEST_F(Budget, IsSizedWithinItsLimits)
 {
     // asked for and given: reserve and mapping, in MiB

@@ -6,23 +6,22 @@ using ImageObject = BudgetTest;
 
 TEST_F(ImageObject, TakesItsGeometryFromASource)
 {
-    TestImage source(Geometry(100, 50, 4, MM_FORMAT_BGR24, MM_ALIGN_LINES));
-    source.SetFsize(2);
+    TestImage source(Geometry(100, 50, 4, MM_FORMAT_BGR24, MM_ALIGN_LINES), 2);
     source.m_ImgInfo.nBandLines = 7;
-    using Numbers = std::array<int, 8>; // width, height, a pixel's bytes and samples, a line's bytes, format,
-                                        // and the band state, which is not taken over
+    // width, height, a pixel's bytes and samples, a line's bytes and samples, format, and the band state,
+    // which is not taken over
+    using Numbers = std::array<int, 9>;
     const auto expect = [&](const Numbers& wanted, const CImageObj& image, const char* pszCase) {
-        const auto& info = image.m_ImgInfo;
-        EXPECT_EQ(wanted, (Numbers{info.nWidth, info.nHeight, info.nPixelBytes, info.nSamples,
-                                   info.nLineBytes, info.nFormat, info.nBandLines, info.nFsize}))
+        const auto& i = image.m_ImgInfo;
+        EXPECT_EQ(wanted, (Numbers{i.nWidth, i.nHeight, i.nPixelBytes, i.nSamples, i.nLineBytes,
+                                   i.nLineSamples, i.nFormat, i.nBandLines, i.nFsize}))
             << pszCase;
-        EXPECT_NE(nullptr, image.m_pImageCtrl) << pszCase;
-        EXPECT_NE(source.m_pImageCtrl, image.m_pImageCtrl) << pszCase;
+        EXPECT_TRUE(image.m_pImageCtrl && image.m_pImageCtrl != source.m_pImageCtrl) << pszCase;
     };
-    expect({100, 50, 3, 3, 336, 0x1301}, CImageObj(&source), "as it is");
-    expect({100, 50, 3, 3, 336, 0x1301}, CImageObj(&source, 0, -1, 0), "nothing replaced");
-    expect({10, 20, 5, 3, 32 * 5, 0x1301}, CImageObj(&source, 10, 20, 5), "own pixel size");
-    expect({10, 50, 8, 4, 96, 0x1301}, CImageObj(&source, 10, 0, 1, 1, MM_FORMAT_RAW64, 0), "own samples");
+    expect({100, 50, 3, 3, 336, 336, 0x1301}, CImageObj(&source), "as it is");
+    expect({100, 50, 3, 3, 336, 336, 0x1301}, CImageObj(&source, 0, -1, 0), "nothing replaced");
+    expect({10, 20, 5, 3, 160, 96, 0x1301}, CImageObj(&source, 10, 20, 5), "own pixel size");
+    expect({10, 50, 8, 4, 96, 48, 0x1301}, CImageObj(&source, 10, 0, 1, 1, 0x0422, 0), "own samples");
 }
 
 TEST_F(ImageObject, CompletesAGeometryOrRefusesIt)
@@ -84,38 +83,29 @@ TEST_F(ImageObject, ChargesBandsWithTheirFrame)
     const int cases[][5] = {{5, 1, 0, 16, 16},        {100, 2, 8, 200, 84}, {5, 1, 8, 16, 16},
                             {5000, 1, 0, 1016, 1000}, {17, 1, 0, 17, 17},   {0, 3, 8, 1016, 1000}};
     for (const auto& [nBand, nCount, nFrame, nLines, nBandLines] : cases) {
-        TestImage image(Geometry(10, 1000, 8));
-        image.SetFsize(nFrame);
+        TestImage image(Geometry(10, 1000, 8), nFrame);
         EXPECT_EQ(nLines * image.m_ImgInfo.nLineBytes, image.SetBandInfo(nBand, nCount)) << nBand;
         EXPECT_EQ(nBandLines, image.m_ImgInfo.nBandLines) << nBand;
     }
     EXPECT_EQ(INT_MAX, TestImage(Geometry(500000000, 1)).SetBandInfo(1, 10)) << "held within 32 bits";
 }
 
-/// Gives the work every byte of a band's own pixels, and the value that it has in this test.
-template <class Work> static void ForEachByte(const T_ImageLrg_tag& band, int nSeed, Work work)
+/// Writes the picture of a number, or finds it, upwards in two-line ranges: through views of its own.
+static void VisitLines(CImageObj& image, int nPicture, bool bWrite)
 {
-    for (int k = 0; k < band.nBandLines; ++k)
-        for (int x = 0; x < band.nWidth * band.nPixelBytes; ++x)
-            work(band.pImage[k * band.nLineBytes + x],
-                 static_cast<unsigned char>(nSeed + (band.nBandTop + k) * 7 + x));
-}
-
-static void WriteLines(CImageObj& image, int nSeed)
-{
-    ForEachBand(image, [&](const auto& band) {
-        ForEachByte(band, nSeed, [](auto& nByte, auto nValue) { nByte = nValue; });
-    });
-}
-
-// Reads upwards in two-line ranges, so that other views than the writer's are used.
-static void ExpectLines(CImageObj& image, int nSeed)
-{
+    const int nSlot = bWrite ? 0 : 3;
     T_ImageLrg_tag band{};
     for (int nLast = image.m_ImgInfo.nHeight - 1; nLast >= 0; nLast -= 2) {
-        ASSERT_OK(image.MapBandRange(std::max(nLast - 1, 0), nLast, &band, 3));
-        ForEachByte(band, nSeed, [&](auto nByte, auto nValue) { ASSERT_EQ(nValue, nByte) << nLast; });
-        ASSERT_OK(image.UnmapBand(3));
+        ASSERT_OK(image.MapBandRange(std::max(nLast - 1, 0), nLast, &band, nSlot));
+        for (int i = 0; i < band.nBandLines * band.nWidth * 3; ++i) {
+            const int y = i / (band.nWidth * 3), x = i % (band.nWidth * 3);
+            const auto nValue = static_cast<unsigned char>(nPicture + (band.nBandTop + y) * 7 + x);
+            auto& nByte = band.pImage[y * band.nLineBytes + x];
+            if (bWrite)
+                nByte = nValue;
+            ASSERT_EQ(nValue, nByte) << "line " << band.nBandTop + y << " byte " << x;
+        }
+        ASSERT_OK(image.UnmapBand(nSlot));
     }
 }
 
@@ -126,34 +116,34 @@ TEST_F(ImageObject, KeepsItsPixelsInEveryKindOfStore)
     TestImage image(Geometry(301, 700, 3, MM_FORMAT_BGR24, MM_ALIGN_LINES));
     const LONG nWhole = image.GetAreaSize();
     ASSERT_OK(Step({&image}, {}).Alloc());
-    WriteLines(image, 1);
-    ExpectLines(image, 1);
+    VisitLines(image, 1, true);
+    VisitLines(image, 1, false);
     EXPECT_EQ(4 * kMiB - nWhole, CImageObj::AskFreeMemory());
 
     ASSERT_OK(image.CnvFileImg());
     EXPECT_EQ(4 * kMiB, CImageObj::AskFreeMemory());
     EXPECT_EQ(nullptr, image.m_pImageCtrl->GetMemPtr());
-    ExpectLines(image, 1);
+    VisitLines(image, 1, false);
     T_ImageLrg_tag band{};
     EXPECT_CODE(MM_RANGE_REVERSED, image.MapBand(0, &band, MM_BAND_DOWNWARD, 0)) << "not planned yet";
 
     ASSERT_OK(Step({&image}, {}).Alloc());
     EXPECT_EQ(1, image.m_pImageCtrl->GetAllMapFlg());
-    ExpectLines(image, 1);
+    VisitLines(image, 1, false);
     ASSERT_OK(image.CnvFileImg());
 
     Shrink(kMiB / 8);
     ASSERT_OK(Step({&image}, {}).Alloc());
     EXPECT_EQ(0, image.m_pImageCtrl->GetAllMapFlg());
     EXPECT_LT(image.m_ImgInfo.nBandLines, 700);
-    WriteLines(image, 3);
-    ExpectLines(image, 3);
+    VisitLines(image, 3, true);
+    VisitLines(image, 3, false);
 
     CImageObj other;
     other.ExchangeImg(&image);
     EXPECT_EQ(nullptr, image.m_pImageCtrl);
     EXPECT_EQ(kMiB / 8, CImageObj::AskFreeMemory()) << "a file that changes hands is planned afresh";
-    ExpectLines(other, 3);
+    VisitLines(other, 3, false);
     EXPECT_OK(other.Destroy());
 }
 

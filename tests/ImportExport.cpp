@@ -11,8 +11,7 @@ constexpr std::size_t kHeader = MM_BITMAP_HEADER_BYTES;
 constexpr int kOnes[] = {0, 0xFF, 0xFFFF}; // by bytes per sample
 
 /// The host's file: a bitmap or raw image of samples of nDepth bytes, with nFourth for every fourth sample.
-std::string FileOf(int nType, std::size_t nDepth, int nWidth, int nHeight, int nBottomUp, int nFourth,
-                   char cPad)
+std::string FileOf(int nType, int nDepth, int nWidth, int nHeight, int nBottomUp, int nFourth, char cPad)
 {
     const auto value = [=](int x, int y, int n) {
         const int nOwn = Sample(x, nBottomUp ? nHeight - 1 - y : y, n) & kOnes[nDepth];
@@ -31,7 +30,7 @@ struct Transfer
     void Run(bool bWhole) const
     {
         const Layout &from = kLayouts[nIn], &to = kLayouts[nOut];
-        const std::size_t nDepth = from.nSampleBytes;
+        const int nDepth = int(from.nSampleBytes);
         const bool bOpaque = nAlpha == 1 || (nObjectFormat >> 8 & 0xF) == 3;
         const int nUnset = from.nSamples == 4 ? kOwn : kOnes[nDepth];
         const int nFourth = bOpaque ? kOnes[to.nSampleBytes] : nUnset;
@@ -112,14 +111,13 @@ TEST_F(ImportExport, WriteEachRangeToItsOwnPlace)
 {
     for (const auto& [nMode, bRange] : {std::pair(0, true), {1, true}, {1, false}})
         for (const auto eAccess : {ACS_MMF, ACS_MEMORY, ACS_FILEIO}) {
-            SCOPED_TRACE(testing::Message() << nMode << bRange << eAccess);
+            SCOPED_TRACE(testing::PrintToString(std::tuple(nMode, bRange, eAccess)));
             std::string sLines(40 * 48, '\0'), sBlock(sLines.size(), '.');
             std::iota(sLines.begin(), sLines.end(), '\1');
             const HostFile file(eAccess == ACS_MMF ? sBlock : "");
             T_ImgInf inf{MM_FILE_RAW, eAccess, file.Handle(), 0, 8, 40, 0x1322, 0x1322, 48};
             inf.hData = eAccess == ACS_MEMORY ? sBlock.data() : inf.hData;
-            CImageObjIO io;
-            ASSERT_OK(io.InitForUnify(&inf, IMG_OUTPUT, 0, 0, 0, MM_ALIGN_LINES, 0, nMode));
+            HostImage io(inf, IMG_OUTPUT, 0, nMode);
             io.m_ImgInfo.nLineBytes = 48;
             T_ImageLrg_tag band{};
             for (const int nTop : {10, 0, 30, 20}) {

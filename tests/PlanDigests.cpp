@@ -4,12 +4,10 @@
 #include "ReportFiles.h"
 #include "TestImages.h"
 
-namespace {
-
 constexpr int kFormats[] = {MM_FORMAT_BGR24, MM_FORMAT_BGRA32, MM_FORMAT_RAW48, MM_FORMAT_RAW64};
 
 /// The FNV-1a digest of 64 bits of steps with images of all sizes up to 2 GiB.
-std::uint64_t PlansWithin(int nMiB)
+static std::uint64_t PlansWithin(int nMiB)
 {
     std::uint64_t nHash = 0xCBF29CE484222325;
     const auto add = [&](std::int64_t nNumber) {
@@ -43,8 +41,6 @@ std::uint64_t PlansWithin(int nMiB)
     }
     return nHash;
 }
-
-} // namespace
 
 using Plans = BudgetTest;
 

@@ -28,56 +28,48 @@ TEST_F(Planner, KeepsSmallImagesWhole)
 
 TEST_F(Planner, SharesWhatIsLeft)
 {
-    using Numbers = std::vector<int>;
-    const std::tuple<const char*, Numbers, Numbers, Numbers> cases[] = {
-        // ratios of the inputs and of the output, and the lines of all their bands
-        {"equal ratios", {100}, {100}, {500, 500}},
-        {"input at twice the ratio", {200}, {100}, {667, 333}},
-        {"two inputs: one half, then half of the rest", {100, 100}, {}, {500, 250}},
-        {"one input alone", {100}, {}, {1000}}};
-    for (const auto& [pszCase, inputs, outputs, bands] : cases) {
+    using Images = std::vector<std::array<int, 3>>; // bytes of a line, lines, ratio
+    const Images one{{1000, 20000, 100}}, two(2, one[0]), small{{2000, 10000, 100}};
+    // inputs and outputs, the budget, and the lines of all their bands
+    const std::tuple<const char*, Images, Images, int, std::vector<int>> cases[] = {
+        {"equal ratios", one, one, 1000000, {500, 500}},
+        {"input at twice the ratio", {{1000, 20000, 200}}, one, 1000000, {667, 333}},
+        {"two inputs: one half, then half of the rest", two, {}, 1000000, {500, 250}},
+        {"one input alone", one, {}, 1000000, {1000}},
+        {"output capped: inputs are whole", small, {{10000, 20000, 100}}, 100 * kMiB, {10000, 2516}},
+        {"a tenth of the ratio, of the lines", small, {{10000, 20000, 10}}, 100 * kMiB, {10000, 1000}}};
+    for (const auto& [pszCase, inputs, outputs, nBudget, bands] : cases) {
         SCOPED_TRACE(pszCase);
-        Shrink(1000000);
+        nBudget < kMiB ? Shrink(nBudget) : Reset();
         std::list<TestImage> images;
-        const auto list = [&](const Numbers& ratios) {
+        const auto list = [&](const Images& shapes) {
             std::vector<CImageObj*> added;
-            for (const int nRatio : ratios) {
-                added.push_back(&images.emplace_back(Lines(1000, 20000)));
+            for (const auto& [nLineBytes, nHeight, nRatio] : shapes) {
+                added.push_back(&images.emplace_back(Lines(nLineBytes, nHeight)));
                 added.back()->SetRatio(nRatio);
             }
             return added;
         };
         const auto in = list(inputs), out = list(outputs);
         ASSERT_OK(Step(in, out).Alloc());
-        LONG nLeft = 1000000;
+        LONG nLeft = nBudget;
         auto pBand = bands.begin();
         for (TestImage& image : images) {
-            EXPECT_EQ(
-                std::tuple(*pBand, *pBand * 1000, ACS_MMF),
-                std::tuple(image.m_ImgInfo.nBandLines, image.m_nAreaSize, image.m_pImageCtrl->GetAcsType()));
-            nLeft -= *pBand++ * 1000;
+            const auto& info = image.m_ImgInfo;
+            const LONG nCharge = *pBand * info.nLineBytes;
+            const auto eAccess = *pBand < info.nHeight ? ACS_MMF : ACS_MEMORY;
+            EXPECT_EQ(std::tuple(*pBand++, nCharge, eAccess),
+                      std::tuple(info.nBandLines, image.m_nAreaSize, image.m_pImageCtrl->GetAcsType()));
+            nLeft -= nCharge;
         }
         EXPECT_EQ(nLeft, CImageObj::AskFreeMemory());
-    }
-}
-
-TEST_F(Planner, CapsTheOutputsBandWhenInputsAreWhole)
-{
-    // At a tenth of the input's ratio the band is a tenth of the input's lines.
-    for (const auto& [nRatio, nLines] : {std::pair(100, 2516), {10, 1000}}) {
-        TestImage in(Lines(2000, 10000)), out(Lines(10000, 20000));
-        out.SetRatio(nRatio);
-        ASSERT_OK(Step({&in}, {&out}).Alloc());
-        EXPECT_EQ(std::pair(20000000, nLines), std::pair(in.m_nAreaSize, out.m_ImgInfo.nBandLines));
-        EXPECT_EQ(100 * kMiB - 20000000 - 10000 * nLines, CImageObj::AskFreeMemory());
     }
 }
 
 TEST_F(Planner, BandsWhatIsLargerThanOneMapping)
 {
     CImageObj::InitBaseMemory(400 * kMiB, 64 * kMiB);
-    TestImage in(Geometry(20480, 10240, 8, 0x101));
-    in.SetFsize(8);
+    TestImage in(Geometry(20480, 10240, 8, 0x101), 8);
     Step step({&in}, {});
     step.request.nMapCnt = 2;
     ASSERT_OK(step.Alloc());

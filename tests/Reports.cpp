@@ -26,9 +26,8 @@ TEST_F(Reports, TellWhatThePlannerGaveEachImage)
     const RunFolder folder;
     const std::string sMaximum = Cp932("最大使用メモリ量");
     Shrink(100300);
-    TestImage in(Geometry(96, 96, 2)), out(Geometry(200, 200)), tmp(Geometry(100, 50));
+    TestImage in(Geometry(96, 96, 2), 2), out(Geometry(200, 200)), tmp(Geometry(100, 50));
     CImageObj bare;
-    EXPECT_OK(in.SetFsize(2));
     EXPECT_OK(out.SetRatio(200));
     EXPECT_OK(Step({&tmp}, {}).Alloc());
     EXPECT_OK(tmp.CnvFileImg());

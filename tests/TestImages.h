@@ -20,11 +20,15 @@ inline T_ImageLrg_tag Geometry(int nWidth, int nHeight, int nMargin = 0, int nFo
     return info;
 }
 
-/// An object with a geometry, destroyed with its scope.
+/// An object with a geometry and a frame, destroyed with its scope.
 class TestImage final : public CImageObj
 {
 public:
-    explicit TestImage(T_ImageLrg_tag info) { EXPECT_OK(SetImageInfo(&info)); }
+    explicit TestImage(T_ImageLrg_tag info, int nFrame = 0)
+    {
+        EXPECT_OK(SetImageInfo(&info));
+        EXPECT_OK(SetFsize(nFrame));
+    }
 };
 
 /// An I/O object over a file or block of the host.

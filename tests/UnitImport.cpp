@@ -3,12 +3,10 @@
 
 #include "ExternalPictures.h"
 
-namespace {
-
 constexpr tag_E_ACSTYPE kAccesses[] = {ACS_MMF, ACS_MEMORY, ACS_FILEIO};
 
 /// An external image of one of the host's data types.
-T_ImgInf Image(int nType, tag_E_ACSTYPE eAccess, void* pData, int nWidth, int nHeight)
+static T_ImgInf Image(int nType, tag_E_ACSTYPE eAccess, void* pData, int nWidth, int nHeight)
 {
     const int nFormat = kLayouts[nType].nFormat, nUnit = nType == 0 ? 4 : 1;
     const std::int64_t nPixels = std::int64_t{nWidth} * (nType % 2 + 3) * (nType / 2 + 1);
@@ -17,13 +15,11 @@ T_ImgInf Image(int nType, tag_E_ACSTYPE eAccess, void* pData, int nWidth, int nH
 }
 
 /// Bytes of a band's line of four samples.
-std::int64_t BandLine(int nWidth, int nSampleBytes, int nAlign)
+static std::int64_t BandLine(int nWidth, int nSampleBytes, int nAlign)
 {
     const int nUnit = nAlign == MM_ALIGN_LINES ? 16 / nSampleBytes : 1;
     return std::int64_t{4} * nSampleBytes * ((nWidth + nUnit - 1) / nUnit * nUnit);
 }
-
-} // namespace
 
 using UnitImport = BudgetTest;
 
@@ -125,15 +121,6 @@ TEST_F(UnitImport, DuplicatesBetweenObjectsAndLeavesNothingMapped)
     EXPECT_CODE(MM_BAD_ARGUMENT, DuplicateImageForUnit(&writer, &reader)) << "bands of 4 lines and of 1";
     EXPECT_TRUE(!reader.m_ImgInfo.pBase && !writer.m_ImgInfo.pBase);
     EXPECT_EQ(100 * kMiB, CImageObj::AskFreeMemory());
-
-    in = Image(0, ACS_MEMORY, nullptr, 10, 100), out = Image(1, ACS_MEMORY, sBlock.data(), 30, 300);
-    // One line and the three that it becomes take 40 + 3 * (120 + 120) bytes.
-    for (const auto& [nUnit, nLines] : {std::pair(24 * kMiB, 100), {9 * 760, 9}, {9 * 760 - 1, 8}, {0, 1}}) {
-        CImageObj::ms_nUseMaxMemoryUnit = nUnit;
-        EXPECT_OK(ImportImgForUnitEnLarge(&writer, &out, &reader, &in, 0, nullptr, 0));
-        EXPECT_EQ(nLines, reader.GetBandHeight());
-        EXPECT_EQ(nLines * 3, writer.GetBandHeight());
-    }
 }
 
 TEST_F(UnitImport, RefusesBeforeAnythingIsWritten)

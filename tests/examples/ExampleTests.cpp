@@ -45,22 +45,16 @@ int Sample(int x, int y, int i)
 /// A bitmap of the samples that the function gives, with bytes that mean nothing ahead of them.
 template <class Function> std::string BitmapOf(int nSamples, Function sample, int nGap = 0)
 {
-    std::string s(std::size_t(kHeader + LineBytes(nSamples) * kHeight), '\0');
-    const auto put = [&](int nAt, int nValue) {
-        for (int i = 0; i < 4; ++i)
-            s[std::size_t(nAt + i)] = char(nValue >> 8 * i);
-    };
-    s.replace(0, 2, "BM");
-    put(2, int(s.size()));
-    const int fields[] = {
-        kHeader + nGap, 40, kWidth, kHeight, nSamples << 19 | 1, 0, LineBytes(nSamples) * kHeight};
-    for (int i = 0; i < 7; ++i)
-        put(10 + 4 * i, fields[i]);
-    for (int y = 0; y < kHeight; ++y)
+    const int nBytes = LineBytes(nSamples) * kHeight, nPad = LineBytes(nSamples) - kWidth * nSamples;
+    std::string s = "BM";
+    for (const int n :
+         {kHeader + nBytes, 0, kHeader + nGap, 40, kWidth, kHeight, nSamples << 19 | 1, 0, nBytes})
+        s.append(reinterpret_cast<const char*>(&n), 4);
+    s.resize(kHeader, '\0');
+    s.append(std::size_t(nGap), '?');
+    for (int y = 0; y < kHeight; ++y, s.append(std::size_t(nPad), '\0'))
         for (int n = 0; n < kWidth * nSamples; ++n)
-            s[std::size_t(kHeader + y * LineBytes(nSamples) + n)] =
-                char(sample(n / nSamples, y, n % nSamples));
-    s.insert(kHeader, std::size_t(nGap), '?');
+            s += char(sample(n / nSamples, y, n % nSamples));
     return s;
 }
 

@@ -149,8 +149,7 @@ TEST_F(PosixLayer, NamelessDataIsPrivateAndTakesOnlyItsOwnNameAlong)
         std::filesystem::remove("gone");
         Put("gone", "somebody else's");
         std::filesystem::current_path("/");
-        EXPECT_TRUE(CloseHandle(hMine));
-        EXPECT_TRUE(CloseHandle(hGone));
+        EXPECT_TRUE(CloseHandle(hMine) && CloseHandle(hGone));
     });
     EXPECT_EQ((Names{".", "..", "gone"}), Find("*"));
 }

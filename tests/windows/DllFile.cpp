@@ -13,31 +13,28 @@ namespace {
 class Dll
 {
 public:
-    Dll() : m_hModule(LoadLibraryA(MM_DLL)) {}
+    Dll() = default;
     ~Dll() { FreeLibrary(m_hModule); }
     Dll(const Dll&) = delete;
     Dll& operator=(const Dll&) = delete;
 
     template <class T> const T* At(DWORD nPlace) const
     {
-        return reinterpret_cast<const T*>(reinterpret_cast<const BYTE*>(m_hModule) + nPlace);
+        return reinterpret_cast<const T*>(m_pBase + nPlace);
     }
     const IMAGE_NT_HEADERS& Headers() const
     {
         return *At<IMAGE_NT_HEADERS>(static_cast<DWORD>(At<IMAGE_DOS_HEADER>(0)->e_lfanew));
     }
-    DWORD Directory(int nIndex) const
-    {
-        return Headers().OptionalHeader.DataDirectory[nIndex].VirtualAddress;
-    }
-
+    DWORD Directory(int n) const { return Headers().OptionalHeader.DataDirectory[n].VirtualAddress; }
     template <class T> T Find(const char* pszName) const
     {
         return reinterpret_cast<T>(reinterpret_cast<void*>(GetProcAddress(m_hModule, pszName)));
     }
 
 private:
-    HMODULE m_hModule;
+    HMODULE m_hModule = LoadLibraryA(MM_DLL);
+    const BYTE* m_pBase = reinterpret_cast<const BYTE*>(m_hModule);
 };
 
 std::vector<std::string> ImportedDlls(const Dll& dll)
