@@ -147,6 +147,8 @@ protected:
     static int ms_ExecuteFlg;             ///< not 0: GetTempDirctoryName refuses with 18
 
 private:
+    friend bool IsTooShort(const CImageCtrl& store, const T_ImageLrg_tag& info);
+
     bool MakeTempName();
     DWORD GiveUpTempFile(int nLine);
     struct TempFile;

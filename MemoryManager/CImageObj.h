@@ -76,7 +76,8 @@ public:
     /// Resets the band state of m_ImgInfo: ratio 100; band lines, frame size and frame mode 0.
     void InitObj();
 
-    /// Gives the object a geometry. Makes a store when there is none.
+    /// Gives the object a geometry. Makes a store when there is none. A store that holds an image stays as it
+    /// is: call Destroy first when the new image is larger.
     ///
     /// @param pInfo  in: size, margins, format and alignment type, band state. Completed in place: samples
     ///               and pixel size from nFormat, layout by CalcAlign. For a unit object pixels have four
@@ -107,7 +108,8 @@ public:
     /// @param nSize      bytes of the whole image
     /// @param nAllotted  bytes of the budget allotted to it
     /// @param nSlots     view slots, 1 to 10, of a store made here
-    /// @return 0; 18 no store; 66; a code of CImageCtrl::Create. m_nAreaSize is not changed.
+    /// @return 0; 18 no store, or one that was made for a smaller image; 66; a code of CImageCtrl::Create.
+    ///         m_nAreaSize is not changed.
     virtual DWORD Create(LONG nSize, LONG nAllotted, int nSlots);
 
     /// Lines of a band: m_ImgInfo.nBandLines.
@@ -234,9 +236,9 @@ public:
     ///
     /// @param pRequest            the counts, and the smallest band; not changed
     /// @param ppIn, ppOut, ppTmp  arrays with as many objects as the request counts; null for a count of 0
-    /// @return 0; 18 a null object, one without store or geometry, with a negative ratio or with bands beyond
-    ///         32 bits, or counts out of range: nothing is changed; 88; 89; a code of Create: call Destroy on
-    ///         what is not planned again
+    /// @return 0; 18 a null object, one without store or geometry, with a store that was made for a smaller
+    ///         image, with a negative ratio or with bands beyond 32 bits, or counts out of range: nothing is
+    ///         changed; 88; 89; a code of Create: call Destroy on what is not planned again
     ///
     /// Any thread; takes the lock for the sizing only. The objects of one step belong to one thread. Can take
     /// 60 s while address space is short.

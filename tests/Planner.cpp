@@ -159,6 +159,23 @@ TEST_F(Planner, MakesWhatAFailedStepChargedForAndDidNotReach)
     Reset(); // a failed step's charges are not given back
 }
 
+TEST_F(Planner, GivesNothingThatStoreOrChargeDoesNotHold)
+{
+    T_ImageLrg_tag larger = Lines(1000, 4000);
+    for (const LONG nBudget : {4 * kMiB, kMiB}) { // held whole, and banded
+        SCOPED_TRACE(nBudget);
+        Shrink(nBudget);
+        TestImage image(Lines(1000, 3000));
+        Step step({}, {&image});
+        ASSERT_OK(step.Alloc());
+        const std::pair before(image.GetBandHeight(), CImageObj::AskFreeMemory());
+        ASSERT_OK(image.SetImageInfo(&larger));
+        EXPECT_CODE(MM_BAD_ARGUMENT, step.Alloc()) << "the store is shorter";
+        EXPECT_CODE(MM_BAD_ARGUMENT, image.Create(image.GetAreaSize(), image.m_nAreaSize, 1));
+        EXPECT_EQ(before.second, CImageObj::AskFreeMemory());
+    }
+}
+
 TEST_F(Planner, CarriesAnInputFromStepToStep)
 {
     Shrink(4 * kMiB);

@@ -159,7 +159,7 @@ int CImageObj::GetAreaSize()
 
 DWORD CImageObj::Create(LONG nSize, LONG nAllotted, int nSlots)
 {
-    if (!m_pImageCtrl)
+    if (!m_pImageCtrl || IsTooShort(*m_pImageCtrl, m_ImgInfo))
         return MM_BAD_ARGUMENT;
     if (HasFile(*m_pImageCtrl)) {
         if (nSize > nAllotted)

@@ -206,12 +206,13 @@ int SmallestBand(const tag_MemAlloc& request)
     return std::max(request.nMinBand, kSmallestBand);
 }
 
-/// Whether the object has a store and a sound geometry, and the charge of its smallest bands fits 32 bits.
-/// The charge of larger bands does, since each takes at most ms_MaxOneMappingSize.
+/// Whether the object has a sound geometry and a store that is not too short for it, and the charge of its
+/// smallest bands fits 32 bits. The charge of larger bands does, since each takes at most
+/// ms_MaxOneMappingSize.
 bool IsPlannable(CImageObj* pImage, int nSmallestBand, int nMapCnt)
 {
     if (!pImage || !pImage->m_pImageCtrl || pImage->GetAreaSize() <= 0 || !IsSoundBuffer(pImage->m_ImgInfo) ||
-        pImage->m_ImgInfo.nRatio < 0)
+        pImage->m_ImgInfo.nRatio < 0 || IsTooShort(*pImage->m_pImageCtrl, pImage->m_ImgInfo))
         return false;
     const T_ImageLrg_tag info = RecordOf(*pImage);
     const int nLines = std::min(nSmallestBand, info.nAllocHeight);

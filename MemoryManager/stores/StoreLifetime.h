@@ -1,6 +1,6 @@
 #pragma once
 // Making and deleting stores whose class the deleting side does not know, and asking whether a store has a
-// file.
+// file or lacks room.
 //
 // A store has no virtual destructor, because the slots of its virtual table are fixed. Both store classes are
 // trivially destructible, so that it is enough to return their storage.
@@ -10,6 +10,7 @@
 #include "MemoryManager/CImageCtrlIO.h"
 #include "Platform/Platform.h"
 
+#include <cstdint>
 #include <new>
 #include <type_traits>
 
@@ -33,4 +34,14 @@ inline void DeleteStore(CImageCtrl* pStore)
 inline bool HasFile(const CImageCtrl& store)
 {
     return store.GetFHandle() != INVALID_HANDLE_VALUE;
+}
+
+/// Whether a store was made for a smaller image: it ends before this buffer's last line does. The spare bytes
+/// of an aligned buffer do not count, since the file of a dump lacks some of them. A store over an image of
+/// the host's has that image's size, whatever the object's buffer takes.
+inline bool IsTooShort(const CImageCtrl& store, const T_ImageLrg_tag& info)
+{
+    const std::int64_t nEnd = store.m_nHdrSize + std::int64_t{info.nLineBytes} * info.nAllocHeight;
+    return store.m_bCreated == 1 && nEnd > store.m_nFileSize &&
+           dynamic_cast<const CImageCtrlIO*>(&store) == nullptr;
 }
