@@ -123,7 +123,7 @@ public:
     /// lines for which both have room become the band height of both records.
     ///
     /// What an earlier call made for the same sizes stays, with its content and addresses, and so does a band
-    /// height that was lowered since.
+    /// height that was lowered since, but not to 0.
     ///
     /// @param nSize, nAllotted, nSlots  as for CImageObj::Create
     /// @return 0; 1 no memory; 18 the object has no store over an external image; a code of

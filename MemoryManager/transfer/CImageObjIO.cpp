@@ -279,7 +279,9 @@ DWORD CImageObjIO::Create(LONG nSize, LONG nAllotted, int nSlots)
     int nLines = split.nLines;
     if (pStore->HoldsAllotment(nSize, split.nObject) &&
         pStore->WorkBufferBytes() == static_cast<SIZE_T>(split.nExternal)) {
-        nLines = std::min({nLines, m_ImgInfo.nBandLines, m_ImgInfoIO.nBandLines});
+        for (const int nLowered : {m_ImgInfo.nBandLines, m_ImgInfoIO.nBandLines})
+            if (nLowered > 0) // 0: the step was cleared
+                nLines = std::min(nLines, nLowered);
     } else {
         DWORD nResult = pStore->CreateTMPBuf(static_cast<int>(split.nExternal));
         if (nResult == MM_SUCCESS)
