@@ -229,10 +229,12 @@ public:
     /// of each object is its band height (nHeight when it is held whole), and m_nAreaSize its charge.
     ///
     /// An input that keeps a charge from an earlier step and lies in memory stays as it is; the charge of one
-    /// in a file is given back, and it is planned afresh. When a step with an input fails, the charges of its
-    /// outputs and temporaries are given back, the reserve is withheld until the first input's destructor
-    /// (not its Destroy) gives it back, and the step is planned once more with smallest bands. Charges whose
-    /// store could not be made are dropped: they come back to the budget with InitBaseMemory only.
+    /// in a file is given back, and it is planned afresh. Any image that holds a charge, but has the band
+    /// height 0, gets its whole height if the charge covers it; else it too is planned afresh. When a step
+    /// with an input fails, the charges of its outputs and temporaries are given back, the reserve is
+    /// withheld until the first input's destructor (not its Destroy) gives it back, and the step is planned
+    /// once more with smallest bands. Charges whose store could not be made are dropped: they come back to
+    /// the budget with InitBaseMemory only.
     ///
     /// @param pRequest            the counts, and the smallest band; not changed
     /// @param ppIn, ppOut, ppTmp  arrays with as many objects as the request counts; null for a count of 0

@@ -161,14 +161,17 @@ TEST_F(Planner, MakesWhatAFailedStepChargedForAndDidNotReach)
 
 TEST_F(Planner, GivesNothingThatStoreOrChargeDoesNotHold)
 {
-    T_ImageLrg_tag larger = Lines(1000, 4000);
+    T_ImageLrg_tag same = Lines(1000, 3000), larger = Lines(1000, 4000);
     for (const LONG nBudget : {4 * kMiB, kMiB}) { // held whole, and banded
         SCOPED_TRACE(nBudget);
         Shrink(nBudget);
-        TestImage image(Lines(1000, 3000));
+        TestImage image(same);
         Step step({}, {&image});
         ASSERT_OK(step.Alloc());
         const std::pair before(image.GetBandHeight(), CImageObj::AskFreeMemory());
+        ASSERT_OK(image.SetImageInfo(&same)); // clears the band height
+        ASSERT_OK(step.Alloc());
+        EXPECT_EQ(before, std::pair(image.GetBandHeight(), CImageObj::AskFreeMemory()));
         ASSERT_OK(image.SetImageInfo(&larger));
         EXPECT_CODE(MM_BAD_ARGUMENT, step.Alloc()) << "the store is shorter";
         EXPECT_CODE(MM_BAD_ARGUMENT, image.Create(image.GetAreaSize(), image.m_nAreaSize, 1));

@@ -275,6 +275,23 @@ void ReleaseChargeOfHostBlock(CImageObj& output)
     output.m_ImgInfo.nBandLines = output.m_ImgInfo.nHeight;
 }
 
+/// Gives an image that still holds its charge, but got a geometry without a band height since, a height: its
+/// own when the charge covers it. A smaller charge goes back, and the image is planned afresh.
+void RenewBandHeight(CImageObj& image)
+{
+    if (IsUncharged(image) || image.GetBandHeight() != 0)
+        return;
+    const LibraryLock lock; // SetBandInfo reads the smallest band
+    const LONG nCharge = image.m_nAreaSize;
+    if (nCharge >= image.GetAreaSize()) {
+        image.SetBandInfo(0, 1);
+        image.m_nAreaSize = nCharge;
+    } else {
+        ReturnToBudget(nCharge);
+        image.m_nAreaSize = 0;
+    }
+}
+
 DWORD CreateStore(CImageObj& image, int nSlots)
 {
     return image.Create(image.GetAreaSize(), image.m_nAreaSize, nSlots);
@@ -318,6 +335,10 @@ DWORD CImageObj::MemoryAlloc(tag_MemAlloc* pRequest, CImageObj** ppIn, CImageObj
 DWORD CImageObj::_MemoryAlloc(tag_MemAlloc* pRequest, CImageObj** ppIn, CImageObj** ppOut, CImageObj** ppTmp)
 {
     MemoryReturn(ppIn, pRequest->nInCnt);
+    const auto renew = [](CImageObj* pImage) { RenewBandHeight(*pImage); };
+    std::for_each(ppIn, ppIn + pRequest->nInCnt, renew);
+    std::for_each(ppOut, ppOut + pRequest->nOutCnt, renew);
+    std::for_each(ppTmp, ppTmp + pRequest->nTmpCnt, renew);
 
     const std::unique_ptr<CImageObj*[]> list(
         new (std::nothrow) CImageObj*[std::size_t(pRequest->nInCnt) + std::size_t(pRequest->nTmpCnt)]);
