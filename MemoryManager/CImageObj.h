@@ -150,9 +150,10 @@ public:
     /// nothing.
     void ExchangeImg(CImageObj* pOther);
 
-    /// Calls Destroy on the source and then makes the target a copy of it. A withheld reserve, a held unit
-    /// band, the unit mappings and, if m_nKeepStore has kept it, the store belong to the target afterwards.
-    /// Nothing that the target held is released: it must hold no store, charge, band or mapping.
+    /// Calls Destroy on the source and then makes the target a copy of it. A held unit band, the unit
+    /// mappings and, if m_nKeepStore has kept it, the store belong to the target afterwards, and so does a
+    /// withheld reserve, unless the target has one already. The target's own unit mappings are closed.
+    /// Nothing else that it held is released: it must hold no store, charge or band.
     static void ExchangeImg(CImageObj* pTarget, CImageObj* pSource);
 
     // Geometry --------------------------------------------------------------------------------------------

@@ -159,4 +159,6 @@ TEST_F(ImageObject, MovesWhatMayExistOnce) // and is given back once
     EXPECT_EQ(0, CImageObj::AskFreeMemory());
     spare.ExchangeImg(&target);
     EXPECT_EQ(std::pair(1, 0), std::pair(spare.m_nReserveTaken, target.m_nReserveTaken));
+    CImageObj::ExchangeImg(&spare, &target);
+    EXPECT_EQ(1, spare.m_nReserveTaken) << "the target's own mark";
 }

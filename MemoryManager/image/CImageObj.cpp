@@ -256,8 +256,10 @@ void CImageObj::ExchangeImg(CImageObj* pTarget, CImageObj* pSource)
     pSource->Destroy();
     if (pTarget == pSource)
         return;
+    CloseUnitMappings(*pTarget);
+    const bool bTaken = pTarget->m_nReserveTaken == 1; // then each of the two gives its own back
     *pTarget = *pSource;
-    pSource->m_nReserveTaken = 0;
+    (bTaken ? pTarget : pSource)->m_nReserveTaken = bTaken ? 1 : 0;
     pSource->m_hInMap = nullptr;
     pSource->m_hOutMap = nullptr;
     ForgetBuffer(*pSource); // a held band now belongs to the target

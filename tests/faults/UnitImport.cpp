@@ -38,6 +38,14 @@ TEST_F(UnitFaults, SetUpsReportWhatFailed)
             EXPECT_EQ(nLine > 0 ? sWanted : "", Take("log"));
             CloseHandle(m_out.hData);
         }
+    m_out.eAcsType = ACS_MEMORY, m_out.hData = m_block;
+    m_in = {MM_FILE_RAW, ACS_MMF, OpenHost(std::string(100, 'x')), 0, 5, 5, 0x401, 0x401, 20};
+    const int nHandles = faults::g_alive.nHandles;
+    EXPECT_OK(Prepare(false));
+    EXPECT_EQ(nHandles + 1, faults::g_alive.nHandles);
+    CImageObj::ExchangeImg(&m_image, &m_reader);
+    EXPECT_EQ(nHandles, faults::g_alive.nHandles) << "the target's mapping stays open";
+    CloseHandle(m_in.hData);
     m_in = {MM_FILE_RAW, ACS_MMF, OpenHost(""), 0, 5, 5, 0x401, 0x401, 20};
     EXPECT_CODE(MM_NO_MEMORY, Prepare(false)) << "an empty file has no mapping";
     CloseHandle(m_in.hData);
