@@ -156,6 +156,14 @@ TEST_F(Planner, MakesWhatAFailedStepChargedForAndDidNotReach)
     EXPECT_CODE(MM_FILE_ACCESS, step.Alloc());
     ASSERT_OK(step.Alloc());
     EXPECT_OK(second.MapBand(0, &band, MM_BAND_DOWNWARD, 0));
+
+    TestImage third(Lines(1000, 500));
+    third.SetBandInfo(0, 1); // as a failed step leaves it
+    first.Destroy();
+    ASSERT_OK(first.SetImageInfo(&info));
+    first.nFailures = 1;
+    EXPECT_CODE(MM_FILE_ACCESS, Step({}, {&first}, {&third}).Alloc());
+    EXPECT_EQ(500000, third.m_nAreaSize) << "a charge that this step did not make";
     Reset(); // a failed step's charges are not given back
 }
 

@@ -297,14 +297,17 @@ DWORD CreateStore(CImageObj& image, int nSlots)
     return image.Create(image.GetAreaSize(), image.m_nAreaSize, nSlots);
 }
 
-/// Makes the store of the output, then those of the listed images. The charge of a store that could not be
-/// made is dropped and does not go back to the budget, so that the second attempt has less to divide.
+/// Makes the store of the output, then those of the listed images: first the request's inputs, which are
+/// planned, then those that only hold a charge. The charge of a store that could not be made is dropped and
+/// does not go back to the budget, so that the second attempt has less to divide. So are the charges of all
+/// planned images when the output's store could not be made.
 DWORD CreateStores(const tag_MemAlloc& request, CImageObj** ppList, int nCount, CImageObj** ppOut)
 {
     if (request.nOutCnt != 0) {
         if (const DWORD nResult = CreateStore(*ppOut[0], 1); nResult != MM_SUCCESS) {
             ppOut[0]->m_nAreaSize = 0;
-            std::for_each(ppList, ppList + nCount, [](CImageObj* pImage) { pImage->m_nAreaSize = 0; });
+            std::for_each(ppList, ppList + request.nInCnt,
+                          [](CImageObj* pImage) { pImage->m_nAreaSize = 0; });
             return nResult;
         }
     }
