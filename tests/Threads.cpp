@@ -29,3 +29,21 @@ TEST_F(Threads, PlanAndWorkSideBySide)
     for (int i = 0; i < 4; ++i)
         threads.emplace_back(work, i);
 }
+
+// The thread sanitizer watches what the transfers share.
+TEST_F(Threads, ImportAndExportBlocks)
+{
+    const auto work = [](char chFill) {
+        std::string sIn(40 * 240, chFill), sOut(sIn.size(), '.');
+        T_ImgInf in{MM_FILE_RAW, ACS_MEMORY, sIn.data(), 0, 40, 40, 0x1322, 0x1322, 240}, out = in;
+        out.hData = sOut.data();
+        for (int i = 0; i < 50; ++i) {
+            CImageObj image;
+            ASSERT_OK(ImportImg(&image, &in, 0, nullptr));
+            ASSERT_OK(ExportImg(&image, &out, 0, nullptr, 0));
+        }
+        EXPECT_EQ(sIn, sOut);
+    };
+    std::jthread other(work, 'a');
+    work('b');
+}

@@ -266,6 +266,7 @@ void WithholdReserve(CImageObj& firstInput)
 /// addressable whole.
 void ReleaseChargeOfHostBlock(CImageObj& output)
 {
+    const LibraryLock lock; // SetBandInfo reads the smallest band
     const CImageCtrl* pStore = output.m_pImageCtrl;
     if (!pStore || pStore->GetImgType() == IMG_WORK || pStore->GetAcsType() != ACS_MEMORY)
         return;
