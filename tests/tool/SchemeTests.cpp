@@ -162,29 +162,47 @@ TEST_F(Schemes, TurnFilesOfAlmostFourGibibytes)
     }
 }
 
-// Private memory as the kernel sees it, on a bitmap of 432 MB and a smaller one.
+// The budget as the plan and the run tell it, and private memory as the kernel sees it. A job that does not
+// fit is refused by both in the same words.
 TEST_F(Schemes, StayInsideTheBudget)
 {
     if (kSanitized)
         GTEST_SKIP() << "a sanitizer's own memory would be counted";
-    const char* jobs[] = {"convert --to bgra32", "filter --op box --radius 1",
-                          "enlarge --factor 2 --op nearest", "convert --to bgra32 --turn --scheme whole",
-                          "convert --to raw64 --scheme whole"};
-    for (int i = 0; i < 8; ++i) {
-        const int nMiB = i < 3 ? 64 : 12, nSize = i < 3 ? 12000 : 4000;
-        SaveSparse("in.bmp", nSize, nSize);
+    const char *jobs[] = {"filter --op box --radius 1", "enlarge --factor 2 --op nearest",
+                          "convert --to bgra32", "filter --op box --radius 16", "convert --to raw64 --turn"},
+               *accesses[] = {"file", "mmap"};
+    const std::pair<int, int> sizes[] = {
+        {6000, 3000}, {1700, 1700}, {300, 20000}, {40000, 300}, {400000, 30}};
+    int nRefused = 0;
+    for (unsigned i = 0; i < 30; i += Pace(7)) {
+        const auto [nWidth, nHeight] = i == 0 ? std::pair(12000, 12000) : sizes[i / 2 % 5];
+        const int nMiB = i == 0 ? 64 : 12 << i % 3 / 2;
+        const string szJob = fmt::format("{} in.bmp out --json --budget {}M --scheme {} --access {}",
+                                         jobs[(i / 2 + i / 10 * 2) % 5], nMiB, i % 2 == 0 ? "unit" : "whole",
+                                         accesses[i / 3 % 2]);
+        SCOPED_TRACE(szJob + fmt::format(", {} x {}", nWidth, nHeight));
+        SaveSparse("in.bmp", nWidth, nHeight);
+        const Outcome planned = Run(szJob + " --plan");
         int nPeak = 0;
-        const auto fnLook = [&nPeak, this](pid_t nChild) {
+        const Outcome run = Run(szJob, [&nPeak, this](pid_t nChild) {
             const string szStatus = Load(fmt::format("/proc/{}/status", nChild));
             const std::size_t nField = szStatus.find("RssAnon:");
             if (szStatus.starts_with("Name:\timgband") && nField != string::npos)
                 nPeak = std::max(nPeak, std::atoi(szStatus.c_str() + nField + 8) >> 10);
-        };
-        const string szJob = fmt::format("{} in.bmp out.bmp --budget {}M", jobs[i % 3 + i / 6 * 3], nMiB);
-        EXPECT_EQ(0, Run(szJob, fnLook).nStatus);
-        EXPECT_GT(nPeak, 3) << "the bands were not seen";
-        EXPECT_LE(nPeak, nMiB + 24) << szJob;
+        });
+        EXPECT_LE(nPeak, nMiB + (kWindowsProgram ? 24 : 4));
+        ASSERT_EQ(planned.nStatus, run.nStatus) << run.szErr;
+        if (run.nStatus == 0) {
+            EXPECT_EQ(Plan(Json::parse(planned.szOut)), Plan(Json::parse(run.szOut)));
+            EXPECT_LE(Json::parse(run.szOut)["peak_budget_bytes"], nMiB << 20);
+        } else {
+            ++nRefused;
+            EXPECT_EQ(planned.szErr, run.szErr);
+            EXPECT_THAT(run.szErr, HasSubstr("budget is too small: wanted "));
+        }
+        EXPECT_GT(nPeak, i == 0 ? 3 : -1) << "the bands were not seen";
     }
+    EXPECT_GE(nRefused, kWindowsProgram ? 0 : 3);
 }
 
 TEST_F(SchemesOnPosix, ShowProgressOnATerminalOnly)

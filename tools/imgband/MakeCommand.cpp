@@ -7,6 +7,7 @@
 #include "report/Step.h"
 #include "schemes/BandLoop.h"
 #include "schemes/Limits.h"
+#include "schemes/PlannedRun.h"
 #include "schemes/WholeTransfer.h"
 #include "values/ProcessIds.h"
 
@@ -34,6 +35,21 @@ DWORD PaintBand(CImageObj& object, int nTop, Scene& scene, std::vector<std::uint
     return object.UnmapBand(0);
 }
 
+/// Paints all bands.
+void Paint(const Run& run, PlannedImage& object, const SceneSettings& scene, Step& step)
+{
+    const Bands bands{scene.size.nHeight, object.GetBandHeight()};
+    step.ExpectBands(bands.Count(), object.m_ImgInfo.nBufSize);
+
+    const auto pScene = MakeScene(scene);
+    std::vector<std::uint16_t> line(static_cast<std::size_t>(scene.size.nWidth) * kSamples);
+    for (int i = 0; i < bands.Count(); ++i) {
+        const DWORD nCode = PaintBand(object, bands.At(i).nFirst, *pScene, line, step);
+        run.lib.CheckStep(nCode, "painting", object.m_ImgInfo.nBufSize);
+        step.BandDone();
+    }
+}
+
 void PaintStep(const Run& run, PlannedImage& object, const SceneSettings& scene)
 {
     Step step(run.report, "paint", kIpOther);
@@ -41,21 +57,24 @@ void PaintStep(const Run& run, PlannedImage& object, const SceneSettings& scene)
     CImageObj* images[] = {&object};
     DWORD nCode = CImageObj::MemoryAlloc(&request, images, nullptr, nullptr);
     run.lib.CheckStep(nCode, "painting", object.m_ImgInfo.nBufSize);
+    run.lib.CheckBudget("painting", object.m_nAreaSize);
     const ImagePlan plan = object.Plan(ImageRole::Input);
     step.Plan({plan}, run.lib.Taken());
     step.NoteCharges({.nInput = object.m_nAreaSize});
     step.Count({.nSpilled = plan.nTemporary});
-    const Bands bands{scene.size.nHeight, object.GetBandHeight()};
-    step.ExpectBands(bands.Count(), object.m_ImgInfo.nBufSize);
-
-    const auto pScene = MakeScene(scene);
-    std::vector<std::uint16_t> line(static_cast<std::size_t>(scene.size.nWidth) * kSamples);
-    for (int i = 0; i < bands.Count(); ++i) {
-        nCode = PaintBand(object, bands.At(i).nFirst, *pScene, line, step);
-        run.lib.CheckStep(nCode, "painting", object.m_ImgInfo.nBufSize);
-        step.BandDone();
-    }
+    if (!run.settings.bPlan)
+        Paint(run, object, scene, step);
     step.End();
+}
+
+void PaintAndExport(const Run& run, Format eTo, const SceneSettings& scene)
+{
+    PlannedImage object(run.settings.bPlan, "object");
+    run.lib.CheckStep(
+        object.SetGeometry(scene.size.nWidth, scene.size.nHeight, ObjectFormat(SampleBytes(eTo))), "set-up",
+        0);
+    PaintStep(run, object, scene);
+    ExportStep(run, object, eTo, IsStoredBottomUp(eTo), true);
 }
 
 } // namespace
@@ -75,10 +94,8 @@ void RunMake(const Options& options, Report& report)
     const Workers workers(options.run.nThreads);
     const Run run{options.run, library, report, pair, workers, &output};
 
-    PlannedImage object(false, "object");
-    library.CheckStep(object.SetGeometry(size.nWidth, size.nHeight, nObjectFormat), "set-up", 0);
-    PaintStep(run, object, options.scene);
-    ExportStep(run, object, eTo, IsStoredBottomUp(eTo), true);
+    PaintAndExport(PlannedRun(run), eTo, options.scene);
+    PaintAndExport(run, eTo, options.scene);
     pair.DeliverOutput();
     output.Publish();
 

@@ -70,6 +70,7 @@ Library::Library(const LibrarySettings& settings, bool bJson)
 {
     os::RestartOnInterrupt(kInterruptedCommand, {m_log.Folder(), bJson ? "--json" : ""});
     SizeBudget(settings);
+    CImageObj::ms_nOnMemory = 0; // small images too are held in memory only where the budget has room
     m_nBudget = CImageObj::AskFreeMemory();
     if (const DWORD nCode = CImageCtrl::CleanTempFolder())
         Fail(Failure(ExitStatus::NoRoom, m_szTemporaryFolder, "cannot be the folder for temporary files",
@@ -169,6 +170,16 @@ void Library::CheckExport(DWORD nCode, const std::string& szOutput, Room room) c
         failure.szTry = "another folder for OUT";
     }
     Fail(failure, nCode);
+}
+
+void Library::CheckBudget(const std::string& szStep, std::int64_t nBytes) const
+{
+    if (nBytes <= m_nBudget)
+        return;
+    Failure failure(ExitStatus::WrongCommandLine, "", szStep + ": the budget is too small",
+                    "a larger --budget");
+    failure.room = Room{static_cast<std::uintmax_t>(nBytes), static_cast<std::uintmax_t>(m_nBudget)};
+    throw failure;
 }
 
 void SizeBudget(const LibrarySettings& settings)

@@ -2,6 +2,7 @@
 
 #include "library/PlannedImage.h"
 
+#include <algorithm>
 #include <utility>
 
 PlannedImage::PlannedImage(bool bDry, std::string szName) : m_bDry(bDry), m_szName(std::move(szName))
@@ -40,9 +41,21 @@ DWORD PlannedImage::SetGeometry(int nWidth, int nHeight, int nFormat, int nMargi
     return SetImageInfo(&info);
 }
 
+bool PlannedImage::LiesInFile() const
+{
+    const Place ePlace = PlaceNow();
+    return ePlace == Place::File || ePlace == Place::FileMappedWhole;
+}
+
+// The planner first gives back what an image in a file is charged with.
+bool PlannedImage::WillBeBanded() const
+{
+    return LiesInFile() && m_ImgInfo.nBufSize > std::min(AskFreeMemory() + m_nAreaSize, ms_MaxOneMappingSize);
+}
+
 void PlannedImage::ReturnDryCharge()
 {
-    if (m_eDryPlace != Place::File && m_eDryPlace != Place::FileMappedWhole)
+    if (!m_bDry || !LiesInFile())
         return;
     m_nKeepStore = 1;
     Destroy();
@@ -53,12 +66,11 @@ ImagePlan PlannedImage::Plan(ImageRole eRole) const
 {
     static constexpr const char* kPlaces[] = {"nowhere", "memory", "temporary file",
                                               "temporary file, mapped whole"};
-    const Place ePlace = PlaceNow();
-    const bool bFile = ePlace == Place::File || ePlace == Place::FileMappedWhole;
+    const bool bFile = LiesInFile();
     return {.szImage = m_szName,
             .eRole = eRole,
             .info = m_ImgInfo,
-            .szPlace = kPlaces[static_cast<int>(ePlace)],
+            .szPlace = kPlaces[static_cast<int>(PlaceNow())],
             .bFile = bFile,
             .nBytes = m_ImgInfo.nBufSize,
             .nBandLines = m_ImgInfo.nBandLines,

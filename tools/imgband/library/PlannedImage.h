@@ -37,6 +37,10 @@ public:
     /// @return a code of SetImageInfo
     DWORD SetGeometry(int nWidth, int nHeight, int nFormat, int nMargin = 0);
 
+    /// Whether the planner will reach it in bands: it lies in a file for which the free budget or the largest
+    /// mapping is too small.
+    bool WillBeBanded() const;
+
     /// Gives back the charge of a dry image in a file. The planner does so itself for a real one that it
     /// plans again.
     void ReturnDryCharge();
@@ -75,6 +79,7 @@ private:
     void NoteTransfer();
     LONG FreeWithoutExternal() const;
     Place PlaceNow() const;
+    bool LiesInFile() const;
 
     bool m_bDry;
     std::string m_szName;

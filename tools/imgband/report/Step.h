@@ -24,6 +24,8 @@ public:
     Step(const Step&) = delete;
     Step& operator=(const Step&) = delete;
 
+    const std::string& Name() const { return m_record.plan.szStep; }
+
     /// Tells how the step's images are planned. A later plan replaces this one. Unless the run is only
     /// planned, no two images have the same role.
     /// @param nBudget  bytes of the budget in use once they are planned

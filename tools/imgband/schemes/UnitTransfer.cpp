@@ -53,6 +53,26 @@ LONG HeldBytes(const CImageObj& object)
     return object.m_ImgInfo.pBase ? object.m_ImgInfo.nBufSize : 0;
 }
 
+/// Bytes of the buffer that a band of nLines lines takes.
+std::int64_t BufferBytes(const CImageObj& object, int nLines)
+{
+    const T_ImageLrg_tag& info = object.m_ImgInfo;
+    int nBytes = INT32_MAX, nLineBytes = 0, nWidth = 0, nHeight = 0;
+    CImageObj().CalcImgBufLrg(nBytes, nLineBytes, nWidth, nHeight, info.nWidth, nLines, info.nMarginX,
+                              info.nMarginY, ObjectFormat(info.nSampleBytes), info.nAlignType);
+    return nBytes;
+}
+
+/// Bytes of stored lines that the library holds beside a band's buffer: one that was read, and those that are
+/// written together. Where files are mapped, it holds none.
+std::int64_t StoredBytes(const Run& run, const InputFile& input, const Job& job, int nLines)
+{
+    if (run.settings.eAccess != Access::File)
+        return 0;
+    return LineBytes(input.Facts().eFormat, input.Facts().size.nWidth) +
+           nLines * LineBytes(job.eTo, job.size.nWidth);
+}
+
 /// Lines that the library reads for a band: its own, and those of its frame that lie in the image.
 std::int64_t LinesRead(const T_ImageLrg_tag& band)
 {
@@ -227,6 +247,8 @@ void RunOneObject(const Run& run, const InputFile& input, const Job& job, Step& 
 
     // The library's band height leaves room for two buffers.
     const Bands bands{job.size.nHeight, object.GetBandHeight()};
+    run.lib.CheckBudget(job.szName, (job.pWork ? 2 : 1) * BufferBytes(object, bands.nLines) +
+                                        StoredBytes(run, input, job, bands.nLines));
     std::optional<BandBuffer> copy;
     if (job.pWork)
         copy.emplace(run, object, bands.nLines, job.szName);
@@ -260,7 +282,10 @@ void RunPair(const Run& run, const InputFile& input, const Job& job, Step& step)
         FittingBands(*job.pWork, job.size.nHeight, dst.GetBandHeight(), [&](int nDst, int nSrc) {
             return nDst * nDstLine + std::int64_t{nSrc} * src.m_ImgInfo.nLineBytes <= nRoom;
         });
-    UnitWatch watch(run, input, job, {src, dst, MostSourceLines(*job.pWork, bands), bands, nullptr}, step);
+    const int nSrcLines = MostSourceLines(*job.pWork, bands);
+    run.lib.CheckBudget(job.szName, BufferBytes(src, nSrcLines) + BufferBytes(dst, bands.nLines) +
+                                        StoredBytes(run, input, job, bands.nLines));
+    UnitWatch watch(run, input, job, {src, dst, nSrcLines, bands, nullptr}, step);
     FillFrom(run, src, dst, *job.pWork, bands, watch);
 }
 

@@ -2,11 +2,13 @@
 
 #include "schemes/WholeTransfer.h"
 
+#include "library/BudgetCharge.h"
 #include "pictures/Formats.h"
 #include "report/Step.h"
 #include "schemes/BandLoop.h"
 #include "schemes/Dumps.h"
 #include "schemes/ExternalPlan.h"
+#include "schemes/PlannedRun.h"
 
 #include <algorithm>
 
@@ -30,6 +32,7 @@ void EndTransfer(const Run& run, Step& step, ImageRole eExternal, Format eFormat
 
     const ImagePlan& in = eExternal == ImageRole::Input ? external : own;
     const ImagePlan& out = eExternal == ImageRole::Input ? own : external;
+    run.lib.CheckBudget(step.Name(), in.nCharged + out.nCharged);
     step.Plan({in, out}, transfer.nBudget);
     step.NoteCharges({.nInput = static_cast<LONG>(in.nCharged), .nOutput = static_cast<LONG>(out.nCharged)},
                      transfer.moment);
@@ -81,6 +84,14 @@ private:
     Step& m_step;
 };
 
+/// Bytes that the planner gives to a banded image beside its share of the budget: the lines of its frame.
+LONG FrameBytes(const PlannedImage& image)
+{
+    const T_ImageLrg_tag& info = image.m_ImgInfo;
+    const std::int64_t nBytes = std::int64_t{2} * info.nFsize * info.nLineBytes;
+    return image.WillBeBanded() ? static_cast<LONG>(std::min<std::int64_t>(nBytes, info.nBufSize)) : 0;
+}
+
 /// Plans both objects as one step, with bands in the proportion of their heights.
 void PlanWork(const Run& run, const Job& job, PlannedImage& src, PlannedImage& dst)
 {
@@ -91,6 +102,7 @@ void PlanWork(const Run& run, const Job& job, PlannedImage& src, PlannedImage& d
     request.nOutCnt = 1;
     CImageObj* pSrc = &src;
     CImageObj* pDst = &dst;
+    const BudgetCharge frame(FrameBytes(src));
     run.lib.CheckStep(CImageObj::MemoryAlloc(&request, &pSrc, &pDst, nullptr), job.szName,
                       dst.m_ImgInfo.nBufSize);
 }
@@ -99,6 +111,7 @@ void WorkStep(const Run& run, const Job& job, PlannedImage& src, PlannedImage& d
 {
     Step step(run.report, job.szName, job.nIpNo);
     PlanWork(run, job, src, dst);
+    run.lib.CheckBudget(job.szName, std::int64_t{src.m_nAreaSize} + dst.m_nAreaSize);
     // When the work needs more source lines than destination lines, the destination's bands become smaller.
     const int nSrcLines = src.GetBandHeight();
     const Bands bands = FittingBands(*job.pWork, job.size.nHeight, dst.GetBandHeight(),
@@ -146,6 +159,8 @@ void ExportStep(const Run& run, PlannedImage& object, Format eTo, bool bReversed
 
 void RunWholeScheme(const Run& run, const InputFile& input, const Job& job)
 {
+    if (!run.settings.bPlan)
+        RunWholeScheme(PlannedRun(run), input, job);
     PlannedImage object(run.settings.bPlan, "object");
     ImportStep(run, input, object, job.order.bLines);
     if (!job.pWork)

@@ -17,7 +17,7 @@ enum class ExitStatus : int
     NoRoom = 4,   ///< no room or no permission for output or temporary files
 };
 
-/// Bytes that a file needs in a place, and bytes that are free there.
+/// Bytes that are needed on a disk or of the budget, and bytes that there are.
 struct Room
 {
     std::uintmax_t nWanted;
