@@ -133,7 +133,7 @@ MM_API DWORD ImportImgForUnitJudge(CImageObj* pObj, T_ImgInf* pIn, int nBottomUp
 /// @param nBottomUp      of the source, as for ImportImgForUnit
 /// @param ppLog          means nothing; may be null
 /// @param nAlpha         as for ImportImgForUnit
-/// @return as ImportImgForUnit, but sizes and sample widths may differ
+/// @return as ImportImgForUnit, but sizes and sample widths may differ; both are at most two bytes
 MM_API DWORD ImportImgForUnitEnLarge(CImageObj* pOutObj, T_ImgInf* pOut, CImageObj* pInObj, T_ImgInf* pIn,
                                      int nBottomUp, T_LOG_STACK_tag** ppLog, int nAlpha);
 

@@ -127,6 +127,31 @@ TEST_F(Blocks, AreWholeWhereALineLiesAcrossTheEndOfAView)
 }
 
 TEST_F(Blocks, AreRefusedOutsideTheImageAndForOtherPixels)
+TEST_F(Blocks, OfAnEnlargementHaveTheDestinationsSampleWidth)
+{
+    std::vector<unsigned char> source(54 + 3 * 12, 1), target(54 + 3 * 12, '.');
+    T_ImgInf in{0, ACS_MEMORY, source.data(), 0, 4, 3, MM_FORMAT_BGR24, MM_FORMAT_RAW64, 12};
+    T_ImgInf out{0, ACS_MEMORY, target.data(), 0, 4, 3, MM_FORMAT_RAW64, MM_FORMAT_BGR24, 12};
+    CImageObj reader, writer;
+    ASSERT_OK(ImportImgForUnitEnLarge(&writer, &out, &reader, &in, 0, nullptr, 0));
+    EXPECT_EQ(4, writer.m_ImgInfo.nPixelBytes);
+    T_ImageLrg_tag block{};
+    for (const auto& [nFormat, nResult] :
+         {std::pair(MM_FORMAT_RAW64, MM_BAD_ARGUMENT), {MM_FORMAT_BGRA32, MM_SUCCESS}}) {
+        ASSERT_OK(CImageObj::AllcImgBufLrg(&block, 4, 3, 0, 0, nFormat, MM_ALIGN_PACKED));
+        writer.m_ImgInfo.nPixelBytes = block.nPixelBytes; // a host may have set another geometry
+        EXPECT_CODE(nResult, writer.UnMapBlock(0, 2, 0, 3, &block));
+        writer.m_ImgInfo.nPixelBytes = block.nPixelBytes;
+        EXPECT_CODE(nResult, writer.MapBlock(0, 2, 0, 3, &block));
+        CImageObj::FreeImgBufLrg(&block);
+        EXPECT_EQ(nullptr, writer.m_ImgInfo.pBase) << "a band stays held";
+        EXPECT_EQ(nResult == MM_SUCCESS ? 0 : '.', target[54]) << "a refusal has written";
+    }
+    out.nDstFormat = 0x404, target[0] = '.';
+    EXPECT_CODE(MM_BAD_ARGUMENT, ImportImgForUnitEnLarge(&writer, &out, &reader, &in, 0, nullptr, 0));
+    EXPECT_EQ('.', target[0]) << "four bytes a sample: a refusal has written";
+}
+
 {
     BlockImage image(true, 5, 8, 1, 1, MM_ALIGN_PACKED);
     T_ImageLrg_tag block{}, band{};

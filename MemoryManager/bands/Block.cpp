@@ -135,6 +135,10 @@ DWORD FillBlock(CImageObj& image, const BlockRect& rect, const T_ImageLrg_tag& b
         T_ImageLrg_tag band{};
         if (const DWORD nResult = MapForReading(image, nFirst, nLast, band); nResult != MM_SUCCESS)
             return nResult;
+        if (band.nPixelBytes != block.nPixelBytes) {
+            EndReading(image);
+            return MM_BAD_ARGUMENT;
+        }
         const int nLines = nLast + std::min(nFrame, nEnd - nLast) - nNext + 1;
         CopyLines(PixelAt(block, nNext - rect.nTop, -block.nMarginX), block.nLineBytes,
                   PixelAt(band, nNext - band.nBandTop, rect.nLeft - block.nMarginX), band.nLineBytes, nLines,
@@ -204,6 +208,10 @@ DWORD CImageObj::UnMapBlock(int nTop, int nBottom, int nLeft, int nRight, T_Imag
                   pBlock->nLineBytes, nLast - nFirst + 1, nBytes);
         if (const DWORD nResult = UnmapBand(kSlot); nResult != MM_SUCCESS)
             return nResult;
+        if (band.nPixelBytes != pBlock->nPixelBytes) {
+            EndReading(*this); // nothing was copied, so nothing is written
+            return MM_BAD_ARGUMENT;
+        }
         nFirst = nLast + 1;
     }
     return MM_SUCCESS;

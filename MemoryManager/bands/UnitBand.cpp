@@ -68,12 +68,12 @@ DWORD CImageObj::MapBandRangeForUnit(int nFirst, int nLast, T_ImageLrg_tag* pBan
     const T_ImgInf& leading = LeadingImage(*this);
     if (nFirst < 0 || nLast >= leading.nHeight)
         return MM_LINE_OUTSIDE;
-    if (!AreImagesReachable(*this))
+    const int nSampleBytes = SampleBytesOf(Reads(*this) ? leading.nSrcFormat : leading.nDstFormat);
+    if (!AreImagesReachable(*this) || nSampleBytes > kLargestUnitSample)
         return MM_BAD_ARGUMENT;
     if (const DWORD nResult = EndUnitBand(); nResult != MM_SUCCESS)
         return nResult;
 
-    const int nSampleBytes = SampleBytesOf(Reads(*this) ? leading.nSrcFormat : leading.nDstFormat);
     const int nFormat = nSampleBytes == 1 ? MM_FORMAT_BGRA32 : MM_FORMAT_RAW64;
     const int nLines = nLast - nFirst + 1;
     if (nLines > 1)

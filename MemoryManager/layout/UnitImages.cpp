@@ -60,6 +60,8 @@ std::int64_t DestinationLineBytes(const T_ImgInf& out)
 
 bool IsSourceReachable(const T_ImgInf& in)
 {
+    if (SampleBytesOf(in.nSrcFormat) > kLargestUnitSample)
+        return false;
     if (HasFourSamples(in.nSrcFormat))
         return AreLinesReachable(in, PixelBytesOf(in.nSrcFormat, in.nWidth), in.nLineBytes);
     if (in.nSrcFormat != MM_FORMAT_BGR24 && in.nSrcFormat != MM_FORMAT_RAW48)
@@ -69,6 +71,8 @@ bool IsSourceReachable(const T_ImgInf& in)
 
 bool IsDestinationReachable(const T_ImgInf& out)
 {
+    if (SampleBytesOf(out.nDstFormat) > kLargestUnitSample)
+        return false;
     if (!IsWritten(out.nDstFormat))
         return true;
     const std::int64_t nLine = DestinationLineBytes(out);

@@ -17,6 +17,9 @@
 
 #include <cstdint>
 
+/// Bytes of the largest sample that a unit band has.
+inline constexpr int kLargestUnitSample = 2;
+
 /// Bytes of one stored line of a source; 0 for a format that is not read.
 ///
 /// Lines with four samples a pixel are as long as the description says. Lines with three 8-bit samples are
@@ -29,6 +32,7 @@ std::int64_t SourceLineBytes(const T_ImgInf& in);
 std::int64_t DestinationLineBytes(const T_ImgInf& out);
 
 /// Whether the image can be read or written: no size is negative, lines do not overlap, and every byte has a
-/// position below 4 GiB - 1. A format that is not read or written counts as reachable.
+/// position below 4 GiB - 1. A format that is not read or written counts as reachable, unless its samples are
+/// larger than those of any band.
 bool IsSourceReachable(const T_ImgInf& in);
 bool IsDestinationReachable(const T_ImgInf& out);

@@ -164,6 +164,8 @@ DWORD ImportImgForUnitEnLarge(CImageObj* pOutObj, T_ImgInf* pOut, CImageObj* pIn
     pOutObj->m_OutImgInf = *pOut;
     pOutObj->m_InImgInf.hData = nullptr;
     TakeGeometry(*pInObj, pIn, 0, 0, MM_ALIGN_PACKED);
-    TakeGeometry(*pOutObj, pOut, 0, 0, MM_ALIGN_PACKED);
+    T_ImgInf written = *pOut;
+    written.nSrcFormat = pOut->nDstFormat; // the format that a geometry is made of
+    TakeGeometry(*pOutObj, &written, 0, 0, MM_ALIGN_PACKED);
     return Connect(*pInObj, *pOutObj, kLineNoEnlargedHeader);
 }
