@@ -7,7 +7,8 @@
 //   answers; elsewhere Platform/posix does, and refuses what the description of a call does not offer with
 //   error 87.
 // - Any thread may make any call, and none waits for a lock of the library.
-// - A call that fails sets the calling thread's last error. After a call that succeeded it means nothing.
+// - A call that fails sets the calling thread's last error. After a call that succeeded it means nothing, but
+//   for GetFileSize.
 // - Interrupted calls and short transfers are completed inside the layer.
 // - Every handle, view and block is released once, by the side that obtained it.
 // - Paths are bytes. A backslash separates folders on every system, unless it is the second byte of a

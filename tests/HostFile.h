@@ -15,10 +15,20 @@ inline std::FILE* OpenNameless() // "D": the file vanishes when it is closed
     GetTempFileNameA(szFolder, "hst", 0, szName);
     return std::fopen(szName, "w+bD");
 }
+inline bool SetLength(std::FILE* pFile, std::int64_t nBytes)
+{
+    return _chsize_s(_fileno(pFile), nBytes) == 0;
+}
 #else
+#include <unistd.h>
+
 inline std::FILE* OpenNameless()
 {
     return std::tmpfile();
+}
+inline bool SetLength(std::FILE* pFile, std::int64_t nBytes)
+{
+    return ftruncate(fileno(pFile), nBytes) == 0;
 }
 #endif
 

@@ -123,6 +123,21 @@ TEST_F(UnitImport, DuplicatesBetweenObjectsAndLeavesNothingMapped)
     EXPECT_EQ(100 * kMiB, CImageObj::AskFreeMemory());
 }
 
+TEST_F(UnitImport, RefusesAMappedDestinationBeyondAllPositionsBeforeAnythingIsMade)
+{
+    for (const std::int64_t nBytes : {1ll << 32, (2ll << 32) - 1}) {
+        const HostFile source(std::string(80, 's')), result("");
+        ASSERT_TRUE(SetLength(result.pFile, nBytes));
+        T_ImgInf in = Image(1, ACS_MMF, source.Handle(), 5, 4),
+                 out = Image(1, ACS_MMF, result.Handle(), 5, 4);
+        CImageObj image, other;
+        EXPECT_CODE(MM_BAD_ARGUMENT, ImportImgForUnit(&image, &in, &out, 0, nullptr, 0, 0)) << nBytes;
+        EXPECT_CODE(MM_BAD_ARGUMENT, ImportImgForUnitEnLarge(&other, &out, &image, &in, 0, nullptr, 0));
+        EXPECT_EQ(nullptr, image.m_hInMap);
+        EXPECT_EQ(std::string(54, '\0'), result.Content().substr(0, 54)) << "a header is written";
+    }
+}
+
 TEST_F(UnitImport, RefusesBeforeAnythingIsWritten)
 {
     // what is wrong; types, width and height of the source; what the destination has more, what the source's

@@ -10,7 +10,6 @@
 namespace {
 
 constexpr DWORD kChunkBytes = 16 * 1024 * 1024; // rounded up to whole granules
-constexpr ULONGLONG kLargestFile = 0xFFFFFFFF;
 
 // Repeats a call until it returns an address, fails for another reason than a shortage, or the time is up.
 template <class Call> void* RetryWhileShort(Call call)
@@ -57,14 +56,17 @@ DWORD AllocationGranularity()
     return info.dwAllocationGranularity;
 }
 
-DWORD FileLength(HANDLE hFile)
+std::optional<DWORD> FileLength(HANDLE hFile)
 {
     DWORD nHigh = 0;
+    SetLastError(0); // the low half of a length may be all ones, as a failure is
     const DWORD nLow = GetFileSize(hFile, &nHigh);
-    if (nHigh == 0 || nLow == INVALID_FILE_SIZE)
+    if (nLow == INVALID_FILE_SIZE && GetLastError() != 0)
+        return std::nullopt;
+    if (nHigh == 0)
         return nLow;
     SetLastError(ERROR_FILE_TOO_LARGE);
-    return INVALID_FILE_SIZE;
+    return std::nullopt;
 }
 
 bool SeekFile(HANDLE hFile, DWORD nPosition)
@@ -115,7 +117,7 @@ ViewRange CoverRange(DWORD nOffset, DWORD nBytes, DWORD nFileSize)
 
 void* MapFileRange(HANDLE hFile, HANDLE hMap, DWORD nOffset, DWORD nBytes, int bWrite)
 {
-    const ViewRange range = CoverRange(nOffset, nBytes, FileLength(hFile));
+    const ViewRange range = CoverRange(nOffset, nBytes, FileLength(hFile).value_or(kLongestFile));
     if (range.nBytes == 0) { // to the platform, a length of 0 means the rest of the mapping
         SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
@@ -130,12 +132,13 @@ int WriteFileByView(HANDLE hFile, const void* pSrc, DWORD nBytes, DWORD* pnWritt
 {
     *pnWritten = 0;
     if (nOffset == kAppend) {
-        nOffset = FileLength(hFile);
-        if (nOffset == INVALID_FILE_SIZE)
+        const auto nLength = FileLength(hFile);
+        if (!nLength)
             return 0;
+        nOffset = *nLength;
     }
     const ULONGLONG nEnd = ULONGLONG{nOffset} + nBytes;
-    if (nEnd > kLargestFile) {
+    if (nEnd > kLongestFile) {
         SetLastError(ERROR_FILE_TOO_LARGE);
         return 0;
     }

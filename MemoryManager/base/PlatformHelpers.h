@@ -6,6 +6,8 @@
 
 #include "Platform/PlatformTypes.h"
 
+#include <optional>
+
 /// A call is tried again only after system error 8: every 10 ms, until 60000 ms have passed.
 inline constexpr DWORD kRetryPauseMs = 10;
 inline constexpr DWORD kRetryLimitMs = 60000;
@@ -21,9 +23,12 @@ inline constexpr DWORD kErrorEndOfFile = 38;
 /// Every view starts at a multiple of this many bytes. The system is asked on every call.
 DWORD AllocationGranularity();
 
-/// Length of a file in bytes. 0xFFFFFFFF, with the reason as last error: the length cannot be determined, or
-/// does not fit 32 bits (error 223).
-DWORD FileLength(HANDLE hFile);
+/// The longest file that has a 32-bit position for its end.
+inline constexpr DWORD kLongestFile = 0xFFFFFFFF;
+
+/// Length of a file in bytes. None, with the reason as last error: the length cannot be determined, or does
+/// not fit 32 bits (error 223).
+std::optional<DWORD> FileLength(HANDLE hFile);
 
 /// Sets the file pointer to an unsigned position. False: the last error tells why.
 bool SeekFile(HANDLE hFile, DWORD nPosition);

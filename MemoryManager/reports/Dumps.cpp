@@ -79,8 +79,7 @@ public:
 private:
     void MapFile(HANDLE hFile, DWORD nHeader, DWORD nBytes)
     {
-        const DWORD nLength = FileLength(hFile);
-        if (nLength == INVALID_FILE_SIZE || nLength < nHeader + ULONGLONG{nBytes})
+        if (FileLength(hFile).value_or(0) < nHeader + ULONGLONG{nBytes})
             return; // a mapping would make the file longer
         m_hMap = CreateFileMappingA(hFile, nullptr, PAGE_READWRITE, 0, nHeader + nBytes, nullptr);
         if (m_hMap)

@@ -77,7 +77,8 @@ DWORD CImageCtrl::Create(LONG nSize, LONG nLimit, int nSlots)
 
     const bool bHasFile = m_hFile != INVALID_HANDLE_VALUE;
     if (bHasFile && m_hMap != nullptr) // a file that ConvertFile made has no header
-        m_nFileSize = static_cast<int>(std::min(static_cast<DWORD>(m_nFileSize), FileLength(m_hFile)));
+        m_nFileSize = static_cast<int>(
+            std::min(static_cast<DWORD>(m_nFileSize), FileLength(m_hFile).value_or(kLongestFile)));
     if (nSize > nLimit) {
         if (!bHasFile) {
             m_eAcsType = ACS_MMF;

@@ -275,7 +275,8 @@ SIZE_T CImageCtrlIO::BufferCapacity() const
 
 bool CImageCtrlIO::IsInputTooShort() const
 {
-    return m_eImgType == IMG_INPUT && FileLength(m_hFile) < static_cast<DWORD>(m_nFileSize);
+    return m_eImgType == IMG_INPUT &&
+           FileLength(m_hFile).value_or(kLongestFile) < static_cast<DWORD>(m_nFileSize);
 }
 
 // Reads nBytes from the file position nPos to the start of the band buffer. Bytes behind the file's end are
@@ -297,17 +298,16 @@ DWORD CImageCtrlIO::WriteBack()
 {
     const BYTE* pSource = static_cast<BYTE*>(m_pMapAdr[0]);
     const DWORD nBytes = static_cast<DWORD>(std::abs(m_nBandSize));
-    DWORD nPlace = kAppend;
+    std::optional<DWORD> nPlace;
     if (m_nAllMapFlg == 1)
         pSource += m_nBandOffset;
     if (m_nAllMapFlg == 1 || m_nBandSize < 0)
         nPlace = static_cast<DWORD>(m_nBandOffset);
     for (int nCounter = 0; nCounter < kWeightLimit;) {
-        if (nPlace == kAppend)
+        if (!nPlace)
             nPlace = FileLength(m_hFile);
         DWORD nWritten = 0;
-        if (nPlace != kAppend &&
-            WriteFileByView(m_hFile, pSource, nBytes, &nWritten, nPlace, kFlushLoadPercent)) {
+        if (nPlace && WriteFileByView(m_hFile, pSource, nBytes, &nWritten, *nPlace, kFlushLoadPercent)) {
             m_nBandSize = 0;
             return MM_SUCCESS;
         }
@@ -316,8 +316,8 @@ DWORD CImageCtrlIO::WriteBack()
         Sleep(kAttemptPauseMs);
         nCounter += nError == ERROR_DISK_FULL ? kWeightDiskFull : kWeightOther;
     }
-    if (nPlace != kAppend) {
-        m_nBandOffset = static_cast<int>(nPlace);
+    if (nPlace) {
+        m_nBandOffset = static_cast<int>(*nPlace);
         m_nBandSize = -static_cast<int>(nBytes);
     }
     return MM_FILE_ACCESS;

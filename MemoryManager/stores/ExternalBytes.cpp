@@ -15,7 +15,8 @@ ExternalBytes::ExternalBytes(const T_ImgInf& inf, HANDLE hMap, DWORD nPosition, 
             SetLastError(ERROR_INVALID_ADDRESS);
         return;
     }
-    if (nPosition + nBytes > FileLength(inf.hData)) { // MapFileRange would cut the view there
+    if (nPosition + nBytes >
+        FileLength(inf.hData).value_or(kLongestFile)) { // MapFileRange would cut the view there
         SetLastError(kErrorEndOfFile);
         return;
     }

@@ -116,7 +116,7 @@ int CImageCtrlIO::WriteHeaderView(const void* pHeader, SIZE_T nBytes)
 int CImageCtrlIO::ScanMapping(DWORD nData, int nScan)
 {
     // One byte more where the file has it: a signature may start in the last byte scanned.
-    const DWORD nLength = FileLength(m_hFile);
+    const DWORD nLength = FileLength(m_hFile).value_or(kLongestFile);
     const DWORD nMapped = nLength > nData ? nData + 1 : nData;
     m_hMap = CreateFileMappingA(m_hFile, nullptr, PAGE_READONLY, 0, nMapped, nullptr);
     if (m_hMap == nullptr)

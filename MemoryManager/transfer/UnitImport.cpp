@@ -84,6 +84,12 @@ DWORD MapSource(CImageObj& reader)
     return reader.m_hInMap ? MM_SUCCESS : MM_NO_MEMORY;
 }
 
+/// Whether the file of a mapped destination, which may be longer than its image, can be mapped whole.
+bool HasReachableEnd(const T_ImgInf& out)
+{
+    return out.eAcsType != ACS_MMF || FileLength(out.hData) || GetLastError() != ERROR_FILE_TOO_LARGE;
+}
+
 DWORD MapDestination(CImageObj& writer)
 {
     const T_ImgInf& out = writer.m_OutImgInf;
@@ -94,8 +100,7 @@ DWORD MapDestination(CImageObj& writer)
     if (nBytes < 0 || nBytes > std::numeric_limits<DWORD>::max())
         return MM_BAD_ARGUMENT;
     // A file that has content already may be longer than its image, and views reach to the end of a granule.
-    const DWORD nLength = FileLength(out.hData);
-    const DWORD nMapped = std::max(static_cast<DWORD>(nBytes), nLength == INVALID_FILE_SIZE ? 0 : nLength);
+    const DWORD nMapped = std::max(static_cast<DWORD>(nBytes), FileLength(out.hData).value_or(0));
     writer.m_hOutMap = CreateFileMappingA(out.hData, nullptr, PAGE_READWRITE, 0, nMapped, nullptr);
     return writer.m_hOutMap ? MM_SUCCESS : MM_NO_MEMORY;
 }
@@ -109,7 +114,7 @@ DWORD Connect(CImageObj& reader, CImageObj& writer, int nHeaderLine)
     const bool bBitmap = out.nFileType == MM_FILE_BITMAP;
     if (bBitmap)
         out.nOffset = MM_BITMAP_HEADER_BYTES;
-    if (!FindPixels(reader) || !IsDestinationReachable(out))
+    if (!FindPixels(reader) || !IsDestinationReachable(out) || !HasReachableEnd(out))
         return MM_BAD_ARGUMENT;
     DWORD nResult = MapSource(reader);
     if (nResult == MM_SUCCESS)

@@ -50,5 +50,6 @@ DWORD GetFileSize(HANDLE hFile, DWORD* pnHigh)
     const auto nBytes = static_cast<std::uint64_t>(file.st_size);
     if (pnHigh)
         *pnHigh = static_cast<DWORD>(nBytes >> 32);
+    SetLastError(0);
     return static_cast<DWORD>(nBytes);
 }

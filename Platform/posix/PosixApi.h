@@ -133,7 +133,7 @@ BOOL ReadFile(HANDLE hFile, LPVOID pBuffer, DWORD nBytes, DWORD* pnRead, void* p
 DWORD SetFilePointer(HANDLE hFile, LONG nDistance, LONG* pnHigh, DWORD nMethod);
 
 /// Returns the low half of the file's size; pnHigh may be null, or receives the high half. INVALID_FILE_SIZE:
-/// 6 not an open file.
+/// 6 not an open file; with last error 0 it is the low half.
 DWORD GetFileSize(HANDLE hFile, DWORD* pnHigh);
 
 /// Closes a file or a mapping, or a descriptor that a host has opened. Of a file that is deleted on close the

@@ -39,8 +39,11 @@ TEST_F(Helpers, AppendsAndMappedRangesShowTheSameBytes)
     EXPECT_TRUE(WriteFileByView(hFile, &sFile[12345], 33 << 20, &nWritten, 12345, 0));
     EXPECT_TRUE(WriteFileByView(hFile, "append", 6, &nWritten, kAppend, 101));
     EXPECT_EQ(223u, ErrorOf(WriteFileByView(hFile, "abc", 3, &nWritten, 0xFFFFFFFD, 60)));
-    fs::resize_file(m_sFolder + "host/file", 5ull << 30);
-    EXPECT_EQ(223u, ErrorOf(WriteFileByView(hFile, "abc", 3, &nWritten, kAppend, 60))) << "behind 4 GiB";
+    for (const auto nBytes : {5ull << 30, (8ull << 30) - 1, (4ull << 30) - 1}) {
+        fs::resize_file(m_sFolder + "host/file", nBytes);
+        SetLastError(0);
+        EXPECT_EQ(223u, ErrorOf(WriteFileByView(hFile, "abc", 3, &nWritten, kAppend, 60))) << nBytes;
+    }
     fs::resize_file(m_sFolder + "host/file", sFile.size() + 6);
     const HANDLE hMap = CreateFileMappingA(hFile, nullptr, PAGE_READWRITE, 0, 0, nullptr);
     for (const DWORD nOffset : {65535u, 131072u, (33u << 20) + 12300}) {

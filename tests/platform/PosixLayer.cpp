@@ -83,6 +83,16 @@ TEST_F(PosixLayer, EveryRefusalHasItsCode)
     EXPECT_EQ(5u, ErrorOf(View(hMap, 65536, 200000 - 65535))) << "view past the end";
     EXPECT_EQ(5u, ErrorOf(platform::CopyToFile(hFile, hMap, 199999, "ab", 2, false))) << "copy past the end";
     EXPECT_EQ(8u, ErrorOf(VirtualAlloc(nullptr, SIZE_MAX, 0x3000, 4))) << "more memory than addresses";
+    EXPECT_EQ(200000u, GetFileSize(hFile, nullptr));
+    EXPECT_EQ(0u, GetLastError()) << "a size of all ones would look like a failure";
+    const std::pair<std::string, mode_t> others[] = {
+        {At("pipe"), S_IFIFO | 0600}, {At("socket"), S_IFSOCK | 0600}, {At("theirs"), S_IFREG | 0600}};
+    for (const auto& [sPath, nMode] : others) {
+        ASSERT_EQ(0, mknod(sPath.c_str(), nMode, 0));
+        const bool bMine = S_ISREG(nMode) && chown(sPath.c_str(), geteuid() + 1, getegid()) != 0;
+        EXPECT_EQ(bMine ? 0u : 5u, ErrorOf(DeleteFileA(sPath.c_str()))) << sPath;
+    }
+    EXPECT_EQ(5u, ErrorOf(DeleteFileA(sLink.c_str()))) << "a link";
 }
 
 TEST_F(PosixLayer, SharingHoldsAgainstOtherProcessesUntilTheyAreKilled)
