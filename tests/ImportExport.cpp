@@ -4,6 +4,8 @@
 #include "ExternalPictures.h"
 #include "ReportFiles.h"
 
+#include <climits>
+
 namespace {
 
 constexpr int kOwn = -1; // every sample is the picture's own
@@ -261,6 +263,19 @@ TEST_F(ImportExport, FailWithoutLosingTrackOfTheImage)
     EXPECT_NE(std::string::npos, sLog.find("MemoryManager/CImageObjIO(189):LastError="));
     EXPECT_NE(std::string::npos, sLog.find("MemoryManager/CImageObjIO(199):LastError="));
     SetErrLogPath("..\\logdata\\");
+}
+
+TEST(CreateParam, GivesTheLineThatAnyWidthMakesOr0Beyond32Bits)
+{
+    const int cases[][3] = {{0, -5, -8},     {1, -5, -16},    {2, -5, -30},
+                            {3, 5, 40},      {3, INT_MAX, 0}, {2, -INT_MAX, 0},
+                            {0, INT_MAX, 0}, {1, INT_MIN, 0}, {2, INT_MIN / 6, INT_MIN / 6 * 6}};
+    for (const auto& [nType, nWidth, nLineBytes] : cases) {
+        ZBT_IMAGE_IN_FILE pair{nullptr, 0, short(nType), nWidth, 1, 0, nullptr, 0, short(nType), nWidth, 1};
+        T_ImgInf in{}, out{};
+        CreateParam(&pair, 0, 0, &in, &out);
+        EXPECT_EQ(std::pair(nLineBytes, nLineBytes), std::pair(in.nLineBytes, out.nLineBytes)) << nWidth;
+    }
 }
 
 TEST(CreateParam, LeavesUnknownTypesAloneAndTellsWhereABlocksPixelsWillStart)

@@ -5,6 +5,7 @@
 #include "MemoryManager/layout/BufferLayout.h"
 
 #include <cstdint>
+#include <utility>
 
 namespace {
 
@@ -27,13 +28,13 @@ const DataType* FindDataType(int nType)
     return nType >= MM_DATA_BITMAP24 && nType <= MM_DATA_RAW64 ? &kDataTypes[nType] : nullptr;
 }
 
-/// The line length that a description of this type has. 0: a length that 32 bits do not hold; whatever reads
-/// or writes such an image refuses it.
+/// The line length that a description of this type has; that of a negative width is negative. 0: a length
+/// that 32 bits do not hold. Whatever reads or writes an image of either kind refuses it.
 int LineBytes(const DataType& type, int nWidth)
 {
     const std::int64_t nPixels = std::int64_t{nWidth} * SampleBytesOf(type.eFormat) * SamplesOf(type.eFormat);
-    const std::int64_t nBytes = type.eFileType == MM_FILE_BITMAP ? PaddedLine(nPixels) : nPixels;
-    return Fits(nBytes) ? static_cast<int>(nBytes) : 0;
+    const std::int64_t nBytes = type.eFileType == MM_FILE_BITMAP ? (nPixels * 8 + 31) / 32 * 4 : nPixels;
+    return std::in_range<int>(nBytes) ? static_cast<int>(nBytes) : 0;
 }
 
 /// Describes one half of a pair.
