@@ -34,8 +34,8 @@ public:
     /// @param nSize   bytes of the image data, without the header
     /// @param nLimit  bytes that may be held in memory
     /// @param nSlots  view slots that the caller will use, 1 to 10; only kept
-    /// @return 0; 1 no memory; 49 temporary file not made (logged); 65 whole view not mapped; 18 a negative
-    ///         size, or header and data exceed 2 GiB - 1 bytes
+    /// @return 0; 1 no memory, or a negative size; 49 temporary file not made (logged); 65 whole view not
+    ///         mapped; 18 a negative header, or header and data exceed 2 GiB - 1 bytes
     virtual DWORD Create(LONG nSize, LONG nLimit, int nSlots);
 
     /// Releases block, views, mapping and file; a temporary file of Create is deleted with its handle.
@@ -45,13 +45,15 @@ public:
 
     /// Gives the address of the byte nOffset of the image data. From there nBytes can be read and written, or
     /// as many as the data has. Free a slot before mapping it: a view that it still holds is forgotten, not
-    /// released. Can take 60 s while address space is short.
+    /// released. Where everything is addressable, the slot does not matter, and data whose size nobody has
+    /// set has no end. Can take 60 s while address space is short.
     /// @return the address, which is valid until FreeBandAdress of the slot, ConvertFile or Destroy; null:
     ///         not mapped, no such slot (0 to 9), no bytes (unless everything is addressable), or the range
     ///         starts behind the data
     virtual void* MapBandAdress(DWORD nOffset, DWORD nBytes, int nSlot);
 
-    /// Releases the slot's view. For a block, a whole view or an empty slot there is nothing to do.
+    /// Releases the slot's view. For a block or a whole view, whatever the slot, and for an empty slot there
+    /// is nothing to do.
     /// @return 0; 81 the view could not be released, but the slot is empty; 18 no such slot
     virtual DWORD FreeBandAdress(int nSlot);
 
@@ -68,9 +70,8 @@ public:
     /// A file made here is not deleted with its handle: it stays in the temporary folder until
     /// CleanTempFolder of a later process.
     /// @param nSize  bytes to write from the block's start; the file has exactly these. Not read for a file.
-    /// @return 0; 49 (logged): there was neither a block that Create made nor a file, or the file could not
-    ///         be written and is deleted; 18 no bytes, or more than the block has. After an error the store
-    ///         is as it was.
+    /// @return 0; 49 (logged): there was neither a block that Create made nor a file; no bytes, or more than
+    ///         the block has; or the file could not be written and is deleted. The store is then as it was.
     DWORD ConvertFile(int nSize);
 
     /// Writes nHeaderBytes zero bytes and nTotalBytes - nHeaderBytes bytes of a flat buffer into a new

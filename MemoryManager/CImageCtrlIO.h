@@ -42,7 +42,7 @@ public:
     /// @param nSize   bytes that decide whether the image is held whole
     /// @param nLimit  bytes of the band buffer; that of a whole image has at least the file size
     /// @param nSlots  only kept: bands use slot 0
-    /// @return 0; 1 no memory for the buffer; 18 a negative size; 33 unknown access type; 49 (logged): the
+    /// @return 0; 1 no memory for the buffer, or a negative size; 33 unknown access type; 49 (logged): the
     ///         file could not be mapped or read, or an input is shorter than the file size; 67 no mapping; 68
     ///         whole view not mapped. When the mapping fails, the host's file is closed and GetFHandle gives
     ///         INVALID_HANDLE_VALUE; no other failure closes it.
@@ -56,9 +56,9 @@ public:
     /// read, with zeros behind the file's end; an output gets room in the band buffer, which shows what the
     /// band before it left there. ACS_MMF maps every view into slot 0, whatever nSlot is; a view that is
     /// still there is forgotten, not released: free slot 0 before the next band.
-    /// @return the address, which is valid until FreeBandAdress; null: no such slot, not read or mapped,
-    ///         larger than the band buffer, no bytes (unless a view or block is addressed whole), or the
-    ///         range starts behind the data
+    /// @return the address, which is valid until FreeBandAdress; null: not read or mapped, larger than the
+    ///         band buffer, no bytes or no such slot (unless the image is held whole), or the range starts
+    ///         behind the data
     void* MapBandAdress(DWORD nOffset, DWORD nBytes, int nSlot) override;
 
     /// Ends the band on loan. An output of ACS_FILEIO is written to the file once: to its own place when the
@@ -67,7 +67,7 @@ public:
     /// leaves a store that maps band by band.
     /// @return 0: every byte of the band is in its place; 49 not written (logged): the file holds an
     ///         unfinished image, and the next call tries again at the same place; 82 view not released; 18 no
-    ///         such slot
+    ///         such slot, unless the image is held whole
     DWORD FreeBandAdress(int nSlot) override;
 
     /// Makes the zero-filled work buffer for sample conversion; an earlier one is released first.

@@ -139,8 +139,8 @@ public:
 
     /// Turns an image in memory, or a file mapped whole, into a file reached through band views, and gives
     /// the charge back. The band height is then 0: the object must be planned before bands are mapped.
-    /// @return 0; 49 no store (not logged), or nothing to convert or a failed file (logged); 18 the geometry
-    ///         has more bytes than the block, or none. After an error the image is as it was.
+    /// @return 0; 49 (logged): no store or nothing to convert, a geometry with more bytes than the block or
+    ///         with none, or a failed file. The image is then as it was.
     DWORD CnvFileImg();
 
     /// Swaps geometry, store and charge with another object, so that each then owns what was the other's. The
@@ -333,9 +333,10 @@ public:
     ///                pixel, nMarginX and nMarginY its margin, nPixelBytes the object's. Its size becomes the
     ///                rectangle's, and its layout that of CalcAlign, for which the buffer must have room;
     ///                nBufSize stays.
-    /// @return 0; 99 to 102 nTop, nBottom, nLeft, nRight outside the image; 18 another pixel size, an empty
-    ///         rectangle, or a margin that reaches past the object's; 33 a unit object that appends to its
-    ///         destination; a code of band mapping: the block is filled in part
+    /// @return 0; 99 to 102 nTop, nBottom, nLeft, nRight outside the image; 18 the object or one of its
+    ///         bands has another pixel size, an empty rectangle, or a margin that reaches past the object's;
+    ///         33 a unit object that appends to its destination; 98 a band height below 1, as band mapping
+    ///         says; another code of band mapping: the block is filled in part
     DWORD MapBlock(int nTop, int nBottom, int nLeft, int nRight, T_ImageLrg_tag* pBlock);
 
     /// Copies the block's own pixels, without its margin, back into the rectangle. Maps bands in slot 0,
@@ -344,7 +345,8 @@ public:
     ///
     /// A unit object writes whole lines: beside the block those of its source, or zeros when it has none. A
     /// second block in the same lines therefore undoes the first.
-    /// @return 0; 103 to 106 as 99 to 102; 18 another pixel size; 33; a code of band mapping
+    /// @return 0; 103 to 106 as 99 to 102; 18 the object or one of its bands has another pixel size; 33;
+    ///         98; another code of band mapping
     DWORD UnMapBlock(int nTop, int nBottom, int nLeft, int nRight, T_ImageLrg_tag* pBlock);
 
     // Work buffers ----------------------------------------------------------------------------------------
@@ -418,9 +420,10 @@ public:
     static DWORD DebugConvertCImageObj(T_Image_tag* pFlat, CImageObj* pObject);
 
     /// Writes the whole buffer, margins included, as a 32-bit bitmap "..\logdata\trace\<name>.bmp": of 8-byte
-    /// pixels each 16-bit sample, else four bytes from the pixel's first on. Nothing is written for unit
-    /// objects, for objects without a store and for those that stand for an external image. Failures are
-    /// silent; folders are not created.
+    /// pixels each 16-bit sample, else four bytes from the pixel's first on. An older file of that name is
+    /// deleted first, whatever becomes of the new one. Nothing is written for unit objects, for objects
+    /// without a store and for those that stand for an external image. Failures are silent; folders are not
+    /// created.
     /// @param nScale  1: 16-bit samples hold 8-bit values; else 12-bit values
     void OutPutBmp(const char* pszName, int nScale);
 

@@ -3,6 +3,8 @@
 
 #include "TestImages.h"
 
+#include <climits>
+
 namespace {
 
 using Codes = std::pair<DWORD, DWORD>;
@@ -65,7 +67,7 @@ void CheckBlocks()
         const bool bUnit = n % 3 == 1;
         const int nWidth = 1 + pick(20), nHeight = 1 + pick(60), nMarginX = pick(5), nMarginY = pick(5);
         BlockImage image(bUnit, nWidth, nHeight, nMarginX, nMarginY, pick(3));
-        image.m_ImgInfo.nBandLines = pick(20);
+        image.m_ImgInfo.nBandLines = 1 + pick(20);
         const auto before = image.m_ImgInfo;
         const LONG nFree = CImageObj::AskFreeMemory();
         const int nTop = pick(nHeight), nBottom = nTop + pick(nHeight - nTop), X = pick(6) * pick(2);
@@ -126,7 +128,6 @@ TEST_F(Blocks, AreWholeWhereALineLiesAcrossTheEndOfAView)
     CImageObj::FreeImgBufLrg(&block);
 }
 
-TEST_F(Blocks, AreRefusedOutsideTheImageAndForOtherPixels)
 TEST_F(Blocks, OfAnEnlargementHaveTheDestinationsSampleWidth)
 {
     std::vector<unsigned char> source(54 + 3 * 12, 1), target(54 + 3 * 12, '.');
@@ -152,6 +153,7 @@ TEST_F(Blocks, OfAnEnlargementHaveTheDestinationsSampleWidth)
     EXPECT_EQ('.', target[0]) << "four bytes a sample: a refusal has written";
 }
 
+TEST_F(Blocks, AreRefusedOutsideTheImageAndForOtherPixels)
 {
     BlockImage image(true, 5, 8, 1, 1, MM_ALIGN_PACKED);
     T_ImageLrg_tag block{}, band{};
@@ -170,7 +172,12 @@ TEST_F(Blocks, OfAnEnlargementHaveTheDestinationsSampleWidth)
     EXPECT_EQ(Codes(MM_BAD_ARGUMENT, MM_SUCCESS), codes(2, 2, 4, 3)) << "right before left";
     block.nPixelBytes = 3;
     EXPECT_EQ(Codes(MM_BAD_ARGUMENT, MM_BAD_ARGUMENT), codes(0, 1, 0, 1)) << "other pixels";
-    block.nPixelBytes = 4;
+    const T_ImageLrg_tag info = image.m_ImgInfo;
+    block.nPixelBytes = 4, image.m_ImgInfo.nMarginX = INT_MIN;
+    EXPECT_EQ(Codes(MM_BAD_ARGUMENT, MM_BAD_ARGUMENT), codes(0, 1, 0, 1)) << "no such margin";
+    image.m_ImgInfo = info, image.m_ImgInfo.nBandLines = 0;
+    EXPECT_EQ(Codes(MM_RANGE_REVERSED, MM_RANGE_REVERSED), codes(0, 1, 0, 1)) << "not planned";
+    image.m_ImgInfo = info;
     EXPECT_OK(image.MapBandRange(2, 3, &band, 0));
     image.m_OutImgInf.eAcsType = ACS_FILEIO;
     EXPECT_EQ(Codes(MM_UNKNOWN_MODE, MM_UNKNOWN_MODE), codes(0, 7, 0, 4));

@@ -1,5 +1,6 @@
 // I/O image objects over blocks of the host: set-up, sizes, every row of the conversions, band addresses.
 
+#include "HostFile.h"
 #include "TestImages.h"
 
 namespace {
@@ -163,6 +164,55 @@ TEST(ExternalImages, TakeANullBufferForTheWorkBufferWhenThatHoldsTheBand)
         std::iota(record.pImage, record.pImage + 12, 'a');
         EXPECT_CODE(nArea == 1000 ? MM_BAD_ARGUMENT : MM_SUCCESS, w.io.UnmapBand(nullptr, 0));
         EXPECT_EQ(nArea == 1000 ? "BM.........." : "abcdefghijkl", std::string(w.Line(0), 12));
+    }
+}
+
+TEST(ExternalImages, ForColourWorkLieInTheHostsBlock)
+{
+    std::string sBlock(100, 'x');
+    for (const bool bRaw : {false, true}) {
+        T_ImgInf inf{bRaw, ACS_MEMORY, sBlock.data(), 9, 5, 4, kFormat[bRaw ? 6 : 3], 0, 99};
+        CImageObjIO io;
+        ASSERT_OK(io.InitForCMS(&inf, IMG_INPUT, 2, 3, 0, MM_ALIGN_LINES, 1, 0));
+        inf.nWidth = 1 << 30;
+        EXPECT_CODE(MM_BAD_ARGUMENT, io.InitForCMS(&inf, IMG_INPUT, 0, 0, 0, 0, 0, 0));
+        const T_ImageLrg_tag& info = io.m_ImgInfo;
+        EXPECT_EQ(sBlock.data() + (bRaw ? 0 : MM_BITMAP_HEADER_BYTES), static_cast<void*>(info.pImage));
+        EXPECT_EQ(std::tuple(5, 10, bRaw ? 16 * 6 : 16 * 3, int{bRaw}, 1, bRaw ? 0 : 1),
+                  std::tuple(info.nWidth, info.nAllocHeight, info.nLineBytes, io.m_nFileType, io.m_nBottomUp,
+                             io.m_nLinePad));
+        inf.nSrcFormat = 0x303;
+        EXPECT_OK(io.InitForCMS(&inf, IMG_INPUT, 0, 0, 0, MM_ALIGN_LINES, 0, 0)) << "no layout: met later";
+    }
+}
+
+TEST(ExternalImages, ThatAreWholeAreReachedInAnySlotWithAnyNumberOfBytes)
+{
+    std::string sBlock(100, 'x');
+    CImageCtrl plain;
+    plain.SetImageData(sBlock.data());
+    ASSERT_OK(plain.MapBandAll(0, 100, 0));
+    EXPECT_EQ(&sBlock[99], plain.MapBandAdress(99, 1, 10)) << "nobody has told its size";
+    plain.SetFileSize(99);
+    EXPECT_EQ(nullptr, plain.MapBandAdress(99, 1, 0));
+    EXPECT_OK(plain.FreeBandAdress(-1));
+    EXPECT_CODE(MM_NO_MEMORY, plain.Create(-2, -1, 1)) << "a negative size";
+    for (const auto eAccess : {ACS_MMF, ACS_MEMORY, ACS_FILEIO}) {
+        const HostFile file(sBlock);
+        CImageCtrlIO store;
+        store.SetAcsType(eAccess);
+        store.SetImgType(IMG_INPUT);
+        store.SetFileHandle(file.Handle());
+        store.SetImageData(eAccess == ACS_MEMORY ? sBlock.data() : nullptr);
+        EXPECT_CODE(MM_NO_MEMORY, store.Create(100, -1, 1));
+        ASSERT_OK(store.Create(100, 99, 1));
+        EXPECT_EQ(eAccess == ACS_MEMORY, store.MapBandAdress(0, 0, 0) != nullptr) << "a band of no bytes";
+        EXPECT_CODE(eAccess == ACS_MEMORY ? MM_SUCCESS : MM_BAD_ARGUMENT, store.FreeBandAdress(10));
+        ASSERT_OK(store.Create(100, 100, 1));
+        const void* pBand = store.MapBandAdress(99, 0, -1);
+        EXPECT_EQ("x", BytesAt(pBand ? pBand : "", 1)) << eAccess;
+        EXPECT_OK(store.FreeBandAdress(10));
+        store.Destroy();
     }
 }
 

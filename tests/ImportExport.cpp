@@ -259,9 +259,11 @@ TEST_F(ImportExport, FailWithoutLosingTrackOfTheImage)
         Reset();
     }
     EXPECT_EQ("", empty.Content());
+    EXPECT_CODE(MM_FILE_ACCESS, CImageObj().CnvFileImg());
     const std::string sLog = FileBytes("log/FileAccessErrorLog.txt");
     EXPECT_NE(std::string::npos, sLog.find("MemoryManager/CImageObjIO(189):LastError="));
     EXPECT_NE(std::string::npos, sLog.find("MemoryManager/CImageObjIO(199):LastError="));
+    EXPECT_NE(std::string::npos, sLog.find("MemoryManager/CImageCtrl(1026):LastError=6")) << "no store";
     SetErrLogPath("..\\logdata\\");
 }
 

@@ -66,10 +66,10 @@ bool HasMargin(const CImageObj& image, const BlockRect& rect, const T_ImageLrg_t
 {
     const T_ImageLrg_tag& info = image.m_ImgInfo;
     const std::int64_t nX = block.nMarginX, nY = block.nMarginY;
-    return rect.nLeft - nX >= -info.nMarginX &&
-           rect.nRight + nX < std::int64_t{info.nWidth} + info.nMarginX && rect.nTop - nY >= -info.nMarginY &&
-           rect.nBottom + nY < std::int64_t{info.nHeight} + info.nMarginY &&
-           (!IsUnit(image) || nY <= info.nMarginY);
+    const std::int64_t nMarginX = info.nMarginX, nMarginY = info.nMarginY;
+    return rect.nLeft - nX >= -nMarginX && rect.nRight + nX < info.nWidth + nMarginX &&
+           rect.nTop - nY >= -nMarginY && rect.nBottom + nY < info.nHeight + nMarginY &&
+           (!IsUnit(image) || nY <= nMarginY);
 }
 
 /// The frame that bands are mapped with. That of a unit band is limited by the margin above and below it; its
@@ -125,7 +125,7 @@ DWORD EndReading(CImageObj& image)
 
 DWORD FillBlock(CImageObj& image, const BlockRect& rect, const T_ImageLrg_tag& block)
 {
-    const int nBandLines = std::max(image.m_ImgInfo.nBandLines, 1);
+    const int nBandLines = image.m_ImgInfo.nBandLines;
     const int nFrame = image.m_ImgInfo.nFsize;
     const int nEnd = rect.nBottom + block.nMarginY;
     const std::size_t nBytes =
@@ -168,6 +168,8 @@ DWORD CImageObj::MapBlock(int nTop, int nBottom, int nLeft, int nRight, T_ImageL
         return MM_BAD_ARGUMENT;
     if (Appends(*this))
         return MM_UNKNOWN_MODE;
+    if (m_ImgInfo.nBandLines < 1)
+        return MM_RANGE_REVERSED;
     if (const DWORD nResult = EndHeldBand(*this); nResult != MM_SUCCESS)
         return nResult;
     block.nBufSize = pBlock->nBufSize;
@@ -192,10 +194,12 @@ DWORD CImageObj::UnMapBlock(int nTop, int nBottom, int nLeft, int nRight, T_Imag
         return MM_SUCCESS;
     if (Appends(*this))
         return MM_UNKNOWN_MODE;
+    if (m_ImgInfo.nBandLines < 1)
+        return MM_RANGE_REVERSED;
     if (const DWORD nResult = EndHeldBand(*this); nResult != MM_SUCCESS)
         return nResult;
 
-    const int nBandLines = std::max(m_ImgInfo.nBandLines, 1); // taken now: mapping a unit band changes it
+    const int nBandLines = m_ImgInfo.nBandLines; // taken now: mapping a unit band changes it
     const std::size_t nBytes = std::size_t(nRight - nLeft + 1) * std::size_t(pBlock->nPixelBytes);
     for (int nFirst = nTop; nFirst <= nBottom;) {
         const int nLast = LastLine(nFirst, nBandLines, nBottom);
@@ -204,14 +208,14 @@ DWORD CImageObj::UnMapBlock(int nTop, int nBottom, int nLeft, int nRight, T_Imag
             DropUnitBand(*this); // lines that were not read must not be written
             return nResult;
         }
-        CopyLines(PixelAt(band, 0, nLeft), band.nLineBytes, PixelAt(*pBlock, nFirst - nTop, 0),
-                  pBlock->nLineBytes, nLast - nFirst + 1, nBytes);
-        if (const DWORD nResult = UnmapBand(kSlot); nResult != MM_SUCCESS)
-            return nResult;
         if (band.nPixelBytes != pBlock->nPixelBytes) {
             EndReading(*this); // nothing was copied, so nothing is written
             return MM_BAD_ARGUMENT;
         }
+        CopyLines(PixelAt(band, 0, nLeft), band.nLineBytes, PixelAt(*pBlock, nFirst - nTop, 0),
+                  pBlock->nLineBytes, nLast - nFirst + 1, nBytes);
+        if (const DWORD nResult = UnmapBand(kSlot); nResult != MM_SUCCESS)
+            return nResult;
         nFirst = nLast + 1;
     }
     return MM_SUCCESS;

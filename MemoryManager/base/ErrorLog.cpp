@@ -20,6 +20,19 @@ constexpr const char* kDrives[] = {"c:\\", "d:\\", "e:\\"};
 
 char g_szFolder[260] = "..\\logdata\\";
 
+// Gives the calling thread's last error back at the end of its scope: it is what the caller reports.
+class KeptLastError
+{
+public:
+    KeptLastError() = default;
+    ~KeptLastError() { SetLastError(m_nError); }
+    KeptLastError(const KeptLastError&) = delete;
+    KeptLastError& operator=(const KeptLastError&) = delete;
+
+private:
+    const DWORD m_nError = GetLastError();
+};
+
 // Creates the folder if need be and opens the log in it; null when that is not possible.
 std::FILE* OpenLog(const char* pszMode)
 {
@@ -65,6 +78,7 @@ const char* GetErrLogPath()
 
 void ReportFileAccessError(const char* pszUnit, int nLine, DWORD nError)
 {
+    const KeptLastError kept;
     std::FILE* pLog = OpenLog("a");
     if (pLog == nullptr)
         return;
@@ -74,14 +88,13 @@ void ReportFileAccessError(const char* pszUnit, int nLine, DWORD nError)
 
 DWORD FailFileAccess(const char* pszUnit, int nLine)
 {
-    const DWORD nError = GetLastError();
-    ReportFileAccessError(pszUnit, nLine, nError);
-    SetLastError(nError);
+    ReportFileAccessError(pszUnit, nLine, GetLastError());
     return MM_FILE_ACCESS;
 }
 
 void ReportFileAccessErrorCounted(const char* pszUnit, int nLine, DWORD nError, int nCounter)
 {
+    const KeptLastError kept;
     std::FILE* pLog = OpenLog("w");
     if (pLog == nullptr)
         return;

@@ -82,14 +82,14 @@ bool AppendByViews(HANDLE hFile, const void* pSrc, DWORD nBytes);
 int IsMemoryLoadHigh(DWORD nLimit);
 
 /// Appends "unit(line):LastError=code" to FileAccessErrorLog.txt in the error log's folder
-/// (ErrorLogFolder.h), whose last level is created. Silent when the log cannot be written. May change the
-/// last error.
+/// (ErrorLogFolder.h), whose last level is created. Silent when the log cannot be written. Keeps the last
+/// error.
 void ReportFileAccessError(const char* pszUnit, int nLine, DWORD nError);
 
 /// The same with ",counter=n" at the line's end, followed by the space left on the drives c, d and e. The log
 /// is emptied first.
 void ReportFileAccessErrorCounted(const char* pszUnit, int nLine, DWORD nError, int nCounter);
 
-/// Reports the last error as a file access failure of a statement, and keeps it as last error.
+/// Reports the last error as a file access failure of a statement.
 /// @return MM_FILE_ACCESS
 DWORD FailFileAccess(const char* pszUnit, int nLine);

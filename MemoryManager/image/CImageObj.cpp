@@ -224,9 +224,9 @@ DWORD CImageObj::Destroy()
 
 DWORD CImageObj::CnvFileImg()
 {
-    if (!m_pImageCtrl)
-        return MM_FILE_ACCESS;
-    const DWORD nResult = m_pImageCtrl->ConvertFile(m_ImgInfo.nBufSize);
+    CImageCtrl none; // reports that there is nothing to convert
+    CImageCtrl& store = m_pImageCtrl ? *m_pImageCtrl : none;
+    const DWORD nResult = store.ConvertFile(m_ImgInfo.nBufSize);
     if (nResult != MM_SUCCESS)
         return nResult;
     ReturnToBudget(std::exchange(m_nAreaSize, 0));

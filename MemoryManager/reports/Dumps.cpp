@@ -201,7 +201,10 @@ void CImageObj::OutPutBmp(const char* pszName, int nScale)
     const bool bHasBuffer =
         m_nUnitMode == 0 && m_pImageCtrl && m_pImageCtrl->GetImgType() == IMG_WORK && IsSoundBuffer(info);
     const DumpPath path("..\\logdata\\trace\\%s.bmp", pszName);
-    if (!bHasBuffer || !path.IsWhole())
+    if (!path.IsWhole())
+        return;
+    DeleteFileA(path.Text()); // an older dump must not be taken for this one
+    if (!bHasBuffer)
         return;
     const std::int64_t nLineBytes = std::int64_t{info.nAllocWidth} * kBitmapPixel;
     const std::int64_t nFile = nLineBytes * info.nAllocHeight + MM_BITMAP_HEADER_BYTES;

@@ -70,7 +70,9 @@ CImageCtrl& CImageCtrl::operator=(const CImageCtrl& other) = default;
 DWORD CImageCtrl::Create(LONG nSize, LONG nLimit, int nSlots)
 {
     const LONGLONG nFileSize = LONGLONG{m_nHdrSize} + nSize;
-    if (nSize < 0 || m_nHdrSize < 0 || nFileSize > INT32_MAX)
+    if (nSize < 0)
+        return MM_NO_MEMORY;
+    if (m_nHdrSize < 0 || nFileSize > INT32_MAX)
         return MM_BAD_ARGUMENT;
     m_nFileSize = static_cast<int>(nFileSize);
     m_nMapCnt = nSlots;
@@ -124,19 +126,21 @@ DWORD CImageCtrl::Destroy()
 void* CImageCtrl::MapBandAdress(DWORD nOffset, DWORD nBytes, int nSlot)
 {
     const ULONGLONG nPos = ULONGLONG{static_cast<DWORD>(m_nHdrSize)} + nOffset;
+    if (m_nAllMapFlg == 1) {
+        const bool bBehind = m_nFileSize > 0 && nPos >= static_cast<DWORD>(m_nFileSize);
+        return m_pMapAdr[0] != nullptr && !bBehind ? static_cast<BYTE*>(m_pMapAdr[0]) + nPos : nullptr;
+    }
     if (!IsSlot(nSlot) || nPos >= static_cast<DWORD>(m_nFileSize))
         return nullptr;
-    if (m_nAllMapFlg == 1)
-        return m_pMapAdr[0] != nullptr ? static_cast<BYTE*>(m_pMapAdr[0]) + nPos : nullptr;
     return ReadMMF(static_cast<DWORD>(nPos), nBytes, &m_pMapAdr[nSlot]);
 }
 
 DWORD CImageCtrl::FreeBandAdress(int nSlot)
 {
-    if (!IsSlot(nSlot))
-        return MM_BAD_ARGUMENT;
     if (m_eAcsType != ACS_MMF || m_nAllMapFlg == 1)
         return MM_SUCCESS;
+    if (!IsSlot(nSlot))
+        return MM_BAD_ARGUMENT;
     return ReleaseSlot(nSlot) ? MM_SUCCESS : MM_STORE_UNMAP;
 }
 
@@ -159,12 +163,11 @@ DWORD CImageCtrl::ConvertFile(int nSize)
         return MM_SUCCESS;
     }
     // The block in slot 0 is the store's to release only if Create made it; else it is the host's.
-    if (m_eAcsType != ACS_MEMORY || m_bCreated == 0 || m_pMapAdr[0] == nullptr) {
-        SetLastError(ERROR_INVALID_HANDLE);
+    const bool bHasBlock = m_eAcsType == ACS_MEMORY && m_bCreated != 0 && m_pMapAdr[0] != nullptr;
+    if (!bHasBlock || nSize <= 0 || nSize > m_nFileSize) {
+        SetLastError(bHasBlock ? ERROR_INVALID_PARAMETER : ERROR_INVALID_HANDLE);
         return FailFileAccess(kUnit, kLineConvertWrite);
     }
-    if (nSize <= 0 || nSize > m_nFileSize)
-        return MM_BAD_ARGUMENT;
     const DWORD nResult = WriteTempFile({.nHeader = 0,
                                          .pData = m_pMapAdr[0],
                                          .nData = static_cast<DWORD>(nSize),

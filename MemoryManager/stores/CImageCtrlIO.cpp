@@ -68,7 +68,7 @@ void CImageCtrlIO::SetHederSize(int nSize)
 DWORD CImageCtrlIO::Create(LONG nSize, LONG nLimit, int nSlots)
 {
     if (nSize < 0 || nLimit < 0)
-        return MM_BAD_ARGUMENT;
+        return MM_NO_MEMORY;
     ReleaseBacking();
     m_nAllMapFlg = 0;
     m_bCreated = 0;
@@ -111,19 +111,19 @@ void* CImageCtrlIO::MapBandAdress(DWORD nOffset, DWORD nBytes, int nSlot)
 {
     const ULONGLONG nPos = ULONGLONG{static_cast<DWORD>(m_nHdrSize)} + nOffset;
     const DWORD nEnd = m_nFileSize > 0 ? static_cast<DWORD>(m_nFileSize) : DWORD{INT32_MAX};
-    if (!IsSlot(nSlot) || nPos >= nEnd || nBytes > INT32_MAX)
+    const bool bWhole = m_nAllMapFlg == 1;
+    if ((!bWhole && !IsSlot(nSlot)) || nPos >= nEnd || nBytes > INT32_MAX)
         return nullptr;
 
     void* pBand = nullptr;
     if (m_eAcsType == ACS_FILEIO) {
-        const SIZE_T nAt =
-            m_nAllMapFlg == 1 ? static_cast<SIZE_T>(nPos) : 0; // the band's place in the buffer
-        if (nBytes == 0 || nAt + ULONGLONG{nBytes} > BufferCapacity())
+        const SIZE_T nAt = bWhole ? static_cast<SIZE_T>(nPos) : 0; // the band's place in the buffer
+        if ((!bWhole && nBytes == 0) || nAt + ULONGLONG{nBytes} > BufferCapacity())
             return nullptr;
         pBand = static_cast<BYTE*>(m_pMapAdr[0]) + nAt;
-        if (m_nAllMapFlg == 0 && m_eImgType == IMG_INPUT && !ReadAt(static_cast<DWORD>(nPos), nBytes))
+        if (!bWhole && m_eImgType == IMG_INPUT && !ReadAt(static_cast<DWORD>(nPos), nBytes))
             return nullptr;
-    } else if (m_nAllMapFlg == 1) {
+    } else if (bWhole) {
         pBand = m_pMapAdr[0] != nullptr ? static_cast<BYTE*>(m_pMapAdr[0]) + nPos : nullptr;
     } else if (m_eAcsType == ACS_MMF) {
         pBand = ReadMMF(static_cast<DWORD>(nPos), nBytes, &m_pMapAdr[0]);
@@ -135,14 +135,14 @@ void* CImageCtrlIO::MapBandAdress(DWORD nOffset, DWORD nBytes, int nSlot)
 
 DWORD CImageCtrlIO::FreeBandAdress(int nSlot)
 {
-    if (!IsSlot(nSlot))
+    if (!IsSlot(nSlot) && m_nAllMapFlg != 1)
         return MM_BAD_ARGUMENT;
     if (m_eAcsType == ACS_MMF) {
         if (nSlot == 0) {
             m_nAllMapFlg = 0; // without its whole view the store maps band by band
             m_nBandSize = 0;
         }
-        return ReleaseSlot(nSlot) ? MM_SUCCESS : MM_EXTERNAL_UNMAP;
+        return !IsSlot(nSlot) || ReleaseSlot(nSlot) ? MM_SUCCESS : MM_EXTERNAL_UNMAP;
     }
     if (m_eAcsType != ACS_FILEIO || m_eImgType != IMG_OUTPUT || m_nBandSize == 0)
         return MM_SUCCESS;

@@ -238,6 +238,7 @@ TEST_F(DebugDumps, LeaveNothingWhateverFails)
                 EXPECT_NE(nullptr, flat.pBase) << "a buffer that was not taken is gone";
                 EXPECT_EQ(nFree, CImageObj::AskFreeMemory());
             }
+            std::ofstream("../logdata/trace/image.bmp") << std::string(1000000, 'o');
             image.OutPutBmp("image", 0);
             const DWORD nTaken =
                 nMade == MM_SUCCESS ? CImageObj::DebugConvertT_Image(&image, &back) : DWORD{MM_SUCCESS};
@@ -255,6 +256,7 @@ TEST_F(DebugDumps, LeaveNothingWhateverFails)
             EXPECT_EQ(nFree < 80000 && nMade == MM_SUCCESS, !Take("temp").empty())
                 << "a file holds the image";
             const std::size_t nDumped = Take("tmp").size() + Take("logdata/trace").size();
+            EXPECT_LT(nDumped, 1000000u) << "an older dump is taken for the new one";
             if (!bFailed) {
                 EXPECT_EQ(130108u, nDumped);
             }

@@ -5,6 +5,7 @@
 #include "MemoryManager/ImgObjUty.h"
 #include "MemoryManager/base/PlatformHelpers.h"
 #include "MemoryManager/reports/ProcessNames.h"
+#include "Platform/Platform.h"
 
 TEST(ReportTexts, AreCodePage932WhateverCompilerAndLocale)
 {
@@ -22,14 +23,17 @@ TEST(ErrorLog, HasALineForEachFailureAndOnlyTheLastOfADiskThatIsFull)
     for (const char* pszDrive : {"c:", "d:", "e:"})
         fs::create_directory(pszDrive, ignored);
     SetErrLogPath("log\\");
+    SetLastError(112);
     ReportFileAccessError("MemoryManager/CImageCtrl", 287, 3);
     ReportFileAccessError("MemoryManager/CImageCtrlIO", 156, 38);
     ReportFileAccessError("MemoryManager/CImageObj", 884, 112);
     ReportFileAccessError("MemoryManager/CImageObjIO", 189, 0);
     ReportFileAccessError("MemoryManager/ImgObjUty", 1475, 0xFFFFFFFF);
+    EXPECT_EQ(112u, GetLastError()) << "the folder is there already";
     EXPECT_EQ(Expected("error-log.txt"), FileBytes("log/FileAccessErrorLog.txt"));
     for (const int nCounter : {598, 599})
         ReportFileAccessErrorCounted("MemoryManager/CImageCtrlIO", 402, 112, nCounter);
+    EXPECT_EQ(112u, GetLastError()) << "a drive is not";
     const std::string sLog = FileBytes("log/FileAccessErrorLog.txt"), sAnyNumber = "\x94=\\d+";
     EXPECT_EQ(Expected("full-disk-log.txt"), std::regex_replace(sLog, std::regex(sAnyNumber), "\x94=#"));
     SetErrLogPath(std::string(300, 'x').c_str());
