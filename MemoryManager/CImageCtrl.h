@@ -102,13 +102,14 @@ public:
     int GetAllMapFlg() const;             ///< 1: everything is addressable through slot 0
     int IsCreated() const;                ///< 1 since a successful Create or DebugConvertWrite
 
-    /// Finds the temporary folder, once per process; later calls return 0 at once. Any thread; takes the
-    /// library's lock.
+    /// Finds the temporary folder, once per process; later calls return 0 at once. The folder stays the same
+    /// when the host changes its current one. Any thread; takes the library's lock.
     /// @return 0; 18 it could not be determined, or ms_ExecuteFlg is not 0
     static DWORD GetTempDirctoryName();
 
     /// Finds the temporary folder and deletes the files in it whose names begin with LRG, as temporary files
-    /// of all processes do; files that a process still uses are left alone. Any thread; only a process's
+    /// of all processes do; files that a process still uses are left alone, and outside Windows everything
+    /// that is no regular file of this user. Any thread; only a process's
     /// first call does this, later ones return 0 at once.
     /// @return 0; 18 the folder could not be determined
     static DWORD CleanTempFolder();

@@ -13,7 +13,6 @@
 #include "Platform/posix/PosixLayer.h"
 
 #include <fcntl.h>
-#include <string>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -47,7 +46,7 @@ Registry<int, PlaceHolder>& PlaceHolders()
 /// locks nobody is excluded.
 bool Lock(const Descriptor& file, int nLock)
 {
-    return flock(file.Get(), nLock | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+    return Uninterrupted([&] { return flock(file.Get(), nLock | LOCK_NB); }) == 0 || errno != EWOULDBLOCK;
 }
 
 /// Whether the path still leads to the file that has been opened.
@@ -91,14 +90,6 @@ std::string FolderOf(const std::string& szPath)
 {
     const std::size_t nSlash = szPath.rfind('/');
     return nSlash == std::string::npos ? "." : szPath.substr(0, nSlash + 1);
-}
-
-std::string FromRoot(const char* pszPath)
-{
-    char szCurrent[PATH_MAX];
-    if (pszPath[0] == '/' || !getcwd(szCurrent, sizeof szCurrent))
-        return pszPath;
-    return std::string(szCurrent) + "/" + pszPath;
 }
 
 /// Makes the nameless data of a file that is deleted on close. Empty: errno tells why.
@@ -206,9 +197,11 @@ BOOL DeleteFileA(LPCSTR pszPath)
     for (;;) {
         const Descriptor file = OpenDescriptor(path.Text(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
         struct stat opened = {};
+        if (!file && errno == ENXIO) // a socket
+            return Fail(ERROR_ACCESS_DENIED);
         if (!file || fstat(file.Get(), &opened) != 0)
             return FailErrno();
-        if (S_ISDIR(opened.st_mode))
+        if (!S_ISREG(opened.st_mode) || opened.st_uid != geteuid())
             return Fail(ERROR_ACCESS_DENIED);
         if (!Lock(file, LOCK_EX))
             return Fail(ERROR_SHARING_VIOLATION);

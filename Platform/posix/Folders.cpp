@@ -157,7 +157,10 @@ HANDLE FindFirstFileA(LPCSTR pszPattern, WIN32_FIND_DATAA* pData)
     char szLast[MAX_PATH];
     std::strcpy(szLast, pszLast);
     *pszLast = 0; // leaves the folder
-    DIR* pFolder = opendir(pszSlash ? path.Text() : ".");
+    DIR* pFolder = nullptr;
+    do
+        pFolder = opendir(pszSlash ? path.Text() : ".");
+    while (!pFolder && errno == EINTR);
     if (!pFolder) {
         Fail(errno == ENOENT ? ERROR_PATH_NOT_FOUND : ErrorOf(errno));
         return INVALID_HANDLE_VALUE;

@@ -1,5 +1,5 @@
-// How full the memory is: that of the machine, or of the process's control group where that is fuller.
-// Pages of files that the system can drop at once count as available.
+// How full the memory is: that of the machine, or of the process's fullest control group where that is
+// fuller. Pages of files that the system can drop at once count as available.
 
 #include "Platform/posix/PosixLayer.h"
 
@@ -82,26 +82,28 @@ unsigned LoadOf(std::uint64_t nTotal, std::uint64_t nAvailable)
     return nTotal == 0 ? 0 : static_cast<unsigned>(100 - nAvailable * 100 / nTotal);
 }
 
-/// Takes one control group into account, if its limit is lower than what was found so far.
-void ConsiderGroup(const char* pszRoot, const GroupVersion& version, const char* pszFolder, MemoryUse* pUse)
+/// Takes one control group into account, if its limit is lower than the machine's memory.
+void ConsiderGroup(const char* pszRoot, const GroupVersion& version, const char* pszFolder,
+                   std::uint64_t nMachine, MemoryUse* pUse)
 {
     const auto nLimit = SystemText(pszRoot, pszFolder, version.pszLimit).Number("");
-    if (!nLimit || *nLimit == 0 || *nLimit >= pUse->nTotal)
-        return; // this group has no limit, or a higher one
+    if (!nLimit || *nLimit == 0 || *nLimit >= nMachine)
+        return;
     const auto nUsage = SystemText(pszRoot, pszFolder, version.pszUsage).Number("");
     const auto nDroppable = SystemText(pszRoot, pszFolder, "/memory.stat").Number(version.pszDroppable);
     if (!nUsage)
         return;
     const std::uint64_t nUsed = *nUsage - std::min(*nUsage, nDroppable.value_or(0));
-    const std::uint64_t nAvailable = std::min(*nLimit - std::min(*nLimit, nUsed), pUse->nAvailable);
-    pUse->nTotal = *nLimit;
-    pUse->nAvailable = nAvailable;
+    const std::uint64_t nAvailable = *nLimit - std::min(*nLimit, nUsed);
+    pUse->nTotal = std::min(pUse->nTotal, *nLimit);
+    pUse->nAvailable = std::min(pUse->nAvailable, nAvailable);
     pUse->nLoad = std::max(pUse->nLoad, LoadOf(*nLimit, nAvailable));
 }
 
 /// Takes the process's control group and all groups above it into account, as each may have a limit.
 /// @param pszGroup  the group's path, which ends at a line end
-void ConsiderGroups(const char* pszRoot, const GroupVersion& version, const char* pszGroup, MemoryUse* pUse)
+void ConsiderGroups(const char* pszRoot, const GroupVersion& version, const char* pszGroup,
+                    std::uint64_t nMachine, MemoryUse* pUse)
 {
     char szFolder[PATH_MAX];
     const auto nGroup = static_cast<int>(std::strcspn(pszGroup, "\n"));
@@ -111,7 +113,7 @@ void ConsiderGroups(const char* pszRoot, const GroupVersion& version, const char
         return;
     const std::size_t nMount = std::strlen(version.pszMount);
     for (;;) {
-        ConsiderGroup(pszRoot, version, szFolder, pUse);
+        ConsiderGroup(pszRoot, version, szFolder, nMachine, pUse);
         char* pszLast = std::strrchr(szFolder + nMount, '/');
         if (!pszLast)
             return;
@@ -124,6 +126,7 @@ void ConsiderGroups(const char* pszRoot, const GroupVersion& version, const char
 void ReadGroups(const char* pszRoot, MemoryUse* pUse)
 {
     const SystemText text(pszRoot, "/proc/self/cgroup", "");
+    const std::uint64_t nMachine = pUse->nTotal;
     for (const char* pszLine = text.Begin(); pszLine; pszLine = SystemText::NextLine(pszLine)) {
         const char* pszColon = pszLine + std::strcspn(pszLine, ":\n");
         if (*pszColon != ':')
@@ -135,9 +138,9 @@ void ReadGroups(const char* pszRoot, MemoryUse* pUse)
             continue;
         const char* pszGroup = pszColon + 1;
         if (nControllers == 0)
-            ConsiderGroups(pszRoot, kSecondVersion, pszGroup, pUse);
+            ConsiderGroups(pszRoot, kSecondVersion, pszGroup, nMachine, pUse);
         else if (std::string_view(pszControllers, nControllers).find("memory") != std::string_view::npos)
-            ConsiderGroups(pszRoot, kFirstVersion, pszGroup, pUse);
+            ConsiderGroups(pszRoot, kFirstVersion, pszGroup, nMachine, pUse);
     }
 }
 

@@ -4,6 +4,7 @@
 #include "Platform/posix/PosixLayer.h"
 
 #include <cstring>
+#include <unistd.h>
 
 namespace {
 
@@ -83,6 +84,14 @@ bool NativePath::EndsInSlash() const
 {
     const std::size_t nLength = std::strlen(m_szPath);
     return nLength != 0 && m_szPath[nLength - 1] == '/';
+}
+
+std::string FromRoot(const char* pszPath)
+{
+    char szCurrent[PATH_MAX];
+    if (pszPath[0] == '/' || !getcwd(szCurrent, sizeof szCurrent))
+        return pszPath;
+    return std::string(szCurrent) + "/" + pszPath;
 }
 
 } // namespace platform::posix

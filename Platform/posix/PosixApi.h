@@ -144,8 +144,8 @@ BOOL CloseHandle(HANDLE hObject);
 /// not.
 BOOL CreateDirectoryA(LPCSTR pszPath, void* pSecurity);
 
-/// Deletes a file that no process has open through this layer. False: 32 a process has it open, 5 a folder or
-/// no permission, 2 no such file.
+/// Deletes a regular file of this user that no process has open through this layer. False: 32 a process has
+/// it open, 5 anything else than a regular file, a file of somebody else or no permission, 2 no such file.
 BOOL DeleteFileA(LPCSTR pszPath);
 
 struct ULARGE_INTEGER
@@ -196,9 +196,10 @@ BOOL FlushViewOfFile(LPCVOID pAddress, SIZE_T nBytes);
 
 // Temporary files and folder search ------------------------------------------------------------------------
 
-/// Copies the path of the temporary folder: $TMPDIR, else /tmp, with a slash at its end. Returns its length
-/// without the terminator. When the buffer of nChars bytes is too small, it stays as it is, and the result is
-/// the size needed, terminator included. 0: 206 the path is longer than the system allows.
+/// Copies the path of the temporary folder from the root on: $TMPDIR, which may be relative to the current
+/// folder, else /tmp, with a slash at its end. Returns its length without the terminator. When the buffer of
+/// nChars bytes is too small, it stays as it is, and the result is the size needed, terminator included. 0:
+/// 206 the path is longer than the system allows.
 DWORD GetTempPathA(DWORD nChars, LPSTR pszPath);
 
 /// Creates an empty file with a name that was unused: pszFolder, the first three characters of pszPrefix, a

@@ -13,6 +13,7 @@
 #include <mutex>
 #include <new>
 #include <optional>
+#include <string>
 #include <utility>
 
 namespace platform::posix {
@@ -79,6 +80,10 @@ private:
     char m_szPath[PATH_MAX];
     bool m_bValid;
 };
+
+/// A path with slashes as one that starts at the root, which a change of the current folder does not move.
+/// Throws std::bad_alloc.
+std::string FromRoot(const char* pszPath);
 
 // Descriptors ----------------------------------------------------------------------------------------------
 
@@ -203,7 +208,8 @@ struct MemoryUse
     unsigned nLoad;           ///< percent in use; 0: the system does not tell
 };
 
-/// How full the machine's memory is, or that of the process's control group where it is fuller.
+/// How full the machine's memory is, or that of the fullest of the process's control groups. The smallest of
+/// their limits is the total.
 /// @param pszRoot  a path ahead of /proc and /sys: empty, or a test's copy of them
 MemoryUse ReadMemoryUse(const char* pszRoot);
 

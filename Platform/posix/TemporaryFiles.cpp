@@ -32,22 +32,20 @@ DWORD NextNumber()
 } // namespace
 
 DWORD GetTempPathA(DWORD nChars, LPSTR pszPath)
-{
+try {
     const char* pszFolder = std::getenv("TMPDIR");
     if (!pszFolder || *pszFolder == 0)
         pszFolder = "/tmp";
     const NativePath folder(pszFolder);
     if (!folder.IsValid())
         return 0;
-    const std::size_t nLength = std::strlen(folder.Text());
-    const bool bSlash = folder.EndsInSlash();
-    const std::size_t nWanted = nLength + (bSlash ? 0 : 1);
-    if (nWanted >= nChars)
-        return static_cast<DWORD>(nWanted + 1); // with the terminator
-    std::memcpy(pszPath, folder.Text(), nLength);
-    pszPath[nLength] = bSlash ? 0 : '/';
-    pszPath[nWanted] = 0;
-    return static_cast<DWORD>(nWanted);
+    const std::string szPath = FromRoot(folder.Text()) + (folder.EndsInSlash() ? "" : "/");
+    if (szPath.size() >= nChars)
+        return static_cast<DWORD>(szPath.size() + 1); // with the terminator
+    std::memcpy(pszPath, szPath.c_str(), szPath.size() + 1);
+    return static_cast<DWORD>(szPath.size());
+} catch (const std::bad_alloc&) {
+    return Fail(ERROR_NOT_ENOUGH_MEMORY);
 }
 
 DWORD GetTempFileNameA(LPCSTR pszFolder, LPCSTR pszPrefix, DWORD nUnique, LPSTR pszName)

@@ -177,13 +177,19 @@ TEST_F(PosixLayer, NamesKeepDoubleBytesMatchWithoutCaseAndFitTheirBuffers)
     EXPECT_EQ((Names{"LRG1.tmp", "xLRG.tmp"}), Find("*rG?*TMP"));
     EXPECT_EQ(Names{}, Find("\x83\x41")) << "another character, not another case";
     EXPECT_EQ(Names{}, Find("*A")) << "half a character";
-    char szName[MAX_PATH];
+    char szName[MAX_PATH], szFolder[MAX_PATH];
     InProcess([&] {
         setenv("TMPDIR", (m_sFolder + "\\\x83\\").c_str(), 1);
         std::filesystem::create_directory(At("\x83\\"));
         EXPECT_NE(0u, GetTempPathA(MAX_PATH, szName));
         EXPECT_EQ(m_sFolder + "/\x83\\/", szName);
         EXPECT_NE(0u, GetTempFileNameA(std::getenv("TMPDIR"), "LRG", 0, szName));
+        std::filesystem::current_path(m_sFolder);
+        for (const char* pszRelative : {"rel", "rel/"}) {
+            setenv("TMPDIR", pszRelative, 1);
+            EXPECT_EQ(m_sFolder.size() + 5, GetTempPathA(MAX_PATH, szFolder));
+            EXPECT_EQ(m_sFolder + "/rel/", szFolder) << "it would move with the current folder";
+        }
         EXPECT_EQ(0, access(At("\x83\\/" + std::string(strrchr(szName, 'L'))).c_str(), F_OK)) << szName;
     });
     const std::string sLongest = m_sFolder + std::string(259 - 15 - m_sFolder.size(), '/');
@@ -288,7 +294,14 @@ TEST_F(PosixLayer, MemoryLoadIsTheFullerOfMachineAndControlGroups)
     Put("inside/sys/fs/cgroup/memory/memory.limit_in_bytes", "500000");
     Put("inside/sys/fs/cgroup/memory/memory.usage_in_bytes", "500000");
     Put("inside/sys/fs/cgroup/memory/memory.stat", "total_inactive_file 100000\n");
-    for (const auto& [sRoot, nLoad] : {std::pair<std::string, unsigned>("above/", 90), {"inside/", 80}}) {
+    Put("fuller/proc/self/cgroup", "0::/b/c\n");
+    for (const auto& [sName, sMax, sUsed] :
+         {std::tuple("b", "800000", "784000"), {"b/c", "400000", "100000"}}) {
+        Put("fuller/sys/fs/cgroup/" + std::string(sName) + "/memory.max", sMax);
+        Put("fuller/sys/fs/cgroup/" + std::string(sName) + "/memory.current", sUsed);
+    }
+    for (const auto& [sRoot, nLoad] :
+         {std::pair<std::string, unsigned>("above/", 90), {"inside/", 80}, {"fuller/", 98}}) {
         Put(sRoot + "proc/meminfo", "MemTotal: 1000 kB\nMemFree: 1 kB\nMemAvailable: 400 kB\n");
         EXPECT_EQ(nLoad, ReadMemoryUse(At(sRoot).c_str()).nLoad) << sRoot;
     }
