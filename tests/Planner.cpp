@@ -139,18 +139,46 @@ TEST_F(Planner, WithholdsTheReserveOnceUntilTheFirstInputGoes)
     EXPECT_EQ(0, CImageObj::AskFreeMemory());
 }
 
+namespace {
+
+struct FailingImage : CImageObj
+{
+    int nFailures;
+    FailingImage(T_ImageLrg_tag info, int nTimes) : nFailures(nTimes) { EXPECT_OK(SetImageInfo(&info)); }
+    DWORD Create(LONG nSize, LONG nAllotted, int nSlots) override
+    {
+        return nFailures-- > 0 ? DWORD{MM_FILE_ACCESS} : CImageObj::Create(nSize, nAllotted, nSlots);
+    }
+};
+
+} // namespace
+
+TEST_F(Planner, PlansAfreshWhatAFailedAttemptChargedForAndDidNotReach)
+{
+    Shrink(4 * kMiB);
+    FailingImage first(Lines(1000, 1000), 1);
+    TestImage second(Lines(1000, 1000)), work(Lines(1000, 1000));
+    ASSERT_OK(Step({&first, &second}, {}, {&work}).Alloc());
+    EXPECT_EQ(std::pair(16, 16), std::pair(second.m_ImgInfo.nBandLines, work.m_ImgInfo.nBandLines))
+        << "the first attempt held them whole";
+    Reset(); // what the failed store was charged is lost
+}
+
+TEST_F(Planner, HoldsAnImageWholeThatFitsTheBudgetExactly)
+{
+    for (const int nLess : {0, 1}) {
+        TestImage image(Lines(1000, 5000));
+        Shrink(image.GetAreaSize() - nLess);
+        ASSERT_OK(Step({&image}, {}).Alloc());
+        EXPECT_EQ(1 - nLess, image.IsOnMemory());
+        EXPECT_EQ(nLess == 0, CImageObj::AskFreeMemory() == 0);
+    }
+}
+
 TEST_F(Planner, MakesWhatAFailedStepChargedForAndDidNotReach)
 {
-    struct : CImageObj
-    {
-        int nFailures = 2;
-        DWORD Create(LONG nSize, LONG nAllotted, int nSlots) override
-        {
-            return nFailures-- > 0 ? DWORD{MM_FILE_ACCESS} : CImageObj::Create(nSize, nAllotted, nSlots);
-        }
-    } first;
     T_ImageLrg_tag info = Lines(1000, 500), band{};
-    ASSERT_OK(first.SetImageInfo(&info));
+    FailingImage first(info, 2);
     TestImage second(Lines(1000, 500));
     Step step({&first, &second}, {});
     EXPECT_CODE(MM_FILE_ACCESS, step.Alloc());

@@ -147,6 +147,7 @@ TEST_F(ExternalStores, AreMadeAnewForAnotherAllotmentOnlyAndKeepBandsInsideIt)
             }
         }
     ASSERT_OK(Bind(ACS_FILEIO, IMG_INPUT, kPicture).Create(1000, 600, 1));
+    EXPECT_NE(nullptr, m_store.MapBandAdress(0, 100, 0));
     const char* pLast = static_cast<char*>(m_store.MapBandAdress(kBytes - 10, 100, 0));
     EXPECT_TRUE(SameBytes(kImage.substr(kBytes - 10).append(90, '\0'), BytesAt(pLast, 100)))
         << "an older band shows";
