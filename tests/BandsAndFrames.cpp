@@ -118,7 +118,7 @@ static void CheckFrame(int nFormat, int nMode, int nWidth, int nHeight, int nFra
         }
 }
 
-void CheckFrames()
+TEST_AT_ANY_ADDRESS(Frames, ArePaintedRoundTheLastLineOnly)
 {
     constexpr int kFormats[] = {MM_FORMAT_BGR24, MM_FORMAT_BGRA32, MM_FORMAT_RAW64, 0x202};
     constexpr int kShapes[][3] = {{4, 9, 2}, {1, 1, 3}, {2, 2, 3}, {5, 3, 1}, {3, 1, 2}};
@@ -130,11 +130,6 @@ void CheckFrames()
                     bFile ? BudgetTest::Shrink(100) : BudgetTest::Reset();
                     ASSERT_NO_FATAL_FAILURE(CheckFrame(nFormat, nMode, nWidth, nHeight, nFrame));
                 }
-}
-
-TEST_F(Frames, ArePaintedRoundTheLastLineOnly)
-{
-    CheckFrames();
 }
 
 TEST_F(Frames, AreStoredOrRefused)

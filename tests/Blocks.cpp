@@ -57,7 +57,7 @@ struct BlockImage : CImageObj
 
 using Blocks = BudgetTest;
 
-void CheckBlocks()
+TEST_AT_ANY_ADDRESS(Blocks, AreTheImageWithItsMarginAndGoBackWithout)
 {
     std::mt19937 random{9};
     const auto pick = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
@@ -108,11 +108,6 @@ void CheckBlocks()
         ASSERT_EQ(nFree, CImageObj::AskFreeMemory());
     }
     EXPECT_GT(nFilled, 3000);
-}
-
-TEST_F(Blocks, AreTheImageWithItsMarginAndGoBackWithout)
-{
-    CheckBlocks();
 }
 
 TEST_F(Blocks, AreWholeWhereALineLiesAcrossTheEndOfAView)

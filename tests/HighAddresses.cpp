@@ -52,6 +52,8 @@ class HighAddresses : public BudgetTest
 
 } // namespace
 
+void CheckFrames(), CheckBlocks(), CheckImportExport(), CheckUnitBands();
+
 TEST_F(HighAddresses, GiveTheSameBytes)
 {
     [[maybe_unused]] const LowerHalf taken{};
@@ -69,7 +71,7 @@ TEST_F(HighAddresses, GiveTheSameBytes)
         EXPECT_THAT((std::array{band.pImage, block.pBase, pBuffer}), testing::Each(testing::Truly(IsHigh)));
         CImageObj::FreeImgBufLrg(&block);
     }
-    for (const auto pCheck : {CheckFrames, CheckBlocks, CheckTransfers, CheckUnitBands}) {
+    for (const auto pCheck : {CheckFrames, CheckBlocks, CheckImportExport, CheckUnitBands}) {
         Reset();
         pCheck();
     }

@@ -85,7 +85,7 @@ template <class Pair> void CheckParam(int nType, int nLineBytes, tag_E_ACSTYPE e
 
 using ImportExport = BudgetTest;
 
-void CheckTransfers()
+TEST_AT_ANY_ADDRESS(ImportExport, KeepEveryByte)
 {
     const int paths[][3] = {{0, 0x1301, 0}, {0, 0x0401, 0}, {0, 0x0422, 2}, {1, 0x0401, 0}, {1, 0x0422, 2},
                             {2, 0x1322, 2}, {2, 0x0422, 2}, {3, 0x1322, 2}, {3, 0x0422, 2}};
@@ -101,11 +101,6 @@ void CheckTransfers()
                     ASSERT_FALSE(testing::Test::HasFailure());
                 }
     }
-}
-
-TEST_F(ImportExport, KeepEveryByte)
-{
-    CheckTransfers();
 }
 
 // Of an image that is held whole, by ranges or by bands in the work buffer, and in any order.

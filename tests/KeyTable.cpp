@@ -1,5 +1,6 @@
 // The key table: what names are found by, what values read as, and the bytes of its text.
 
+#include "ReportFiles.h"
 #include "SameBytes.h"
 
 #include "MemoryManager/MemoryManager.h"
@@ -43,16 +44,14 @@ template <class List> static auto& Entry(List& list, const KeyName& name)
 
 struct KeyTable : testing::Test
 {
-    ~KeyTable() override { std::filesystem::remove(m_sPath); }
     // What the file holds after the table was appended to it.
     std::string Flush()
     {
-        const int nDone = m_table.FlushData(m_sPath.c_str());
-        std::ifstream file(m_sPath, std::ios::binary);
-        return !nDone || !file ? "none" : std::string(std::istreambuf_iterator<char>(file), {});
+        const bool bDone = m_table.FlushData("keys") == 1;
+        return bDone && fs::exists("keys") ? FileBytes("keys") : "none";
     }
     CWorkTableList m_table;
-    const std::string m_sPath = testing::TempDir() + "keys" + std::to_string(std::random_device{}());
+    const RunFolder m_folder;
 };
 
 TEST_F(KeyTable, KeepsWhatWasWrittenLastWhateverTheNames)
@@ -101,7 +100,7 @@ TEST_F(KeyTable, AppendsItsSectionsAsTextButNeverTheMaximum)
     EXPECT_EQ(0, m_table.KeyWriteInt(nullptr, "key", 1));
     EXPECT_EQ(7, m_table.KeyReadInt(nullptr, "key", 7));
     EXPECT_EQ("none", Flush()) << "there was never a section";
-    EXPECT_FALSE(std::filesystem::exists(m_sPath));
+    EXPECT_FALSE(fs::exists("keys"));
     EXPECT_EQ(1, m_table.KeyWriteInt("cleared", nullptr, 1));
     EXPECT_EQ("", Flush()) << "a section without keys";
     for (const auto& [pszSection, sKey, pszValue] : writes)
@@ -109,8 +108,8 @@ TEST_F(KeyTable, AppendsItsSectionsAsTextButNeverTheMaximum)
     EXPECT_EQ(1, m_table.KeyWriteInt("CLEARED", nullptr, 0));
     EXPECT_EQ(8, m_table.KeyReadInt("second", nullptr, 8));
     EXPECT_EQ(7, m_table.KeyReadInt("maximum", kMaximum.c_str(), -1)) << "it can be read all the same";
-    std::ofstream(m_sPath) << "before";
+    std::ofstream("keys") << "before";
     Flush();
     EXPECT_EQ("before" + sText + sText, Flush()) << "it appends";
-    EXPECT_EQ(0, m_table.FlushData((m_sPath + "none/text").c_str()));
+    EXPECT_EQ(0, m_table.FlushData("none/text"));
 }

@@ -105,9 +105,11 @@ protected:
     }
 };
 
-// Every byte that bands, blocks, frames and transfers move, against its reference; done at high addresses
-// too.
-void CheckFrames();
-void CheckBlocks();
-void CheckTransfers();
-void CheckUnitBands();
+/// A test of every byte that is moved, against its reference: it is made at high addresses too.
+#define TEST_AT_ANY_ADDRESS(Suite, Name)                                                                     \
+    void Check##Suite();                                                                                     \
+    TEST_F(Suite, Name)                                                                                      \
+    {                                                                                                        \
+        Check##Suite();                                                                                      \
+    }                                                                                                        \
+    void Check##Suite()

@@ -115,7 +115,7 @@ struct UnitImage : CImageObj
 
 using UnitBands = BudgetTest;
 
-void CheckUnitBands()
+TEST_AT_ANY_ADDRESS(UnitBands, BringEverySampleToItsPlaceAndTouchNothingElse)
 {
     constexpr tag_E_ACSTYPE kAccess[] = {ACS_MMF, ACS_MEMORY, ACS_FILEIO};
     constexpr int kShapes[][5] = {{7, 9, 2, 2, 0}, {5, 3, 3, 1, 2}, {1, 1, 2, 4, 1}};
@@ -131,11 +131,6 @@ void CheckUnitBands()
                                   nBand, nAlpha, nWidth, nHeight, nMarginX,       nMarginY, nAlign};
                     ASSERT_NO_FATAL_FAILURE(way.Go());
                 }
-}
-
-TEST_F(UnitBands, BringEverySampleToItsPlaceAndTouchNothingElse)
-{
-    CheckUnitBands();
 }
 
 TEST_F(UnitBands, RefuseWhatTheyCannotReachAndTouchNothing)

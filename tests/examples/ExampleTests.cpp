@@ -1,5 +1,6 @@
 // The examples as a user runs them, on a small bitmap; every byte of the result against what each promises.
 
+#include "../ReportFiles.h"
 #include "../SameBytes.h"
 
 #if defined(_WIN32)
@@ -11,18 +12,19 @@
 
 namespace {
 
-/// Runs a program of the current folder; its exit status.
+/// Runs an example, whose folder may have a space in its name; its exit status.
 int StatusOf(const std::string& sProgram, const std::vector<std::string>& words)
 {
     std::vector<char*> arguments{const_cast<char*>(sProgram.c_str())};
     for (const std::string& sWord : words)
         arguments.push_back(const_cast<char*>(sWord.c_str()));
     arguments.push_back(nullptr);
+    const std::string sPath = EXAMPLES_FOLDER + sProgram;
 #if defined(_WIN32)
-    return static_cast<int>(_spawnv(_P_WAIT, (sProgram + ".exe").c_str(), arguments.data()));
+    return static_cast<int>(_spawnv(_P_WAIT, (sPath + ".exe").c_str(), arguments.data()));
 #else
     pid_t nChild = 0;
-    int nState = posix_spawn(&nChild, ("./" + sProgram).c_str(), nullptr, nullptr, arguments.data(), environ);
+    int nState = posix_spawn(&nChild, sPath.c_str(), nullptr, nullptr, arguments.data(), environ);
     if (nState != 0 || waitpid(nChild, &nState, 0) != nChild)
         return -1;
     return WIFEXITED(nState) ? WEXITSTATUS(nState) : -WTERMSIG(nState);
@@ -61,18 +63,11 @@ template <class Function> std::string BitmapOf(int nSamples, Function sample, in
 /// What an example makes of the picture; its exit status if that is not 0.
 std::string ResultOf(const std::string& sExample, std::vector<std::string> words = {})
 {
-    namespace fs = std::filesystem;
-    const fs::path folder = fs::temp_directory_path() / ("examples" + std::to_string(std::random_device{}()));
-    fs::create_directory(folder);
-    const std::string sFolder = (folder / "").string();
-    std::ofstream(sFolder + "in.bmp", std::ios::binary) << BitmapOf(3, Sample, 20);
-    fs::current_path(EXAMPLES_FOLDER); // which may have a space in its name
-    words.insert(words.begin(), {sFolder + "in.bmp", sFolder + "out.bmp"});
+    const RunFolder folder;
+    std::ofstream("in.bmp", std::ios::binary) << BitmapOf(3, Sample, 20);
+    words.insert(words.begin(), {"in.bmp", "out.bmp"});
     const int nStatus = StatusOf(sExample, words);
-    std::ostringstream bytes;
-    bytes << std::ifstream(sFolder + "out.bmp", std::ios::binary).rdbuf();
-    fs::remove_all(folder);
-    return nStatus == 0 ? bytes.str() : "status " + std::to_string(nStatus);
+    return nStatus == 0 ? FileBytes("out.bmp") : "status " + std::to_string(nStatus);
 }
 
 TEST(Examples, DoWhatTheySay)
