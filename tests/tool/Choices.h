@@ -1,8 +1,7 @@
 #pragma once
 // Choices that a test makes: the same in every run.
 
-#include <iterator>
-#include <random>
+#include "../StandardLibrary.h"
 
 struct Choices
 {

@@ -44,13 +44,6 @@ protected:
     }
 };
 
-enum Frame
-{
-    Replicate,
-    Mirror,
-    MirrorEdge,
-    Color
-};
 constexpr const char* kFrames[] = {"replicate", "mirror", "mirror-edge", "#1E90FF"};
 constexpr unsigned kColor = 0x1E90FF;
 
@@ -59,7 +52,7 @@ struct Filter
     string szOp;
     int nRadius;
     double nAmount;
-    Frame eFrame;
+    string szFrame;
     std::vector<double> weights;
 };
 
@@ -68,7 +61,7 @@ Filter AnyFilter(Choices& choices)
     Filter filter{choices.Of(std::array{"box", "gauss", "sharpen"}),
                   choices.Number(1, 16),
                   choices.Number(0, 40) / 8.0,
-                  static_cast<Frame>(choices.Number(0, 3)),
+                  choices.Of(kFrames),
                   {}};
     const double nSigma = filter.nRadius / 2.0;
     double nTotal = -1;
@@ -82,12 +75,14 @@ Filter AnyFilter(Choices& choices)
 }
 
 /// What a place among nCount, or beyond them, takes.
-int Source(int nPlace, int nCount, Frame eFrame)
+int Source(int nPlace, int nCount, const string& szFrame)
 {
     const int nBeyond = nPlace < 0 ? -nPlace : nPlace - nCount + 1;
-    const int nWanted = eFrame == Replicate ? 0 : eFrame == Mirror ? nBeyond : nBeyond - 1;
+    if (nBeyond <= 0)
+        return nPlace;
+    const int nWanted = szFrame == "replicate" ? 0 : szFrame == "mirror" ? nBeyond : nBeyond - 1;
     const int nInside = std::min(nWanted, nCount - 1);
-    return nBeyond <= 0 ? nPlace : nPlace < 0 ? nInside : nCount - 1 - nInside;
+    return nPlace < 0 ? nInside : nCount - 1 - nInside;
 }
 
 /// One sample of all pixels, with a frame.
@@ -97,9 +92,9 @@ std::vector<double> Framed(const Picture& in, int s, const Filter& filter)
     std::vector<double> plane;
     for (int y = -filter.nRadius; y < in.nHeight + filter.nRadius; ++y)
         for (int x = -filter.nRadius; x < in.nWidth + filter.nRadius; ++x) {
-            const int nX = Source(x, in.nWidth, filter.eFrame), nY = Source(y, in.nHeight, filter.eFrame);
+            const int nX = Source(x, in.nWidth, filter.szFrame), nY = Source(y, in.nHeight, filter.szFrame);
             const bool bBeyond = x < 0 || x >= in.nWidth || y < 0 || y >= in.nHeight;
-            plane.push_back(bBeyond && filter.eFrame == Color ? nColor : PixelAt(in, nX, nY)[s]);
+            plane.push_back(bBeyond && filter.szFrame[0] == '#' ? nColor : PixelAt(in, nX, nY)[s]);
         }
     return plane;
 }
@@ -154,7 +149,7 @@ TEST_F(PixelWork, FiltersAlikeInEveryWay)
                                                               : choices.Of(kSizes));
         const Filter filter = AnyFilter(choices);
         const string szJob = fmt::format("filter in out --op {} --radius {} --amount {} --frame {}",
-                                         filter.szOp, filter.nRadius, filter.nAmount, kFrames[filter.eFrame]);
+                                         filter.szOp, filter.nRadius, filter.nAmount, filter.szFrame);
         ExpectOutput(Filtered(in, filter), in, szJob, choices);
     }
 }

@@ -3,8 +3,6 @@
 
 #include "ToolFixture.h"
 
-#include <numeric>
-
 namespace {
 
 constexpr int kLine = 5412, kHeight = 1905; // of a bgr24 bitmap 1803 pixels wide

@@ -5,15 +5,9 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <filesystem>
 #include <fmt/format.h>
-#include <fstream>
-#include <functional>
 #include <iomanip>
-#include <iterator>
 #include <nlohmann/json.hpp>
-#include <random>
-#include <regex>
 #include <sstream>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -285,7 +279,8 @@ protected:
             EXPECT_EQ(outcome.nStatus, report.at("exit_status"));
             if (outcome.nStatus != 0) {
                 const string szMessage = report.at("error").at("message");
-                EXPECT_THAT(outcome.szErr, HasSubstr("imgband: " + szMessage + "\n"));
+                const std::size_t nRest = outcome.szErr.find("imgband: the report could not");
+                EXPECT_EQ("imgband: " + szMessage + "\n", outcome.szErr.substr(0, nRest));
             }
         }
     }

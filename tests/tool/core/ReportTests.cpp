@@ -1,5 +1,6 @@
 // What a report is made of, over random runs and random reports.
 
+#include "../../StandardLibrary.h"
 #include "../Choices.h"
 #include "library/Glossary.h"
 #include "page/Page.h"
@@ -9,9 +10,6 @@
 #include "system/Text.h"
 
 #include <cmath>
-#include <fstream>
-#include <gmock/gmock.h>
-#include <regex>
 
 namespace {
 
@@ -62,9 +60,8 @@ TEST(ReportCore, TicksAreRoundAndReachAsFarAsTheAmount)
         const Unit unit = ByteUnit(fMost);
         const int nWanted = choices.Number(3, 8);
         const auto ticks = RoundTicks(fMost, unit, nWanted);
-        const auto nMost = static_cast<std::size_t>(nWanted);
-        ASSERT_GE(ticks.size(), fMost < 3 ? 2 : nMost / 3) << fMost;
-        ASSERT_LE(ticks.size(), nMost + 1);
+        ASSERT_GE(std::ssize(ticks), fMost < 3 ? 2 : nWanted / 3) << fMost;
+        ASSERT_LE(std::ssize(ticks), nWanted + 1);
         const double fStep = ticks[1].fValue;
         EXPECT_LE(ticks.back().fValue, fMost * 1.000001);
         EXPECT_GT(ticks.back().fValue + fStep, fMost);
