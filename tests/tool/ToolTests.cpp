@@ -32,11 +32,11 @@ TEST_F(Tool, ConvertsEveryFormatInEveryWay)
         const Picture in = RandomPicture(kLayouts[i % 4], nWidth, nHeight);
         const Layout& to = kLayouts[i / 32 % 4];
         const string szArguments =
-            fmt::format("convert in out --quiet --budget 12M --from {} --size {}x{} --to {} {} --range {} "
+            fmt::format("convert in out --quiet --budget {}M --from {} --size {}x{} --to {} {} --range {} "
                         "--alpha {} --access {} --scheme {}",
-                        in.layout.pszName, nWidth, nHeight, to.pszName, bTurn ? "--turn" : "",
-                        bFullRange ? "full" : "keep", bKeepAlpha ? "keep" : "opaque", accesses[i / 128 % 3],
-                        i < 384 ? "unit" : "whole");
+                        i / 128 % 3 == 1 ? 32 : 12, in.layout.pszName, nWidth, nHeight, to.pszName,
+                        bTurn ? "--turn" : "", bFullRange ? "full" : "keep", bKeepAlpha ? "keep" : "opaque",
+                        accesses[i / 128 % 3], i < 384 ? "unit" : "whole");
         SCOPED_TRACE(szArguments);
         Save("in", Encode(in, nWidth % 2 == 1));
         EXPECT_EQ(kQuietly, Run(szArguments));

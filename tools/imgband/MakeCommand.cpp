@@ -1,6 +1,7 @@
 // imgband make: paints a picture into an image object, band by band, and exports it.
 
 #include "Commands.h"
+#include "library/BudgetCharge.h"
 #include "pixels/BandLines.h"
 #include "pixels/LineConversion.h"
 #include "pixels/Scene.h"
@@ -57,7 +58,7 @@ void PaintStep(const Run& run, PlannedImage& object, const SceneSettings& scene)
     CImageObj* images[] = {&object};
     DWORD nCode = CImageObj::MemoryAlloc(&request, images, nullptr, nullptr);
     run.lib.CheckStep(nCode, "painting", object.m_ImgInfo.nBufSize);
-    run.lib.CheckBudget("painting", object.m_nAreaSize);
+    run.lib.CheckBudget("painting", object.m_nAreaSize + run.pair.Blocks().Sum());
     const ImagePlan plan = object.Plan(ImageRole::Input);
     step.Plan({plan}, run.lib.Taken());
     step.NoteCharges({.nInput = object.m_nAreaSize});
@@ -90,6 +91,8 @@ void RunMake(const Options& options, Report& report)
     report.TellSettings(library.Facts(Scheme::Whole), options.run.nThreads);
     OutputFile output(options.output.szPath);
     output.CheckRoom(FileBytes(eTo, size));
+    const BudgetCharge blocks(
+        BlocksInBudget(library, ExternalPair::Needs(options.run.eAccess, nullptr, eTo, size)));
     ExternalPair pair(options.run.eAccess, nullptr, &output, eTo, size, {nObjectFormat, nObjectFormat});
     const Workers workers(options.run.nThreads);
     const Run run{options.run, library, report, pair, workers, &output};

@@ -57,7 +57,7 @@ void AddCommon(CLI::App& app, Options& options)
     AddTempDir(app, options.run.library);
     AddChoice<Access>(app, "--access", options.run.eAccess,
                       {{"file", Access::File}, {"memory", Access::Memory}, {"mmap", Access::Mmap}},
-                      "How picture files are reached [file]; memory keeps them whole, beside the budget");
+                      "How picture files are reached [file]; memory keeps them whole, inside the budget");
     AddNumber(app, "--threads", options.run.nThreads, 1, kMostThreads,
               "Threads that share the lines of a band [the processors]");
     AddReports(app, options.report);

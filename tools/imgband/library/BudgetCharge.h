@@ -4,11 +4,14 @@
 #include "MemoryManager/MemoryManager.h"
 #include "system/LockScope.h"
 
+#include <cstdint>
+
 /// Bytes that are taken from the free budget for a scope.
 class BudgetCharge
 {
 public:
-    explicit BudgetCharge(LONG nBytes) : m_nBytes(nBytes) { AddToFree(-m_nBytes); }
+    /// @param nBytes  at most the budget
+    explicit BudgetCharge(std::int64_t nBytes) : m_nBytes(static_cast<LONG>(nBytes)) { AddToFree(-m_nBytes); }
     ~BudgetCharge() { AddToFree(m_nBytes); }
     BudgetCharge(const BudgetCharge&) = delete;
     BudgetCharge& operator=(const BudgetCharge&) = delete;

@@ -172,12 +172,11 @@ void Library::CheckExport(DWORD nCode, const std::string& szOutput, Room room) c
     Fail(failure, nCode);
 }
 
-void Library::CheckBudget(const std::string& szStep, std::int64_t nBytes) const
+void Library::CheckBudget(const std::string& szStep, std::int64_t nBytes, const char* pszTry) const
 {
     if (nBytes <= m_nBudget)
         return;
-    Failure failure(ExitStatus::WrongCommandLine, "", szStep + ": the budget is too small",
-                    "a larger --budget");
+    Failure failure(ExitStatus::WrongCommandLine, "", szStep + ": the budget is too small", pszTry);
     failure.room = Room{static_cast<std::uintmax_t>(nBytes), static_cast<std::uintmax_t>(m_nBudget)};
     throw failure;
 }

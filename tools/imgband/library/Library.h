@@ -37,7 +37,8 @@ public:
 
     /// Throws Failure (WrongCommandLine) when a step would take more than the budget.
     /// @param nBytes  of all that it holds at a time
-    void CheckBudget(const std::string& szStep, std::int64_t nBytes) const;
+    void CheckBudget(const std::string& szStep, std::int64_t nBytes,
+                     const char* pszTry = "a larger --budget") const;
 
     /// Whether the library recorded a failure in this run. It does not return all that it records.
     bool HasRecordedError() const { return m_log.LastError().has_value(); }

@@ -25,7 +25,7 @@ ExternalPair::Block MakeBlock(const std::string& szPath, std::int64_t nBytes)
 
 ExternalPair::ExternalPair(Access eAccess, const InputFile* pInput, OutputFile* pOutput, Format eTo,
                            ImageSize size, ObjectFormats objects)
-    : m_pOutput(pOutput), m_eTo(eTo), m_nOutputBytes(FileBytes(eTo, size))
+    : m_pOutput(pOutput), m_eTo(eTo), m_blocks(Needs(eAccess, pInput, eTo, size))
 {
     if (eAccess == Access::Memory) {
         MakeBlocks(pInput);
@@ -45,16 +45,22 @@ ExternalPair::ExternalPair(Access eAccess, const InputFile* pInput, OutputFile* 
         m_inputInf.eAcsType = m_outputInf.eAcsType = ACS_MMF;
 }
 
+BlockBytes ExternalPair::Needs(Access eAccess, const InputFile* pInput, Format eTo, ImageSize size)
+{
+    if (eAccess != Access::Memory)
+        return {};
+    return {pInput ? pInput->PictureEnd() : 0, FileBytes(eTo, size)};
+}
+
 void ExternalPair::MakeBlocks(const InputFile* pInput)
 {
     if (!m_pOutput)
         return;
     if (pInput) {
-        const std::int64_t nBytes = pInput->PictureEnd();
-        m_pInputBlock = MakeBlock(pInput->Path(), nBytes);
-        pInput->ReadWhole(m_pInputBlock.get(), static_cast<std::size_t>(nBytes));
+        m_pInputBlock = MakeBlock(pInput->Path(), m_blocks.nInput);
+        pInput->ReadWhole(m_pInputBlock.get(), static_cast<std::size_t>(m_blocks.nInput));
     }
-    m_pOutputBlock = MakeBlock(m_pOutput->Path(), m_nOutputBytes);
+    m_pOutputBlock = MakeBlock(m_pOutput->Path(), m_blocks.nOutput);
 }
 
 template <class Pair>
@@ -75,5 +81,5 @@ void ExternalPair::Describe(Pair& pair, const InputFile* pInput, ImageSize size,
 void ExternalPair::DeliverOutput()
 {
     if (m_pOutputBlock)
-        m_pOutput->Append(m_pOutputBlock.get(), static_cast<std::size_t>(m_nOutputBytes));
+        m_pOutput->Append(m_pOutputBlock.get(), static_cast<std::size_t>(m_blocks.nOutput));
 }

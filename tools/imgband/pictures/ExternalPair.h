@@ -16,9 +16,18 @@ struct ObjectFormats
     int nOutput;
 };
 
+/// Bytes of the blocks in which a run with memory access holds its pictures; else 0.
+struct BlockBytes
+{
+    std::int64_t nInput = 0;
+    std::int64_t nOutput = 0;
+
+    std::int64_t Sum() const { return nInput + nOutput; }
+};
+
 /// Describes input and output to the library. With memory access it holds both pictures in blocks of its own,
-/// which are memory beside the budget. The files must outlive it, and it must outlive the library's use of
-/// the descriptions.
+/// for which the caller charges the budget. The files must outlive it, and it must outlive the library's use
+/// of the descriptions.
 class ExternalPair
 {
 public:
@@ -27,6 +36,10 @@ public:
         void operator()(unsigned char* pBlock) const { std::free(pBlock); }
     };
     using Block = std::unique_ptr<unsigned char[], FreeBlock>;
+
+    /// What the blocks will take.
+    /// @param pInput  null when nothing is read
+    static BlockBytes Needs(Access eAccess, const InputFile* pInput, Format eTo, ImageSize size);
 
     /// Throws Failure when there is no memory for the blocks, or when the input cannot be read into its
     /// block.
@@ -42,6 +55,9 @@ public:
     T_ImgInf& Input() { return m_inputInf; }
     T_ImgInf& Output() { return m_outputInf; }
 
+    /// What the blocks take. That a run which is only planned has none makes no difference.
+    const BlockBytes& Blocks() const { return m_blocks; }
+
     /// Writes the output's block to the file, where there is one. Throws Failure.
     void DeliverOutput();
 
@@ -54,7 +70,7 @@ private:
     Format m_eTo;
     Block m_pInputBlock;
     Block m_pOutputBlock;
-    std::int64_t m_nOutputBytes;
+    BlockBytes m_blocks;
     T_ImgInf m_inputInf = {};
     T_ImgInf m_outputInf = {};
 };

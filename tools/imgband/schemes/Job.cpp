@@ -2,6 +2,7 @@
 
 #include "schemes/Job.h"
 
+#include "library/BudgetCharge.h"
 #include "pictures/Formats.h"
 #include "schemes/Limits.h"
 #include "schemes/UnitTransfer.h"
@@ -69,6 +70,8 @@ void RunJob(const RunSettings& settings, InputFile& input, const Job& job, Repor
     OutputFile* pOutput = output ? &*output : nullptr;
     const ObjectFormats objects{ObjectFormat(SampleBytes(input.Facts().eFormat)),
                                 ObjectFormat(SampleBytes(job.eTo))};
+    const BudgetCharge blocks(
+        BlocksInBudget(library, ExternalPair::Needs(settings.eAccess, &input, job.eTo, job.size)));
     ExternalPair pair(settings.eAccess, &input, pOutput, job.eTo, job.size, objects);
     const Workers workers(settings.nThreads);
     RunScheme({settings, library, report, pair, workers, pOutput}, input, job);

@@ -58,3 +58,10 @@ void CheckOutputSize(Scheme eScheme, const std::string& szPath, Format eFormat, 
     if (!Fits(eScheme, eFormat, size, HeaderBytes(eFormat), nFrame))
         FailTooLarge(eScheme, ExitStatus::WrongCommandLine, szPath, size);
 }
+
+std::int64_t BlocksInBudget(const Library& library, const BlockBytes& blocks)
+{
+    library.CheckBudget("--access memory holds whole pictures", blocks.Sum(),
+                        "--access file, or a larger --budget");
+    return blocks.Sum();
+}

@@ -1,7 +1,8 @@
 #pragma once
 // How large a picture may be.
 
-#include "pictures/InputFile.h"
+#include "library/Library.h"
+#include "pictures/ExternalPair.h"
 #include "values/RunSettings.h"
 
 #include <string>
@@ -11,3 +12,6 @@
 /// @param nFrame  pixels around a band in the unit scheme
 void CheckInputSize(Scheme eScheme, const InputFile& input, int nFrame);
 void CheckOutputSize(Scheme eScheme, const std::string& szPath, Format eFormat, ImageSize size, int nFrame);
+
+/// The bytes of all blocks. Throws Failure (WrongCommandLine) when the budget has no room for them.
+std::int64_t BlocksInBudget(const Library& library, const BlockBytes& blocks);

@@ -63,12 +63,12 @@ std::int64_t BufferBytes(const CImageObj& object, int nLines)
     return nBytes;
 }
 
-/// Bytes of stored lines that the library holds beside a band's buffer: one that was read, and those that are
-/// written together. Where files are mapped, it holds none.
+/// Bytes of stored lines that are held beside a band's buffer: of files one that was read, and those that are
+/// written together; of mapped files none; in memory all.
 std::int64_t StoredBytes(const Run& run, const InputFile& input, const Job& job, int nLines)
 {
     if (run.settings.eAccess != Access::File)
-        return 0;
+        return run.pair.Blocks().Sum();
     return LineBytes(input.Facts().eFormat, input.Facts().size.nWidth) +
            nLines * LineBytes(job.eTo, job.size.nWidth);
 }
@@ -171,8 +171,9 @@ public:
 private:
     Charges ChargesNow() const
     {
-        return {.nInput = HeldBytes(m_unit.src),
-                .nOutput = m_unit.IsPair() ? HeldBytes(m_unit.dst) : 0,
+        const BlockBytes& blocks = m_run.pair.Blocks();
+        return {.nInput = HeldBytes(m_unit.src) + static_cast<LONG>(blocks.nInput),
+                .nOutput = (m_unit.IsPair() ? HeldBytes(m_unit.dst) : 0) + static_cast<LONG>(blocks.nOutput),
                 .nTemporary = m_unit.pCopy ? m_unit.pCopy->Record().nBufSize : 0};
     }
 

@@ -23,16 +23,18 @@ void EndTransfer(const Run& run, Step& step, ImageRole eExternal, Format eFormat
     const TransferPlan& transfer = object.Transfer();
     ImagePlan external = ExternalPlan(eExternal, eFormat, {inf.nWidth, inf.nHeight}, run.settings.eAccess);
     ImagePlan own = transfer.object;
-    external.nCharged = transfer.nExternalCharge;
+    const BlockBytes& blocks = run.pair.Blocks();
     const std::int64_t nLine = LineBytes(eFormat, inf.nWidth);
-    const std::int64_t nFits = external.nCharged > 0 ? external.nCharged / nLine : inf.nHeight;
+    const std::int64_t nFits = transfer.nExternalCharge > 0 ? transfer.nExternalCharge / nLine : inf.nHeight;
     external.nBandLines = own.nBandLines =
         std::min(own.nBandLines, static_cast<int>(std::clamp<std::int64_t>(nFits, 1, inf.nHeight)));
     external.nBands = own.nBands = BandCount(inf.nHeight, own.nBandLines);
 
+    external.nCharged =
+        transfer.nExternalCharge + (eExternal == ImageRole::Input ? blocks.nInput : blocks.nOutput);
     const ImagePlan& in = eExternal == ImageRole::Input ? external : own;
     const ImagePlan& out = eExternal == ImageRole::Input ? own : external;
-    run.lib.CheckBudget(step.Name(), in.nCharged + out.nCharged);
+    run.lib.CheckBudget(step.Name(), own.nCharged + transfer.nExternalCharge + blocks.Sum());
     step.Plan({in, out}, transfer.nBudget);
     step.NoteCharges({.nInput = static_cast<LONG>(in.nCharged), .nOutput = static_cast<LONG>(out.nCharged)},
                      transfer.moment);
@@ -111,7 +113,7 @@ void WorkStep(const Run& run, const Job& job, PlannedImage& src, PlannedImage& d
 {
     Step step(run.report, job.szName, job.nIpNo);
     PlanWork(run, job, src, dst);
-    run.lib.CheckBudget(job.szName, std::int64_t{src.m_nAreaSize} + dst.m_nAreaSize);
+    run.lib.CheckBudget(job.szName, run.pair.Blocks().Sum() + src.m_nAreaSize + dst.m_nAreaSize);
     // When the work needs more source lines than destination lines, the destination's bands become smaller.
     const int nSrcLines = src.GetBandHeight();
     const Bands bands = FittingBands(*job.pWork, job.size.nHeight, dst.GetBandHeight(),
