@@ -12,11 +12,13 @@
 /// time.
 ///
 /// Invariant of the slots: ACS_FILEIO keeps its band buffer in slot 0 and the address behind that buffer in
-/// slot 1; both are null while there is none. ACS_MMF and ACS_MEMORY use slot 0 only: for the view of the
-/// band or of the whole file, and for the host's block.
+/// slot 1; both are null while there is none. Slot 2 then holds no address: for an output that is held whole
+/// it keeps the length, plus 1, that the file had before the first band was written. ACS_MMF and ACS_MEMORY
+/// use slot 0 only: for the view of the band or of the whole file, and for the host's block.
 ///
 /// Invariant of the band: m_nBandSize is 0 when nothing is left to be written. It is negative when writing
-/// failed; m_nBandOffset is then where the band begins in the file, so that the next attempt writes it there.
+/// failed; of an image that is not held whole m_nBandOffset is then where the band begins in the file, so
+/// that the next attempt writes it there.
 ///
 /// Copies are shallow, as those of CImageCtrl are. One thread at a time on one store; no lock is taken.
 class MM_API CImageCtrlIO : public CImageCtrl
@@ -61,10 +63,10 @@ public:
     ///         behind the data
     void* MapBandAdress(DWORD nOffset, DWORD nBytes, int nSlot) override;
 
-    /// Ends the band on loan. An output of ACS_FILEIO is written to the file once: to its own place when the
-    /// image is held whole, else to the end of the file. Writing is tried for about a minute while the disk
-    /// is full, and ten times when it fails for other reasons. Releasing a whole view (ACS_MMF, slot 0)
-    /// leaves a store that maps band by band.
+    /// Ends the band on loan. An output of ACS_FILEIO is written to the file once, behind what the file held
+    /// before: to its own place when the image is held whole, else to the end of the file. Writing is tried
+    /// for about a minute while the disk is full, and ten times when it fails for other reasons. Releasing a
+    /// whole view (ACS_MMF, slot 0) leaves a store that maps band by band.
     /// @return 0: every byte of the band is in its place; 49 not written (logged): the file holds an
     ///         unfinished image, and the next call tries again at the same place; 82 view not released; 18 no
     ///         such slot, unless the image is held whole
@@ -85,7 +87,8 @@ public:
     unsigned char* GetWrtBuf(int nOffset);
 
     /// Writes the 54-byte header of a new bitmap, with 32 bits a pixel when nPixelBytes is 4, else 24: to the
-    /// block's start, or to the host's file, which must be empty. Call it before Create.
+    /// block's start, to the start of a file of ACS_MMF, which must be empty, or to the end of one of
+    /// ACS_FILEIO. Call it before Create.
     /// @param nWidth, nHeight  pixels and lines of the picture
     /// @return 1; 0 not written, with the reason as last error
     int OutPutDIBHeader(int nWidth, int nHeight, int nPixelBytes);
@@ -100,7 +103,7 @@ public:
 
 protected:
     unsigned char* m_pTmpBuf; ///< work buffer, released by Destroy; its size stands ahead of it in its block
-    int m_nBandOffset;        ///< file offset of the band on loan, header included
+    int m_nBandOffset;        ///< offset of the band on loan, header included; see the invariant
     int m_nBandSize;          ///< its length in bytes; see the invariant
 
 private:

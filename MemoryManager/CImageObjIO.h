@@ -41,8 +41,8 @@ public:
 
     /// Binds the object to an external image through a store of its own. What an earlier set-up made is
     /// destroyed first. A bitmap input is searched for its signature from the file's start; a bitmap output
-    /// gets its 54-byte header, for which the file is empty. An image of the role IMG_WORK is neither
-    /// searched nor given a header.
+    /// gets its 54-byte header, for which a file of ACS_MMF is empty. An image of the role IMG_WORK is
+    /// neither searched nor given a header.
     ///
     /// @param pInf         the external image, copied; nLineBytes is not read. A store of ACS_MMF reads and
     ///                     writes the file through views, one of ACS_FILEIO through a buffer.

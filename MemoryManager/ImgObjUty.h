@@ -46,8 +46,9 @@ MM_API DWORD ImportImg(CImageObj* pObj, T_ImgInf* pInf, int nBottomUp, T_LOG_STA
 ///
 /// @param pInf       the external image, with nDstFormat as its format; nSrcFormat, nOffset and nLineBytes
 ///                   are not read. It is not larger than the object's image, of which the right and the lower
-///                   part are left out otherwise. A file was created empty and is open for reading and
-///                   writing, but not for appending; a block has room for header and padded lines.
+///                   part are left out otherwise. A file of ACS_MMF was created empty; to one of
+///                   ACS_FILEIO header and lines are appended. It is open for reading and writing, but not
+///                   for appending; a block has room for header and padded lines.
 /// @param nBottomUp  1: the external lines are stored last line first
 /// @param ppLog      as for ImportImg
 /// @param nAlpha     what a fourth external sample receives: 1 all ones; 0 the object's, or all ones when the

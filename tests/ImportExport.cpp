@@ -40,7 +40,8 @@ struct Transfer
         std::string sIn = FileOf(nIn, nDepth, nWidth, nHeight, nInBottomUp, kOwn, 'p');
         sIn.insert(0, nIn < 2 ? "??B" : ""); // a bitmap begins where its signature is
         std::string sOut(sWanted.size(), '\0');
-        const HostFile in(sIn), out("");
+        const std::string sBefore = eAccess == ACS_FILEIO ? "the host's own" : "";
+        const HostFile in(sIn), out(sBefore);
         void* pIn = eAccess == ACS_MEMORY ? sIn.data() : in.Handle();
         void* pOut = eAccess == ACS_MEMORY ? sOut.data() : out.Handle();
         T_ImgInf inInf{from.nFileType, eAccess, pIn, 54, nWidth, nHeight, from.nFormat, nObjectFormat, 0};
@@ -54,7 +55,9 @@ struct Transfer
         EXPECT_EQ(Sample(0, 0, 0) & 0xFF, int{*band.pImage}) << "the image is upside down";
         EXPECT_OK(image.UnmapBand(0));
         ASSERT_OK(ExportImg(&image, &outInf, nOutBottomUp, nullptr, nAlpha));
-        const std::string sGot = eAccess == ACS_MEMORY ? sOut : out.Content();
+        const std::string sAll = eAccess == ACS_MEMORY ? sOut : out.Content();
+        ASSERT_EQ(sBefore, sAll.substr(0, sBefore.size()));
+        const std::string sGot = sAll.substr(sBefore.size());
         const std::size_t nHeader = std::min(nOut < 2 ? kHeader : 0, sGot.size());
         EXPECT_TRUE(SameBytes(sWanted.substr(nHeader), sGot.substr(nHeader)));
         EXPECT_EQ(nullptr, image.m_pImageCtrl);

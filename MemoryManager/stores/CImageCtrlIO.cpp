@@ -32,6 +32,24 @@ constexpr DWORD kAttemptPauseMs = 100;
 // aligned.
 constexpr SIZE_T kWorkBufferHead = 64;
 
+// Where the data byte nOffset of an output that is held whole goes: behind what the file held before the
+// first of its bytes was written. pLength keeps that length with 1 added; null: nothing was written yet.
+// None: there is no such place, with the reason as last error.
+std::optional<DWORD> PlaceInFile(HANDLE hFile, void*& pLength, int nOffset)
+{
+    std::optional<DWORD> nLength = static_cast<DWORD>(reinterpret_cast<SIZE_T>(pLength) - 1);
+    if (pLength == nullptr)
+        nLength = FileLength(hFile);
+    if (!nLength)
+        return std::nullopt;
+    pLength = reinterpret_cast<void*>(SIZE_T{*nLength} + 1);
+    const LONGLONG nPlace = LONGLONG{*nLength} + nOffset;
+    if (nPlace < LONGLONG{kAppend})
+        return static_cast<DWORD>(nPlace);
+    SetLastError(ERROR_FILE_TOO_LARGE);
+    return std::nullopt;
+}
+
 } // namespace
 
 CImageCtrlIO::CImageCtrlIO() : m_pTmpBuf(nullptr), m_nBandOffset(0), m_nBandSize(0) {}
@@ -249,7 +267,7 @@ void CImageCtrlIO::ReleaseBacking()
         CloseMapping();
     } else if (m_eAcsType == ACS_FILEIO && BufferCapacity() > 0) {
         FreeMemoryBlock(m_pMapAdr[0]);
-        m_pMapAdr[0] = m_pMapAdr[1] = nullptr;
+        m_pMapAdr[0] = m_pMapAdr[1] = m_pMapAdr[2] = nullptr;
     }
     m_nBandSize = 0;
 }
@@ -291,21 +309,21 @@ bool CImageCtrlIO::ReadAt(DWORD nPos, DWORD nBytes)
     return true;
 }
 
-// Writes the band on loan: to its own place when the image is held whole, else to the end of the file. The
-// place is determined once and kept for the next call. An attempt that failed may have extended the file
-// already, and a band that was then appended would leave a gap.
+// Writes the band on loan: to its own place behind what the file held when the image is held whole, else to
+// the end of the file. The place is determined once and kept for the next call. An attempt that failed may
+// have extended the file already, and a band that was then appended would leave a gap.
 DWORD CImageCtrlIO::WriteBack()
 {
-    const BYTE* pSource = static_cast<BYTE*>(m_pMapAdr[0]);
+    const bool bWhole = m_nAllMapFlg == 1;
+    const BYTE* pSource = static_cast<BYTE*>(m_pMapAdr[0]) + (bWhole ? m_nBandOffset : 0);
     const DWORD nBytes = static_cast<DWORD>(std::abs(m_nBandSize));
     std::optional<DWORD> nPlace;
-    if (m_nAllMapFlg == 1)
-        pSource += m_nBandOffset;
-    if (m_nAllMapFlg == 1 || m_nBandSize < 0)
+    if (!bWhole && m_nBandSize < 0)
         nPlace = static_cast<DWORD>(m_nBandOffset);
     for (int nCounter = 0; nCounter < kWeightLimit;) {
         if (!nPlace)
-            nPlace = FileLength(m_hFile);
+            nPlace =
+                bWhole ? PlaceInFile(m_hFile, m_pMapAdr[2], m_nBandOffset - m_nHdrSize) : FileLength(m_hFile);
         DWORD nWritten = 0;
         if (nPlace && WriteFileByView(m_hFile, pSource, nBytes, &nWritten, *nPlace, kFlushLoadPercent)) {
             m_nBandSize = 0;
@@ -317,7 +335,8 @@ DWORD CImageCtrlIO::WriteBack()
         nCounter += nError == ERROR_DISK_FULL ? kWeightDiskFull : kWeightOther;
     }
     if (nPlace) {
-        m_nBandOffset = static_cast<int>(*nPlace);
+        if (!bWhole)
+            m_nBandOffset = static_cast<int>(*nPlace);
         m_nBandSize = -static_cast<int>(nBytes);
     }
     return MM_FILE_ACCESS;

@@ -36,7 +36,8 @@ protected:
         m_store.SetFileHandle(INVALID_HANDLE_VALUE);
         EXPECT_EQ(faults::Alive{}, faults::g_alive);
         const std::string sFile = Take("host");
-        return m_store.GetAcsType() == ACS_MEMORY ? m_sBlock : sFile;
+        const bool bAppended = sFile.compare(0, kBefore.size(), kBefore) == 0;
+        return m_store.GetAcsType() == ACS_MEMORY ? m_sBlock : sFile.substr(bAppended ? kBefore.size() : 0);
     }
     // How an image is reached, and how much memory it is given.
     struct Way
@@ -49,7 +50,9 @@ protected:
     DWORD Transfer(const Way& way, const faults::Plan& plan)
     {
         const bool bAppends = way.eRole == IMG_OUTPUT && way.eAccess != ACS_MEMORY;
-        auto& store = Bind(way.eAccess, way.eRole, bAppends ? kPicture.substr(0, kHeader) : kPicture, plan);
+        const std::string sHost = (bAppends && way.eAccess == ACS_FILEIO ? kBefore : "") +
+                                  (bAppends ? kPicture.substr(0, kHeader) : kPicture);
+        auto& store = Bind(way.eAccess, way.eRole, sHost, plan);
         DWORD nResult = store.CreateTMPBuf(kBand);
         if (nResult == MM_SUCCESS)
             nResult = store.Create(kWhole, way.nLimit, 1);
@@ -58,6 +61,7 @@ protected:
     ~ExternalStores() override { Release(); }
 
     static constexpr tag_E_ACSTYPE kAccesses[] = {ACS_MMF, ACS_FILEIO, ACS_MEMORY};
+    inline static const std::string kBefore = "what the host's file holds already";
     Opened<CImageCtrlIO> m_store;
     HANDLE m_hHost = INVALID_HANDLE_VALUE;
     std::string m_sBlock;
@@ -186,6 +190,7 @@ TEST_F(ExternalStores, AnswerFailingCallsWithPatienceACodeAndALogLineAndNeverShi
         {written, {"CopyToFile", 1, 599, 112}, MM_SUCCESS, 602, 59900, counted(112, 598)},
         {written, {"GetFileSize", 2, 1, 6}, MM_SUCCESS, 4, 100, counted(6, 0)},
         {writtenWhole, {"CopyToFile", 2, 9, 5}, MM_SUCCESS, 12, 900, counted(5, 480)},
+        {writtenWhole, {"CopyToFile", 1, INT_MAX, 5}, MM_FILE_ACCESS, 10, 1000, counted(5, 540)},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message()
