@@ -2,6 +2,7 @@
 
 #include "Commands.h"
 #include "library/BudgetCharge.h"
+#include "pictures/Formats.h"
 #include "pixels/BandLines.h"
 #include "pixels/LineConversion.h"
 #include "pixels/Scene.h"

@@ -62,6 +62,11 @@ bool IsBitmap(Format eFormat)
     return SampleBytes(eFormat) == 1;
 }
 
+bool IsStoredBottomUp(Format eFormat)
+{
+    return IsBitmap(eFormat);
+}
+
 int SampleCount(Format eFormat)
 {
     return FactsOf(eFormat).nSamples;

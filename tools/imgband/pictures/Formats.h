@@ -26,6 +26,9 @@ Format ChooseFormat(const OutputRequest& output, int nSamples);
 /// Whether files of this format have a bitmap's header; the others have none.
 bool IsBitmap(Format eFormat);
 
+/// Whether the tool writes the lines of this format from the bottom up.
+bool IsStoredBottomUp(Format eFormat);
+
 /// Samples of a pixel: 3 or 4.
 int SampleCount(Format eFormat);
 

@@ -4,11 +4,6 @@
 
 #include "pictures/Formats.h"
 
-bool IsStoredBottomUp(Format eFormat)
-{
-    return IsBitmap(eFormat);
-}
-
 LineOrder LineOrder::Between(bool bBottomUp, Format eTo, bool bTurn)
 {
     return {(bBottomUp != IsStoredBottomUp(eTo)) != bTurn, bTurn};

@@ -4,9 +4,6 @@
 #include "values/Picture.h"
 #include "values/RunSettings.h"
 
-/// Whether the tool stores the lines of a format from the bottom up.
-bool IsStoredBottomUp(Format eFormat);
-
 /// What is reversed between two orders.
 struct LineOrder
 {
