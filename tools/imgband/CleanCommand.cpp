@@ -3,7 +3,6 @@
 // It does not use the library, which would remove its leftovers before they could be listed.
 
 #include "Commands.h"
-#include "system/Folders.h"
 #include "system/Leftovers.h"
 
 #include <algorithm>
@@ -67,8 +66,7 @@ std::string FilesText(const std::vector<Leftover>& leftovers)
 
 void RunClean(const Options& options, Report& report)
 {
-    const std::string szFolder =
-        options.run.library.szTempDir.empty() ? os::TemporaryFolder() : options.run.library.szTempDir;
+    const std::string& szFolder = options.run.library.szTempDir;
     const std::vector<Leftover> leftovers = Search(szFolder, !options.bDryRun);
 
     std::string szLines;

@@ -3,6 +3,7 @@
 #include "Options.h"
 
 #include "OptionValues.h"
+#include "system/Folders.h"
 #include "system/Process.h"
 #include "values/Failure.h"
 
@@ -198,6 +199,9 @@ void AddClean(CLI::App& root, Options& options)
 /// Decides what the user left open, and refuses options that contradict each other.
 void Settle(Options& options)
 {
+    std::string& szTempDir = options.run.library.szTempDir;
+    if (szTempDir.empty())
+        szTempDir = os::TemporaryFolder();
     if (options.input.szPath == "-" || options.output.szPath == "-")
         throw Failure(ExitStatus::WrongCommandLine, "-", "standard input and output are not supported",
                       "the name of a file");

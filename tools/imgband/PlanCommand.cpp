@@ -5,7 +5,6 @@
 #include "library/PlannedImage.h"
 #include "pictures/Formats.h"
 #include "report/Step.h"
-#include "system/Folders.h"
 #include "values/ProcessIds.h"
 
 #include <deque>
@@ -77,9 +76,9 @@ void RunPlanned(const Options& options, Report& report)
 {
     SizeBudget(options.run.library);
     const LONG nBudget = CImageObj::AskFreeMemory();
-    report.TellSettings(
-        {nBudget, CImageObj::ms_MaxOneMappingSize, CImageObj::GetUseMaxBandMemory(), os::TemporaryFolder()},
-        options.run.nThreads);
+    report.TellSettings({nBudget, CImageObj::ms_MaxOneMappingSize, CImageObj::GetUseMaxBandMemory(),
+                         options.run.library.szTempDir},
+                        options.run.nThreads);
     const StepRequest& step = options.step;
     StepImages inputs("input", ImageRole::Input, step.inputs);
     StepImages outputs("output", ImageRole::Output, step.outputs);

@@ -20,7 +20,7 @@ constexpr LONG kUnitBandCap = 8;
 
 std::string ChooseTemporaryFolder(const LibrarySettings& settings)
 {
-    std::string szFolder = settings.szTempDir.empty() ? os::TemporaryFolder() : settings.szTempDir;
+    const std::string& szFolder = settings.szTempDir;
     std::error_code error;
     if (!std::filesystem::is_directory(os::PathOf(szFolder), error))
         throw Failure(ExitStatus::NoRoom, szFolder, "there is no such folder for temporary files",

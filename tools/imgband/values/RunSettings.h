@@ -27,7 +27,7 @@ struct LibrarySettings
     LONG nBudget = 100 << 20;    ///< bytes
     LONG nOneMapping = 32 << 20; ///< bytes
     LONG nBandCap = 0;           ///< MiB; 0: the scheme's own
-    std::string szTempDir;       ///< empty: the system's
+    std::string szTempDir;       ///< for temporary files
 };
 
 struct RunSettings
