@@ -20,12 +20,12 @@
 
 namespace {
 
-DWORD PaintBand(CImageObj& object, int nTop, Scene& scene, std::vector<std::uint16_t>& line, Step& step)
+DWORD PaintBand(CImageObj& object, int nTop, Scene& scene, std::vector<std::uint16_t>& line, StepBands& told)
 {
     T_ImageLrg_tag band = {};
     if (const DWORD nCode = object.MapBand(nTop, &band, MM_BAND_DOWNWARD, 0))
         return nCode;
-    step.NoteBand(ImageRole::Input, band);
+    told.Note(ImageRole::Input, band);
     for (int i = 0; i < band.nBandLines; ++i) {
         unsigned char* pLine = band.pImage + static_cast<std::ptrdiff_t>(i) * band.nLineBytes;
         scene.PaintLine(nTop + i, line.data());
@@ -41,20 +41,20 @@ DWORD PaintBand(CImageObj& object, int nTop, Scene& scene, std::vector<std::uint
 void Paint(const Run& run, PlannedImage& object, const SceneSettings& scene, Step& step)
 {
     const Bands bands{scene.size.nHeight, object.GetBandHeight()};
-    step.ExpectBands(bands.Count(), object.m_ImgInfo.nBufSize);
+    StepBands told(step, bands.Count(), object.m_ImgInfo.nBufSize);
 
     const auto pScene = MakeScene(scene);
     std::vector<std::uint16_t> line(static_cast<std::size_t>(scene.size.nWidth) * kSamples);
     for (int i = 0; i < bands.Count(); ++i) {
-        const DWORD nCode = PaintBand(object, bands.At(i).nFirst, *pScene, line, step);
+        const DWORD nCode = PaintBand(object, bands.At(i).nFirst, *pScene, line, told);
         run.lib.CheckStep(nCode, "painting", object.m_ImgInfo.nBufSize);
-        step.BandDone();
+        told.Done();
     }
 }
 
 void PaintStep(const Run& run, PlannedImage& object, const SceneSettings& scene)
 {
-    Step step(run.report, "paint", kIpOther);
+    Step step(run.steps, "paint", kIpOther);
     tag_MemAlloc request; // one image, which is filled instead of read
     CImageObj* images[] = {&object};
     DWORD nCode = CImageObj::MemoryAlloc(&request, images, nullptr, nullptr);
@@ -89,14 +89,14 @@ void RunMake(const Options& options, Report& report)
     CheckOutputSize(Scheme::Whole, options.output.szPath, eTo, size, 0);
 
     const Library library(options.run.library, options.report.bJson);
-    report.TellSettings(library.Facts(Scheme::Whole), options.run.nThreads);
+    const Steps steps = report.BeginSteps(library.Facts(Scheme::Whole), options.run.nThreads);
     OutputFile output(options.output.szPath);
     output.CheckRoom(FileBytes(eTo, size));
     const BudgetCharge blocks(
         BlocksInBudget(library, ExternalPair::Needs(options.run.eAccess, nullptr, eTo, size)));
     ExternalPair pair(options.run.eAccess, nullptr, &output, eTo, size, {nObjectFormat, nObjectFormat});
     const Workers workers(options.run.nThreads);
-    const Run run{options.run, library, report, pair, workers, &output};
+    const Run run{options.run, library, report, steps, pair, workers, &output};
 
     PaintAndExport(PlannedRun(run), eTo, options.scene);
     PaintAndExport(run, eTo, options.scene);

@@ -76,9 +76,9 @@ void RunPlanned(const Options& options, Report& report)
 {
     SizeBudget(options.run.library);
     const LONG nBudget = CImageObj::AskFreeMemory();
-    report.TellSettings({nBudget, CImageObj::ms_MaxOneMappingSize, CImageObj::GetUseMaxBandMemory(),
-                         options.run.library.szTempDir},
-                        options.run.nThreads);
+    const Steps steps = report.BeginSteps({nBudget, CImageObj::ms_MaxOneMappingSize,
+                                           CImageObj::GetUseMaxBandMemory(), options.run.library.szTempDir},
+                                          options.run.nThreads);
     const StepRequest& step = options.step;
     StepImages inputs("input", ImageRole::Input, step.inputs);
     StepImages outputs("output", ImageRole::Output, step.outputs);
@@ -97,7 +97,7 @@ void RunPlanned(const Options& options, Report& report)
     std::vector<ImagePlan> plans;
     for (const StepImages* pImages : {&inputs, &outputs, &temporaries})
         pImages->AddPlans(plans);
-    Step planned(report, "step", kIpOther);
+    Step planned(steps, "step", kIpOther);
     planned.Plan(plans, nBudget - CImageObj::AskFreeMemory());
     planned.End();
 }

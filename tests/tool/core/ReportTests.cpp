@@ -85,7 +85,6 @@ TEST(ReportCore, AHistoryTellsFirstAndLastBandAndAddsUpToTheBudget)
         steps[0].plan.images = {{"in", ImageRole::Input, {}, ""}, {"out", ImageRole::Output, {}, ""}};
         StepHistory& history = steps[0].history.emplace(begin);
         const int nBands = choices.Number(1, 400);
-        history.ExpectBands(nBands);
         LONG nMost = 0;
         for (int i = 0; i < nBands; ++i) {
             T_ImageLrg_tag band = {};
@@ -95,8 +94,7 @@ TEST(ReportCore, AHistoryTellsFirstAndLastBandAndAddsUpToTheBudget)
             const LONG nTaken = charges.nInput + charges.nOutput + choices.Number(0, 1);
             nMost = std::max(nMost, nTaken);
             history.NoteCharges(charges, {begin + std::chrono::milliseconds(i), kBudget - nTaken});
-            history.NoteBand(ImageRole::Output, band);
-            history.BandDone();
+            history.NoteBand(ImageRole::Output, band, i, nBands);
         }
         const ordered_json report = HistoryJson(steps, kBudget, 0);
         const auto& bands = report["bands"];

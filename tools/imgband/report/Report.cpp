@@ -34,7 +34,7 @@ double Report::SecondsNow() const
     return SecondsBetween(m_begin, std::chrono::steady_clock::now());
 }
 
-void Report::TellSettings(const LibraryFacts& library, int nThreads)
+Steps Report::BeginSteps(const LibraryFacts& library, int nThreads)
 {
     m_setup = {library, nThreads, SecondsNow()};
     if (m_settings.bVerbose)
@@ -42,6 +42,7 @@ void Report::TellSettings(const LibraryFacts& library, int nThreads)
                         "threads: {}\n",
                         MiB(library.nBudget), MiB(library.nOneMapping), MiB(library.nBandCap),
                         library.szTemporaryFolder, nThreads));
+    return Steps(*this);
 }
 
 void Report::TellPicture(const std::string& szPath, Format eFormat, ImageSize size)

@@ -17,6 +17,18 @@
 #include <string>
 #include <vector>
 
+class Report;
+
+/// The way by which steps come to a report. A report that has one knows what the library works with.
+class Steps
+{
+    friend class Report;
+    friend class Step;
+    explicit Steps(Report& report) : m_report(report) {}
+
+    Report& m_report;
+};
+
 /// Collects what a run does, and tells it once: by Succeed or by Fail. Used by one thread.
 class Report
 {
@@ -28,8 +40,8 @@ public:
 
     const ReportSettings& Settings() const { return m_settings; }
 
-    /// Tells what the library works with. Every Step comes after this.
-    void TellSettings(const LibraryFacts& library, int nThreads);
+    /// Tells what the library works with. The run may have steps from here on.
+    Steps BeginSteps(const LibraryFacts& library, int nThreads);
 
     /// Tells how pictures go through the library: "whole" or "unit".
     void TellScheme(const std::string& szScheme) { m_szScheme = szScheme; }
@@ -56,6 +68,7 @@ public:
 
 private:
     friend class Step;
+    friend class StepBands;
 
     /// What the library works with, and when it was set up.
     struct Setup

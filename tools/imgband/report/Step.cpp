@@ -2,12 +2,10 @@
 
 #include "report/Step.h"
 
-#include "report/Report.h"
-
 #include <exception>
 #include <utility>
 
-Step::Step(Report& report, const std::string& szStep, int nIpNo) : m_report(report)
+Step::Step(Steps steps, const std::string& szStep, int nIpNo) : m_report(steps.m_report)
 {
     m_record.plan.szStep = szStep;
     m_record.plan.nIpNo = nIpNo;
@@ -31,27 +29,6 @@ void Step::Plan(std::vector<ImagePlan> images, std::int64_t nBudget)
     m_record.plan.nBudget = nBudget;
 }
 
-void Step::ExpectBands(int nBands, std::int64_t nBytes)
-{
-    m_report.m_progress.Expect(nBands, nBytes);
-    if (m_record.history)
-        m_record.history->ExpectBands(nBands);
-}
-
-void Step::NoteBand(ImageRole eRole, const T_ImageLrg_tag& band)
-{
-    const StepPlan& plan = m_record.plan;
-    if (m_record.history && m_record.history->NoteBand(eRole, band))
-        m_report.m_pReports->NoteMapping(band.pImage, plan.szStep + ": " + plan.Find(eRole)->szImage);
-}
-
-void Step::BandDone()
-{
-    m_report.m_progress.Advance();
-    if (m_record.history)
-        m_record.history->BandDone();
-}
-
 void Step::NoteCharges(const Charges& charges, const BudgetMoment& moment)
 {
     if (m_record.history)
@@ -68,4 +45,23 @@ void Step::Close(bool bFinished)
     m_bOpen = false;
     m_record.bFinished = bFinished;
     m_report.Close(std::move(m_record));
+}
+
+StepBands::StepBands(Step& step, int nBands, std::int64_t nBytes) : m_step(step), m_nBands(nBands)
+{
+    m_step.m_report.m_progress.Expect(nBands, nBytes);
+}
+
+void StepBands::Note(ImageRole eRole, const T_ImageLrg_tag& band)
+{
+    StepRecord& record = m_step.m_record;
+    if (record.history && record.history->NoteBand(eRole, band, m_nBand, m_nBands))
+        m_step.m_report.m_pReports->NoteMapping(band.pImage,
+                                                record.plan.szStep + ": " + record.plan.Find(eRole)->szImage);
+}
+
+void StepBands::Done()
+{
+    ++m_nBand;
+    m_step.m_report.m_progress.Advance();
 }

@@ -36,9 +36,9 @@ void StepHistory::NoteCharges(const Charges& charges, const BudgetMoment& moment
     m_last = sample;
 }
 
-bool StepHistory::NoteBand(ImageRole eRole, const T_ImageLrg_tag& band)
+bool StepHistory::NoteBand(ImageRole eRole, const T_ImageLrg_tag& band, int nBand, int nBands)
 {
-    if (!IsKept(m_nBand, m_nBands))
+    if (!IsKept(nBand, nBands))
         return false;
     m_bands.push_back(
         {eRole, SecondsAt(std::chrono::steady_clock::now()), band.nBandTop, band.nBandBottom, band.nFsize});

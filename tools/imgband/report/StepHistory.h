@@ -61,19 +61,14 @@ public:
     /// @param begin  of the run
     explicit StepHistory(std::chrono::steady_clock::time_point begin) : m_begin(begin) {}
 
-    /// Tells how many bands the step takes, ahead of the first one.
-    void ExpectBands(int nBands) { m_nBands = nBands; }
-
     /// What the step's images are charged with at the moment. Equal notes in a row count as one.
     void NoteCharges(const Charges& charges, const BudgetMoment& moment);
 
     /// A band of the step's image of this role is mapped. At most 8 bands of an image are kept, the first and
     /// the last among them.
+    /// @param nBand  its number among the step's nBands
     /// @return whether this one is kept
-    bool NoteBand(ImageRole eRole, const T_ImageLrg_tag& band);
-
-    /// The bands noted from here on are the step's next ones.
-    void BandDone() { ++m_nBand; }
+    bool NoteBand(ImageRole eRole, const T_ImageLrg_tag& band, int nBand, int nBands);
 
     /// In the order of time. The last sample is the last note, even where earlier ones were merged.
     std::vector<Sample> Samples() const;
@@ -86,6 +81,4 @@ private:
     BoundedSeries<Sample, 256> m_samples;
     std::optional<Sample> m_last; ///< also kept by itself, so that it is told exactly
     std::vector<Band> m_bands;
-    int m_nBands = 0;
-    int m_nBand = 0; ///< number of the band that is mapped now
 };

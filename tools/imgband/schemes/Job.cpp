@@ -60,7 +60,7 @@ void RunJob(const RunSettings& settings, InputFile& input, const Job& job, Repor
     CheckOutputSize(settings.eScheme, job.szOutput, job.eTo, job.size, job.nFrame);
     const Library library(settings.library, report.Settings().bJson);
     WidenBandCap(settings.library, job);
-    report.TellSettings(library.Facts(settings.eScheme), settings.nThreads);
+    const Steps steps = report.BeginSteps(library.Facts(settings.eScheme), settings.nThreads);
     report.TellScheme(settings.eScheme == Scheme::Unit ? "unit" : "whole");
     std::optional<OutputFile> output;
     if (!settings.bPlan) {
@@ -74,7 +74,7 @@ void RunJob(const RunSettings& settings, InputFile& input, const Job& job, Repor
         BlocksInBudget(library, ExternalPair::Needs(settings.eAccess, &input, job.eTo, job.size)));
     ExternalPair pair(settings.eAccess, &input, pOutput, job.eTo, job.size, objects);
     const Workers workers(settings.nThreads);
-    RunScheme({settings, library, report, pair, workers, pOutput}, input, job);
+    RunScheme({settings, library, report, steps, pair, workers, pOutput}, input, job);
     if (!output)
         return;
     pair.DeliverOutput();

@@ -9,10 +9,10 @@ class PlannedRun
 {
 public:
     explicit PlannedRun(const Run& run)
-        : m_settings(PlannedOnly(run.settings)),
-          m_report(m_silent, "", true), m_run{m_settings, run.lib, m_report, run.pair, run.workers, nullptr}
+        : m_settings(PlannedOnly(run.settings)), m_report(m_silent, "", true),
+          m_steps(m_report.BeginSteps(run.lib.Facts(m_settings.eScheme), m_settings.nThreads)),
+          m_run{m_settings, run.lib, m_report, m_steps, run.pair, run.workers, nullptr}
     {
-        m_report.TellSettings(run.lib.Facts(m_settings.eScheme), m_settings.nThreads);
     }
 
     operator const Run&() const { return m_run; }
@@ -27,5 +27,6 @@ private:
     ReportSettings m_silent{.reports = {}, .bQuiet = true};
     RunSettings m_settings;
     Report m_report;
+    Steps m_steps;
     Run m_run;
 };

@@ -11,6 +11,7 @@ struct Run
     const RunSettings& settings;
     const Library& lib;
     Report& report;
+    Steps steps; ///< of the report
     ExternalPair& pair;
     const Workers& workers;
     OutputFile* pOutput; ///< null while a run is only planned

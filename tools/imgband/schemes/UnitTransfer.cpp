@@ -136,9 +136,9 @@ class UnitWatch final : public BandWatch
 {
 public:
     UnitWatch(const Run& run, const InputFile& input, const Job& job, const UnitBands& unit, Step& step)
-        : m_run(run), m_input(input), m_job(job), m_checks(run, input, job), m_unit(unit), m_step(step)
+        : m_run(run), m_input(input), m_job(job), m_checks(run, input, job), m_unit(unit), m_step(step),
+          m_bands(step, unit.bands.Count(), FileBytes(job.eTo, job.size))
     {
-        m_step.ExpectBands(unit.bands.Count(), FileBytes(job.eTo, job.size));
         NoteCharges();
     }
 
@@ -153,9 +153,9 @@ public:
             m_step.Plan(Images(), m_nMost);
         }
         NoteCharges();
-        m_step.NoteBand(ImageRole::Input, from);
+        m_bands.Note(ImageRole::Input, from);
         if (m_unit.IsPair())
-            m_step.NoteBand(ImageRole::Output, to);
+            m_bands.Note(ImageRole::Output, to);
         m_step.Count(
             {.nRead = LinesRead(from) * LineBytes(m_input.Facts().eFormat, m_input.Facts().size.nWidth)});
         m_nLines = to.nBandBottom - to.nBandTop + 1;
@@ -165,7 +165,7 @@ public:
     {
         NoteCharges();
         m_step.Count({.nWritten = m_nLines * LineBytes(m_job.eTo, m_job.size.nWidth)});
-        m_step.BandDone();
+        m_bands.Done();
     }
 
 private:
@@ -204,6 +204,7 @@ private:
     UnitChecks m_checks;
     UnitBands m_unit;
     Step& m_step;
+    StepBands m_bands;
     Charges m_most;   // at the fullest moment
     LONG m_nMost = 0; // of the budget then
     int m_nLines = 0; // of the destination's band that is mapped
@@ -294,7 +295,7 @@ void RunPair(const Run& run, const InputFile& input, const Job& job, Step& step)
 
 void RunUnitScheme(const Run& run, const InputFile& input, const Job& job)
 {
-    Step step(run.report, job.szName, job.nIpNo);
+    Step step(run.steps, job.szName, job.nIpNo);
     if (job.bOneObject)
         RunOneObject(run, input, job, step);
     else

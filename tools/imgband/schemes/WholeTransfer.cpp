@@ -44,7 +44,7 @@ void EndTransfer(const Run& run, Step& step, ImageRole eExternal, Format eFormat
 
 void ImportStep(const Run& run, const InputFile& input, PlannedImage& object, bool bReversed)
 {
-    Step step(run.report, "import", kIpRead);
+    Step step(run.steps, "import", kIpRead);
     const DWORD nCode = object.Import(run.pair.Input(), bReversed);
     run.lib.CheckImport(nCode, input.Path(), object.m_ImgInfo.nBufSize);
     if (run.settings.eAccess != Access::Memory)
@@ -59,8 +59,8 @@ void ImportStep(const Run& run, const InputFile& input, PlannedImage& object, bo
 class StepWatch final : public BandWatch
 {
 public:
-    StepWatch(const Run& run, const Job& job, const CImageObj& src, const CImageObj& dst, Step& step)
-        : m_run(run), m_job(job), m_src(src), m_dst(dst), m_step(step)
+    StepWatch(const Run& run, const Job& job, const CImageObj& src, const CImageObj& dst, StepBands& bands)
+        : m_run(run), m_job(job), m_src(src), m_dst(dst), m_bands(bands)
     {
     }
     void CheckSource(DWORD nCode) override
@@ -73,17 +73,17 @@ public:
     }
     void NoteMapped(const T_ImageLrg_tag& from, const T_ImageLrg_tag& to) override
     {
-        m_step.NoteBand(ImageRole::Input, from);
-        m_step.NoteBand(ImageRole::Output, to);
+        m_bands.Note(ImageRole::Input, from);
+        m_bands.Note(ImageRole::Output, to);
     }
-    void NoteEnded() override { m_step.BandDone(); }
+    void NoteEnded() override { m_bands.Done(); }
 
 private:
     const Run& m_run;
     const Job& m_job;
     const CImageObj& m_src;
     const CImageObj& m_dst;
-    Step& m_step;
+    StepBands& m_bands;
 };
 
 /// Bytes that the planner gives to a banded image beside its share of the budget: the lines of its frame.
@@ -111,7 +111,7 @@ void PlanWork(const Run& run, const Job& job, PlannedImage& src, PlannedImage& d
 
 void WorkStep(const Run& run, const Job& job, PlannedImage& src, PlannedImage& dst)
 {
-    Step step(run.report, job.szName, job.nIpNo);
+    Step step(run.steps, job.szName, job.nIpNo);
     PlanWork(run, job, src, dst);
     run.lib.CheckBudget(job.szName, run.pair.Blocks().Sum() + src.m_nAreaSize + dst.m_nAreaSize);
     // When the work needs more source lines than destination lines, the destination's bands become smaller.
@@ -128,8 +128,8 @@ void WorkStep(const Run& run, const Job& job, PlannedImage& src, PlannedImage& d
     step.Count({.nSpilled = out.nTemporary});
 
     if (!run.settings.bPlan) {
-        StepWatch watch(run, job, src, dst, step);
-        step.ExpectBands(bands.Count(), FileBytes(job.eTo, job.size));
+        StepBands told(step, bands.Count(), FileBytes(job.eTo, job.size));
+        StepWatch watch(run, job, src, dst, told);
         watch.CheckSource(src.SetFrameColor(job.frame.nMode, static_cast<int>(job.frame.nColor)));
         FillFrom(run, src, dst, *job.pWork, bands, watch);
         if (!run.settings.szDump.empty())
@@ -144,7 +144,7 @@ void WorkStep(const Run& run, const Job& job, PlannedImage& src, PlannedImage& d
 
 void ExportStep(const Run& run, PlannedImage& object, Format eTo, bool bReversed, bool bOwnAlpha)
 {
-    Step step(run.report, "export", kIpWrite);
+    Step step(run.steps, "export", kIpWrite);
     T_ImgInf& inf = run.pair.Output();
     const std::int64_t nBytes = FileBytes(eTo, {inf.nWidth, inf.nHeight});
     if (run.pOutput)
