@@ -43,6 +43,7 @@ TEST_F(UnitFaults, SetUpsReportWhatFailed)
     const int nHandles = faults::g_alive.nHandles;
     EXPECT_OK(Prepare(false));
     EXPECT_EQ(nHandles + 1, faults::g_alive.nHandles);
+    EXPECT_OK(m_image.Destroy()); // a target holds no store
     CImageObj::ExchangeImg(&m_image, &m_reader);
     EXPECT_EQ(nHandles, faults::g_alive.nHandles) << "the target's mapping stays open";
     CloseHandle(m_in.hData);
