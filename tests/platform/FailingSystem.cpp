@@ -58,26 +58,12 @@ FAILS(ssize_t, pwrite64, (int n, const void* p, std::size_t m, off64_t nAt),
 FAILS(int, munmap, (void* p, std::size_t m), (p, (g_nMapped -= m, m)), Fails("munmap"), -1)
 FAILS(void*, mmap64, (void* p, std::size_t m, int nMay, int nHow, int n, off64_t nAt),
       (p, (g_nMapped += m, m), nMay, nHow, n, nAt), Fails("mmap"), MAP_FAILED)
+#if SIZE_MAX > UINT32_MAX // operator new
+FAILS(void*, _Znwm, (std::size_t n), (n), Fails("new"), throw std::bad_alloc())
+#else
+FAILS(void*, _Znwj, (std::size_t n), (n), Fails("new"), throw std::bad_alloc())
+#endif
 // NOLINTEND(bugprone-reserved-identifier)
-
-// The heap fails too. All forms that are used are replaced, so that they fit together.
-void* operator new(std::size_t nBytes, const std::nothrow_t&) noexcept
-{
-    return Fails("new") ? nullptr : std::malloc(nBytes);
-}
-void* operator new(std::size_t nBytes)
-{
-    void* p = operator new(nBytes, std::nothrow);
-    return p ? p : throw std::bad_alloc();
-}
-void operator delete(void* p) noexcept
-{
-    std::free(p);
-}
-void operator delete(void* p, std::size_t) noexcept
-{
-    std::free(p);
-}
 
 class FailingSystem : public testing::Test
 {
