@@ -188,6 +188,28 @@ protected:
                            [](auto& szName) { return szName.starts_with("LRG"); });
     }
 
+    /// Whether a run has written the first band of its output, which may have no name yet.
+    bool HasOutput(pid_t nChild) const
+    {
+        std::error_code gone; // the size is the largest number then
+        for (const auto& entry : fs::directory_iterator(fmt::format("/proc/{}/fd", nChild), gone)) {
+            const string szFile = fs::read_symlink(entry, gone).string();
+            if ((szFile.starts_with(At("#")) || szFile.starts_with(At(".imgband-"))) &&
+                fs::file_size(entry, gone) + 1 > 55)
+                return true;
+        }
+        return false;
+    }
+    /// A number of the kernel's about a run, in KiB; 0 while another program or none runs.
+    static rlim_t StatusOf(pid_t nChild, const string& szField)
+    {
+        std::ifstream file(fmt::format("/proc/{}/status", nChild));
+        const string szStatus(std::istreambuf_iterator<char>(file), {});
+        const std::size_t nField = szStatus.find(szField);
+        const bool bFound = szStatus.starts_with("Name:\timgband") && nField != string::npos;
+        return bFound ? std::stoul(szStatus.substr(nField + szField.size())) : 0;
+    }
+
     /// Runs a program, which may write so many bytes into a file, and calls fnLook every millisecond until it
     /// ends.
     Outcome Start(Names words, const Look& fnLook = nullptr, rlim_t nMostBytes = RLIM_INFINITY) const

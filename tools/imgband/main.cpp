@@ -3,11 +3,13 @@
 #include "Commands.h"
 #include "library/LeakCheck.h"
 #include "library/Library.h"
+#include "pictures/InputFile.h"
 #include "report/ReportFile.h"
 #include "system/Process.h"
 
 #include <cstdio>
 #include <cstdlib>
+#include <fmt/format.h>
 #include <string>
 #include <vector>
 
@@ -71,13 +73,17 @@ ExitStatus RunProgram(const std::vector<std::string>& arguments)
     return eStatus;
 }
 
-/// Does what is left to do for a run that an interrupt ended. Its exit status, its log folder and perhaps
-/// --json are the arguments behind the command.
-int FinishInterruptedRun(const std::vector<std::string>& arguments)
+/// Does what is left to do for a run that an interrupt ended. Its arguments are told with
+/// kInterruptedCommand.
+int FinishInterruptedRun(std::vector<std::string> arguments)
 {
-    const int nStatus = arguments.size() > 1 ? std::atoi(arguments[1].c_str()) : 0;
-    CleanUpInterruptedRun(arguments.size() > 2 ? arguments[2] : "");
-    PrintInterrupted(nStatus, arguments.size() > 3 && arguments[3] == "--json");
+    arguments.resize(6);
+    const int nStatus = std::atoi(arguments[1].c_str());
+    CleanUpInterruptedRun(arguments[2]);
+    const std::string szMessage =
+        arguments[4].empty() ? fmt::format("interrupted by signal {}", nStatus - 128)
+                             : InputFile::Lost(arguments[4], std::atoll(arguments[5].c_str())).Message();
+    PrintEnded(nStatus, szMessage, arguments[3] == "--json");
     return nStatus;
 }
 

@@ -110,26 +110,48 @@ void Library::FailTemporary(DWORD nCode, std::int64_t nTemporaryBytes) const
     Fail(failure, nCode);
 }
 
-void Library::CheckImport(DWORD nCode, const std::string& szInput, std::int64_t nTemporaryBytes) const
+// A view that could not be made has a code of its own and no entry in the log; other calls leave system
+// error 8.
+bool Library::IsShortOfMemory(DWORD nCode) const
 {
-    if (nCode == MM_FILE_ACCESS && !IsFromExternalImage(m_log.LastError()))
+    constexpr int kNotEnoughMemory = 8;
+    switch (nCode) {
+    case MM_NO_MEMORY:
+    case MM_NO_BAND_ADDRESS:
+    case MM_STORE_VIEW:
+    case MM_EXTERNAL_VIEW:
+        return true;
+    default:
+        return nCode != MM_SUCCESS && SystemErrorOf(m_log.LastError()) == kNotEnoughMemory;
+    }
+}
+
+void Library::FailForMemory(DWORD nCode, const std::string& szInput) const
+{
+    Fail(Failure(ExitStatus::JobFailed, szInput, "could not be held in memory", "a smaller --budget"), nCode);
+}
+
+void Library::CheckImport(DWORD nCode, const std::string& szInput, std::int64_t nTemporaryBytes,
+                          bool bMapped) const
+{
+    if (bMapped && nCode == MM_IO_BUFFER_ADDRESS) // the view of a band
+        FailForMemory(nCode, szInput);
+    if (nCode == MM_FILE_ACCESS && !IsShortOfMemory(nCode) && !IsFromExternalImage(m_log.LastError()))
         FailTemporary(nCode, nTemporaryBytes);
     CheckRead(nCode, szInput);
 }
 
 void Library::CheckRead(DWORD nCode, const std::string& szInput) const
 {
+    if (IsShortOfMemory(nCode))
+        FailForMemory(nCode, szInput);
     switch (nCode) {
     case MM_SUCCESS:
         return;
     case MM_FILE_ACCESS:
     case MM_NO_MAPPING:
-    case MM_EXTERNAL_VIEW:
     case MM_IO_BUFFER_ADDRESS:
         Fail(Failure(ExitStatus::BadInput, szInput, "could not be read"), nCode);
-    case MM_NO_MEMORY:
-        Fail(Failure(ExitStatus::JobFailed, szInput, "could not be held in memory", "a smaller --budget"),
-             nCode);
     default:
         Fail(Failure(ExitStatus::JobFailed, szInput, "could not be imported"), nCode);
     }
@@ -137,18 +159,14 @@ void Library::CheckRead(DWORD nCode, const std::string& szInput) const
 
 void Library::CheckStep(DWORD nCode, const std::string& szStep, std::int64_t nTemporaryBytes) const
 {
-    switch (nCode) {
-    case MM_SUCCESS:
-        return;
-    case MM_FILE_ACCESS:
-        FailTemporary(nCode, nTemporaryBytes);
-    case MM_NO_MEMORY:
+    if (IsShortOfMemory(nCode))
         Fail(
             Failure(ExitStatus::JobFailed, "", szStep + ": there is not enough memory", "a smaller --budget"),
             nCode);
-    default:
+    if (nCode == MM_FILE_ACCESS)
+        FailTemporary(nCode, nTemporaryBytes);
+    if (nCode != MM_SUCCESS)
         Fail(Failure(ExitStatus::JobFailed, "", szStep + ": failed"), nCode);
-    }
 }
 
 void Library::CheckExport(DWORD nCode, const std::string& szOutput, Room room) const
@@ -156,16 +174,18 @@ void Library::CheckExport(DWORD nCode, const std::string& szOutput, Room room) c
     if (nCode == MM_SUCCESS)
         return;
     Failure failure(ExitStatus::JobFailed, szOutput, "could not be written");
-    if (nCode == MM_FILE_ACCESS) {
+    if (IsShortOfMemory(nCode) || nCode == MM_IO_BUFFER_ADDRESS) { // the view of a band
+        failure.szWhat += ": there is not enough memory";
+        failure.szTry = "a smaller --budget";
+    } else if (nCode == MM_FILE_ACCESS) {
         failure.eStatus = StatusOfSystemError(SystemErrorOf(m_log.LastError()));
         failure.room = room;
         failure.szTry = "another folder for OUT";
-    } else if (nCode == MM_NO_MEMORY) {
-        failure.szTry = "a smaller --budget";
     }
     // For a mapping that could not be made the log has no system error, or that of a later operation.
     if (failure.eStatus == ExitStatus::JobFailed && room.nAvailable < room.nWanted) {
         failure.eStatus = ExitStatus::NoRoom;
+        failure.szWhat = "could not be written";
         failure.room = room;
         failure.szTry = "another folder for OUT";
     }

@@ -28,9 +28,13 @@ public:
     /// Bytes of the budget that are allotted now.
     LONG Taken() const;
 
-    /// Each throws a Failure unless nCode, a code of the library, is 0. nTemporaryBytes is the size of the
-    /// temporary file that may have been the reason; room is what the output needs and has.
-    void CheckImport(DWORD nCode, const std::string& szInput, std::int64_t nTemporaryBytes) const;
+    /// Each throws a Failure unless nCode, a code of the library, is 0. A shortage of memory or addresses
+    /// that outlasted the library's waiting is told as one, whatever failed for it: JobFailed.
+    /// nTemporaryBytes is the size of the temporary file that may have been the reason; room is what the
+    /// output needs and has.
+    /// @param bMapped  the external image is reached through views
+    void CheckImport(DWORD nCode, const std::string& szInput, std::int64_t nTemporaryBytes,
+                     bool bMapped) const;
     void CheckRead(DWORD nCode, const std::string& szInput) const;
     void CheckStep(DWORD nCode, const std::string& szStep, std::int64_t nTemporaryBytes) const;
     void CheckExport(DWORD nCode, const std::string& szOutput, Room room) const;
@@ -44,7 +48,9 @@ public:
     bool HasRecordedError() const { return m_log.LastError().has_value(); }
 
 private:
+    bool IsShortOfMemory(DWORD nCode) const;
     [[noreturn]] void Fail(Failure failure, DWORD nCode) const;
+    [[noreturn]] void FailForMemory(DWORD nCode, const std::string& szInput) const;
     [[noreturn]] void FailTemporary(DWORD nCode, std::int64_t nTemporaryBytes) const;
 
     std::string m_szTemporaryFolder;
@@ -63,5 +69,5 @@ void RaiseUnitBandCap(std::int64_t nBytes);
 void CleanUpInterruptedRun(const std::string& szLogFolder);
 
 /// The first argument of the program when an interrupted run starts it to clean up. Status, log folder and
-/// --json follow.
+/// --json follow; where bytes of the input were gone, also the input's path and its picture's end.
 inline constexpr const char* kInterruptedCommand = "--interrupted-run";

@@ -2,8 +2,8 @@
 
 #include "pictures/InputFile.h"
 
+#include "system/Interrupts.h"
 #include "system/Paths.h"
-#include "values/Failure.h"
 
 #include <fmt/format.h>
 
@@ -13,6 +13,13 @@ namespace {
                               const char* pszTry = "")
 {
     throw Failure(ExitStatus::BadInput, szPath, "cannot be read: " + ErrorText(error), pszTry);
+}
+
+Failure BecameShorter(const std::string& szPath, std::int64_t nPictureEnd, std::int64_t nLeft)
+{
+    return Failure(ExitStatus::BadInput, szPath,
+                   fmt::format("became shorter while it was read: the picture takes {} bytes, {} are left",
+                               nPictureEnd, nLeft));
 }
 
 os::File Open(const std::string& szPath, const RunSettings& settings)
@@ -103,16 +110,39 @@ void InputFile::CheckWhole() const
         FailReading(m_szPath, e.code());
     }
     if (nNow < PictureEnd())
-        throw Failure(ExitStatus::BadInput, m_szPath,
-                      fmt::format("became shorter while it was read: the picture takes {} bytes, {} are left",
-                                  PictureEnd(), nNow));
+        throw BecameShorter(m_szPath, PictureEnd(), nNow);
+}
+
+void InputFile::EndRunWhenLost() const
+{
+    os::RestartOnLostBytes(static_cast<int>(ExitStatus::BadInput), {m_szPath, std::to_string(PictureEnd())});
+}
+
+Failure InputFile::Lost(const std::string& szPath, std::int64_t nPictureEnd)
+{
+    std::error_code error;
+    const std::uintmax_t nLeft = std::filesystem::file_size(os::PathOf(szPath), error);
+    if (!error && static_cast<std::int64_t>(nLeft) < nPictureEnd)
+        return BecameShorter(szPath, nPictureEnd, static_cast<std::int64_t>(nLeft));
+    return Failure(ExitStatus::BadInput, szPath,
+                   "could not be read: bytes of it were gone while it was mapped");
 }
 
 void InputFile::ReadWhole(unsigned char* pBlock, std::size_t nBytes) const
 {
     try {
-        if (m_file.ReadAt(0, pBlock, nBytes) != nBytes)
-            CheckWhole();
+        const std::size_t nRead = m_file.ReadAt(0, pBlock, nBytes);
+        if (nRead != nBytes)
+            throw BecameShorter(m_szPath, PictureEnd(), static_cast<std::int64_t>(nRead));
+    } catch (const std::system_error& e) {
+        FailReading(m_szPath, e.code());
+    }
+}
+
+void InputFile::Close()
+{
+    try {
+        m_file.Close();
     } catch (const std::system_error& e) {
         FailReading(m_szPath, e.code());
     }

@@ -3,8 +3,11 @@
 
 #include "pictures/BitmapFile.h"
 #include "system/Files.h"
+#include "values/Failure.h"
 #include "values/PictureRequest.h"
 #include "values/RunSettings.h"
+
+#include <string>
 
 /// An open input whose header was read and agrees with the file's size and the request. Its operations throw
 /// Failure (BadInput; the constructor also WrongCommandLine).
@@ -28,11 +31,18 @@ public:
     /// zeros.
     void CheckWhole() const;
 
+    /// From here on, bytes of a view that are gone interrupt the run: it ends with BadInput. The program that
+    /// finishes it gets the file's path and PictureEnd.
+    void EndRunWhenLost() const;
+
+    /// What is told of such a run.
+    static Failure Lost(const std::string& szPath, std::int64_t nPictureEnd);
+
     /// Fills a block with the first nBytes of the file. Throws when the picture is not whole.
     void ReadWhole(unsigned char* pBlock, std::size_t nBytes) const;
 
     /// Closes the file early, when nothing more is read.
-    void Close() { m_file.Close(); }
+    void Close();
 
 private:
     PictureFacts Identify(const InputRequest& request) const;

@@ -185,9 +185,8 @@ void Report::WriteFiles(ordered_json document)
         }
 }
 
-void PrintInterrupted(int nStatus, bool bJson)
+void PrintEnded(int nStatus, const std::string& szMessage, bool bJson)
 {
-    const std::string szMessage = fmt::format("interrupted by signal {}", nStatus - 128);
     if (bJson) {
         ordered_json json = HeadJson("", false, nStatus);
         json["error"] = {{"message", szMessage}};

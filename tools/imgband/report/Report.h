@@ -103,6 +103,6 @@ private:
     std::string m_szSummary;
 };
 
-/// What is printed for a run that a signal ended.
-/// @param nStatus  exit status: 128 and the number of the signal
-void PrintInterrupted(int nStatus, bool bJson);
+/// What is printed for a run that was ended early.
+/// @param nStatus  exit status
+void PrintEnded(int nStatus, const std::string& szMessage, bool bJson);

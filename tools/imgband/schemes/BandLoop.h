@@ -39,19 +39,14 @@ public:
     virtual void NoteEnded() = 0;
 };
 
-/// A mapped band of an object. The destructor ends it unless End did.
+/// A mapped band of an object. One that was not ended is left to the object's destructor, which never writes
+/// it.
 class MappedBand
 {
 public:
     MappedBand(CImageObj& object, LineRange lines)
-        : m_object(object), m_nResult(object.MapBandRange(lines.nFirst, lines.nLast, &m_band, 0)),
-          m_bHeld(m_nResult == MM_SUCCESS)
+        : m_object(object), m_nResult(object.MapBandRange(lines.nFirst, lines.nLast, &m_band, 0))
     {
-    }
-    ~MappedBand()
-    {
-        if (m_bHeld)
-            m_object.UnmapBand(0);
     }
     MappedBand(const MappedBand&) = delete;
     MappedBand& operator=(const MappedBand&) = delete;
@@ -60,17 +55,12 @@ public:
     DWORD Result() const { return m_nResult; }
     const T_ImageLrg_tag& Record() const { return m_band; }
 
-    DWORD End()
-    {
-        m_bHeld = false;
-        return m_object.UnmapBand(0);
-    }
+    DWORD End() { return m_object.UnmapBand(0); }
 
 private:
     CImageObj& m_object;
     T_ImageLrg_tag m_band = {};
     DWORD m_nResult;
-    bool m_bHeld;
 };
 
 /// Makes all bands of dst from src. A planned run only maps the bands.

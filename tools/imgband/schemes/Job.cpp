@@ -59,6 +59,8 @@ void RunJob(const RunSettings& settings, InputFile& input, const Job& job, Repor
     CheckInputSize(settings.eScheme, input, job.nFrame);
     CheckOutputSize(settings.eScheme, job.szOutput, job.eTo, job.size, job.nFrame);
     const Library library(settings.library, report.Settings().bJson);
+    if (settings.eAccess == Access::Mmap)
+        input.EndRunWhenLost();
     WidenBandCap(settings.library, job);
     const Steps steps = report.BeginSteps(library.Facts(settings.eScheme), settings.nThreads);
     report.TellScheme(settings.eScheme == Scheme::Unit ? "unit" : "whole");

@@ -92,8 +92,7 @@ public:
 
     void CheckSource(DWORD nCode) const
     {
-        if (m_run.settings.eAccess != Access::Memory)
-            m_input.CheckWhole();
+        CheckInput();
         m_run.lib.CheckRead(WithRecorded(nCode), m_input.Path());
     }
 
@@ -101,12 +100,20 @@ public:
     {
         if (m_run.settings.bPlan)
             return m_run.lib.CheckStep(nCode, m_job.szName, 0);
+        if (nCode != MM_SUCCESS)
+            CheckInput(); // the set-up looks at both files
         m_run.lib.CheckExport(
             WithRecorded(nCode), m_run.pOutput->Path(),
             {static_cast<std::uintmax_t>(FileBytes(m_job.eTo, m_job.size)), m_run.pOutput->AvailableBytes()});
     }
 
 private:
+    void CheckInput() const
+    {
+        if (m_run.settings.eAccess != Access::Memory)
+            m_input.CheckWhole();
+    }
+
     // A mapped view's failures are in the library's log only.
     DWORD WithRecorded(DWORD nCode) const
     {

@@ -46,9 +46,9 @@ void ImportStep(const Run& run, const InputFile& input, PlannedImage& object, bo
 {
     Step step(run.steps, "import", kIpRead);
     const DWORD nCode = object.Import(run.pair.Input(), bReversed);
-    run.lib.CheckImport(nCode, input.Path(), object.m_ImgInfo.nBufSize);
     if (run.settings.eAccess != Access::Memory)
-        input.CheckWhole();
+        input.CheckWhole(); // first, as it may be why the import failed
+    run.lib.CheckImport(nCode, input.Path(), object.m_ImgInfo.nBufSize, run.settings.eAccess == Access::Mmap);
     const PictureFacts& facts = input.Facts();
     step.Count({.nRead = LineBytes(facts.eFormat, facts.size.nWidth) * facts.size.nHeight,
                 .nSpilled = object.Transfer().object.nTemporary});

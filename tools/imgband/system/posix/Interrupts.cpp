@@ -6,21 +6,38 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include <unistd.h>
 
 namespace os {
 namespace {
 
-// The last one comes from a mapped picture whose file became shorter, or could not be read.
-constexpr int kInterrupts[] = {SIGHUP, SIGINT, SIGTERM, SIGBUS};
-constexpr std::size_t kMostArguments = 8;
+// SIGBUS is not held back: it belongs to the instruction that raised it, on whatever thread.
+constexpr int kInterrupts[] = {SIGHUP, SIGINT, SIGTERM};
+constexpr std::size_t kMostArguments = 7;
 
-// What the interrupt handler uses. Everything here is complete before the handler can see it.
+/// The arguments with which the program is started again.
+struct Restart
+{
+    std::vector<std::string> arguments; // program, command, status, further arguments
+    std::array<char*, kMostArguments + 1> argv{};
+
+    void Prepare(std::vector<std::string> list)
+    {
+        arguments = std::move(list);
+        argv.fill(nullptr);
+        for (std::size_t i = 0; i < std::min(arguments.size(), kMostArguments); ++i)
+            argv[i] = arguments[i].data();
+    }
+};
+constexpr std::size_t kStatus = 2; // of the arguments
+
+// What the handlers use. Everything here is complete before a handler can see it.
 std::string g_szProvisional;
-std::vector<std::string> g_arguments; // program, command, status, further arguments
-std::array<char*, kMostArguments + 1> g_argv;
-char g_szStatus[4];
+Restart g_onInterrupt;
+Restart g_onLostBytes;
+int g_nLostStatus = 0;
 
 sigset_t InterruptSet()
 {
@@ -33,16 +50,35 @@ sigset_t InterruptSet()
 
 // Only calls that are allowed in a handler. The locks and data of the library's temporary files end with
 // this program's image; their empty names are what the new image cleans up.
-void OnInterrupt(int nSignal)
+[[noreturn]] void RunAgain(const Restart& restart, int nStatus)
 {
     if (!g_szProvisional.empty())
         unlink(g_szProvisional.c_str());
-    const int nStatus = 128 + nSignal;
-    g_szStatus[0] = static_cast<char>('0' + nStatus / 100);
-    g_szStatus[1] = static_cast<char>('0' + nStatus / 10 % 10);
-    g_szStatus[2] = static_cast<char>('0' + nStatus % 10);
-    execv("/proc/self/exe", g_argv.data());
+    execv("/proc/self/exe", restart.argv.data());
     _exit(nStatus);
+}
+
+void OnInterrupt(int nSignal)
+{
+    const int nStatus = 128 + nSignal;
+    char* pStatus = g_onInterrupt.argv[kStatus];
+    pStatus[0] = static_cast<char>('0' + nStatus / 100);
+    pStatus[1] = static_cast<char>('0' + nStatus / 10 % 10);
+    pStatus[2] = static_cast<char>('0' + nStatus % 10);
+    RunAgain(g_onInterrupt, nStatus);
+}
+
+void OnLostBytes(int)
+{
+    RunAgain(g_onLostBytes, g_nLostStatus);
+}
+
+void Install(int nSignal, void (*fnHandler)(int))
+{
+    struct sigaction action = {};
+    action.sa_handler = fnHandler;
+    action.sa_mask = InterruptSet();
+    sigaction(nSignal, &action, nullptr);
 }
 
 } // namespace
@@ -66,22 +102,26 @@ void InterruptsHeld::SetProvisional(const std::string& szPath) const
 void RestartOnInterrupt(const std::string& szCommand, const std::vector<std::string>& arguments)
 {
     const InterruptsHeld held;
-    g_arguments = {"imgband", szCommand, ""};
-    g_arguments.insert(g_arguments.end(), arguments.begin(), arguments.end());
-    g_argv.fill(nullptr);
-    for (std::size_t i = 0; i < std::min(g_arguments.size(), kMostArguments); ++i)
-        g_argv[i] = g_arguments[i].data();
-    g_argv[2] = g_szStatus;
-
-    struct sigaction action = {};
-    action.sa_handler = OnInterrupt;
-    action.sa_mask = InterruptSet();
+    std::vector<std::string> list{"imgband", szCommand, "000"};
+    list.insert(list.end(), arguments.begin(), arguments.end());
+    g_onInterrupt.Prepare(std::move(list));
     for (const int nSignal : kInterrupts) {
         struct sigaction before = {};
         sigaction(nSignal, nullptr, &before);
         if (before.sa_handler != SIG_IGN) // whoever started us wants it ignored: nohup, a background job
-            sigaction(nSignal, &action, nullptr);
+            Install(nSignal, OnInterrupt);
     }
+    Install(SIGBUS, OnInterrupt);
+}
+
+void RestartOnLostBytes(int nStatus, const std::vector<std::string>& arguments)
+{
+    std::vector<std::string> list = g_onInterrupt.arguments;
+    list[kStatus] = std::to_string(nStatus);
+    list.insert(list.end(), arguments.begin(), arguments.end());
+    g_onLostBytes.Prepare(std::move(list));
+    g_nLostStatus = nStatus;
+    Install(SIGBUS, OnLostBytes);
 }
 
 void SettleOutcome() {} // an interrupt stops the only thread that tells

@@ -92,6 +92,8 @@ void RestartOnInterrupt(const std::string& szCommand, const std::vector<std::str
     SetConsoleCtrlHandler(OnInterrupt, TRUE);
 }
 
+void RestartOnLostBytes(int, const std::vector<std::string>&) {}
+
 void SettleOutcome()
 {
     g_interruption.mutex.lock(); // for good
