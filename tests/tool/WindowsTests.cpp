@@ -81,9 +81,9 @@ TEST_F(ToolOnWindows, RemovesWhatNobodyHolds)
         for (const string& szName : others)
             Save("tmp/" + szName, "");
         const Names before = Files("tmp");
-        EXPECT_THAT(Run("clean --temp-dir tmp --dry-run").szOut, HasSubstr("LRG1.tmp  5 bytes, "));
+        EXPECT_THAT(Run("clean --all --temp-dir tmp --dry-run").szOut, HasSubstr("LRG1.tmp  5 bytes, "));
         EXPECT_EQ(before, Files("tmp")) << "a dry run removes files";
-        const Outcome cleaned = Run("clean --temp-dir tmp --json");
+        const Outcome cleaned = Run("clean --all --temp-dir tmp --json");
         const Json clean = Json::parse(cleaned.szOut);
         EXPECT_EQ(3, clean["total_files"]);
         EXPECT_EQ(9, clean["total_bytes"]);

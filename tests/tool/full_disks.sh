@@ -45,6 +45,7 @@ for kind in tmpfs ext4; do
     done
     [ "$(find "$disk" -type f -size +0 | wc -l)" -eq 0 ] || fail "a killed run leaves bytes: $(ls -l "$disk")"
     : >"$disk/LRGFFFF.tmp"
+    find "$disk" -name 'LRG*' -exec touch -d '2 hours ago' {} +
     "$imgband" convert small.bmp out.bmp --to bgra32 --scheme whole --budget 12M --temp-dir "$disk" --quiet
     [ -z "$(find "$disk" -name 'LRG*')" ] || fail "the next run leaves $(ls "$disk")"
     rm -f out.bmp

@@ -32,9 +32,7 @@ start 2
 kill -9 $!
 wait $! || true
 
-printf 12345 >tmp/LRG1234.tmp
-touch -d '3 days ago' tmp/LRG1234.tmp
-for name in LRG.tmp LRG123.tmp LRGabcd.tmp XLRG1234.tmp LRG1234.tmp.old LRG123456789.tmp; do
+for name in LRG-notes.txt LRG.tmp LRG123.tmp LRGabcd.tmp XLRG1234.tmp LRG1234.tmp.old LRG123456789.tmp; do
     touch "tmp/$name" # no names of the library's, or too short or long
 done
 ln -s LRG.tmp tmp/LRGAAAA.tmp
@@ -42,25 +40,36 @@ mkdir tmp/LRGBBBB.tmp
 mkfifo tmp/LRGCCCC.tmp
 touch tmp/LRGDDDD.tmp
 chown 1 tmp/LRGDDDD.tmp 2>/dev/null || rm tmp/LRGDDDD.tmp # somebody else's
+touch -hd '3 days ago' tmp/LRG*[!0-9A-F].* tmp/LRG{AAAA,CCCC}.tmp tmp/LRGDDDD*
+find tmp | sort >before
+
+old_leftover() {
+    printf 12345 >tmp/LRG1234.tmp
+    touch -d '3 days ago' tmp/LRG1234.tmp
+}
+old_leftover
+"$program" make b.bmp --size 9x9
+find tmp | sort | cmp - before || fail 'a job removes another thing than an old leftover'
+old_leftover
 find tmp | sort >before
 
 "$program" clean --dry-run >dry 2>errors
 expect 'a dry run tells name, size and age' dry '(.*\n)*LRG1234\.tmp  5 bytes, 3 days old\n(.*\n)*'
-expect 'a dry run counts' errors '(.*\n)*.*: 2 leftovers of 5 bytes\n'
+expect 'a dry run counts' errors '(.*\n)*.*: 1 leftover of 5 bytes; 1 younger than an hour left alone, try --all\n'
 find tmp | sort | cmp - before || fail 'a dry run removes something'
 
 chmod 555 tmp
 without=(setpriv --bounding-set=-dac_override) # the superuser's right to write everywhere
 "${without[@]}" true 2>/dev/null || without=()
 status=0
-"${without[@]}" "$program" clean >refused 2>errors || status=$?
+"${without[@]}" "$program" clean --all >refused 2>errors || status=$?
 chmod 755 tmp
 [ $status = 4 ] || fail "clean ended with $status where it may not remove files"
 expect 'files that cannot be removed are told' refused '(LRG.* bytes, .*: Permission denied\n){2}'
 find tmp | sort | cmp - before || fail 'something is gone from a folder that is write-protected'
 
-"$program" clean --json >json 2>errors
-"$program" clean 2>errors
+"$program" clean --all --json >json 2>errors
+"$program" clean --all 2>errors
 expect 'nothing is left to clean' errors '(.*\n)*.*: 0 leftovers of 0 bytes removed\n'
 gone=$(comm -23 before <(find tmp | sort) | sed "s|^tmp/||")
 [ "$(wc -l <<<"$gone")" = 2 ] || fail "not two files are gone: $gone"

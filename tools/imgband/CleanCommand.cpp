@@ -1,6 +1,6 @@
 // imgband clean: removes what killed runs left in the temporary folder.
 //
-// It does not use the library, which would remove its leftovers before they could be listed.
+// It does not use the library, whose own clean-up lists nothing and asks for no more than a name.
 
 #include "Commands.h"
 #include "system/Leftovers.h"
@@ -12,9 +12,9 @@ namespace {
 
 using os::Leftover;
 
-std::vector<Leftover> Search(const std::string& szFolder, bool bRemove)
+std::vector<Leftover> Search(const std::string& szFolder, std::int64_t nLeastAge, bool bRemove)
 try {
-    return os::FindLeftovers(szFolder, bRemove);
+    return os::FindLeftovers(szFolder, nLeastAge, bRemove);
 } catch (const std::system_error& e) {
     throw Failure(StatusOfWriteError(e.code()), szFolder,
                   "the folder for temporary files could not be read: " + ErrorText(e.code()),
@@ -67,7 +67,9 @@ std::string FilesText(const std::vector<Leftover>& leftovers)
 void RunClean(const Options& options, Report& report)
 {
     const std::string& szFolder = options.run.library.szTempDir;
-    const std::vector<Leftover> leftovers = Search(szFolder, !options.bDryRun);
+    std::vector<Leftover> leftovers =
+        Search(szFolder, options.bYoungToo ? 0 : os::kSettledSeconds, !options.bDryRun);
+    const std::size_t nYoung = std::erase_if(leftovers, [](const Leftover& one) { return one.bYoung; });
 
     std::string szLines;
     std::int64_t nBytes = 0;
@@ -80,14 +82,14 @@ void RunClean(const Options& options, Report& report)
     const auto nKept = static_cast<std::size_t>(std::count_if(
         leftovers.begin(), leftovers.end(), [](const Leftover& one) { return !one.szReason.empty(); }));
     report.SetData(szLines);
-    report.Json() = {{"folder", szFolder},
-                     {"dry_run", options.bDryRun},
-                     {"files", files},
-                     {"total_files", leftovers.size()},
-                     {"total_bytes", nBytes}};
+    report.Json() = {{"folder", szFolder},    {"dry_run", options.bDryRun},
+                     {"files", files},        {"total_files", leftovers.size()},
+                     {"total_bytes", nBytes}, {"young_files", nYoung}};
     if (nKept != 0)
         throw Failure(ExitStatus::NoRoom, szFolder,
                       fmt::format("{} of {} cannot be removed", nKept, FilesText(leftovers)));
-    report.SetSummary(fmt::format("{}: {} of {}{}", szFolder, FilesText(leftovers), Counted(nBytes, "byte"),
-                                  options.bDryRun ? "" : " removed"));
+    const std::string szYoung =
+        nYoung == 0 ? "" : fmt::format("; {} younger than an hour left alone, try --all", nYoung);
+    report.SetSummary(fmt::format("{}: {} of {}{}{}", szFolder, FilesText(leftovers), Counted(nBytes, "byte"),
+                                  options.bDryRun ? "" : " removed", szYoung));
 }

@@ -191,6 +191,8 @@ void AddClean(CLI::App& root, Options& options)
 {
     CLI::App& app = *root.add_subcommand("clean", "Remove what killed runs left in the temporary folder");
     app.add_flag("--dry-run", options.bDryRun, "List it, and remove nothing");
+    app.add_flag("--all", options.bYoungToo,
+                 "Also what is younger than an hour; a run that begins meanwhile may fail");
     AddTempDir(app, options.run.library);
     AddPrinting(app, options.report);
     app.callback([&options] { options.eCommand = Command::Clean; });

@@ -42,7 +42,8 @@ struct Options
     FilterSettings filter;
     EnlargeSettings enlarge;
     StepRequest step;
-    bool bDryRun = false; ///< clean: list, and remove nothing
+    bool bDryRun = false;   ///< clean: list, and remove nothing
+    bool bYoungToo = false; ///< clean: also what is younger than an hour
     RunSettings run;
     ReportSettings report;
 };

@@ -5,6 +5,7 @@
 #include "system/Files.h"
 #include "system/Folders.h"
 #include "system/Interrupts.h"
+#include "system/Leftovers.h"
 #include "system/Paths.h"
 
 #include <algorithm>
@@ -72,10 +73,19 @@ Library::Library(const LibrarySettings& settings, bool bJson)
     SizeBudget(settings);
     CImageObj::ms_nOnMemory = 0; // small images too are held in memory only where the budget has room
     m_nBudget = CImageObj::AskFreeMemory();
-    if (const DWORD nCode = CImageCtrl::CleanTempFolder())
+    if (const DWORD nCode = CImageCtrl::GetTempDirctoryName())
         Fail(Failure(ExitStatus::NoRoom, m_szTemporaryFolder, "cannot be the folder for temporary files",
                      "--temp-dir DIR with a shorter name"),
              nCode);
+    RemoveLeftovers();
+}
+
+// Not with the library's own clean-up, which takes every file of this user whose name begins like its own.
+void Library::RemoveLeftovers() const
+try {
+    os::FindLeftovers(m_szTemporaryFolder, os::kSettledSeconds, true);
+} catch (const std::system_error&) {
+    // A folder that cannot be read keeps them.
 }
 
 LibraryFacts Library::Facts(Scheme eScheme) const
@@ -216,6 +226,6 @@ void RaiseUnitBandCap(std::int64_t nBytes)
 
 void CleanUpInterruptedRun(const std::string& szLogFolder)
 {
-    CImageCtrl::CleanTempFolder();
+    os::RemoveInheritedNames();
     ErrorLog::Remove(szLogFolder);
 }

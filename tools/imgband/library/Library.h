@@ -48,6 +48,7 @@ public:
     bool HasRecordedError() const { return m_log.LastError().has_value(); }
 
 private:
+    void RemoveLeftovers() const;
     bool IsShortOfMemory(DWORD nCode) const;
     [[noreturn]] void Fail(Failure failure, DWORD nCode) const;
     [[noreturn]] void FailForMemory(DWORD nCode, const std::string& szInput) const;

@@ -8,6 +8,7 @@
 #include <array>
 #include <utility>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace os {
@@ -16,6 +17,7 @@ namespace {
 // SIGBUS is not held back: it belongs to the instruction that raised it, on whatever thread.
 constexpr int kInterrupts[] = {SIGHUP, SIGINT, SIGTERM};
 constexpr std::size_t kMostArguments = 7;
+constexpr int kInherited = 1024; // more descriptors than a run has
 
 /// The arguments with which the program is started again.
 struct Restart
@@ -48,12 +50,14 @@ sigset_t InterruptSet()
     return set;
 }
 
-// Only calls that are allowed in a handler. The locks and data of the library's temporary files end with
-// this program's image; their empty names are what the new image cleans up.
+// Only calls that are allowed in a handler. The new program inherits all that is open: temporary files stay
+// locked until it has removed their names.
 [[noreturn]] void RunAgain(const Restart& restart, int nStatus)
 {
     if (!g_szProvisional.empty())
         unlink(g_szProvisional.c_str());
+    for (int nFile = 3; nFile < kInherited; ++nFile)
+        fcntl(nFile, F_SETFD, 0);
     execv("/proc/self/exe", restart.argv.data());
     _exit(nStatus);
 }

@@ -56,7 +56,10 @@ bool IsNamed(int nFolder, const char* pszName, const struct stat& opened)
 Leftover Describe(const char* pszName, const struct stat& status)
 {
     const std::int64_t nAge = std::time(nullptr) - status.st_mtime;
-    return {pszName, status.st_size, std::max<std::int64_t>(nAge, 0), false, ""};
+    return {.szName = pszName,
+            .nBytes = status.st_size,
+            .nAgeSeconds = std::max<std::int64_t>(nAge, 0),
+            .szReason = ""};
 }
 
 Leftover Refused(Leftover leftover, const std::error_code& error)
@@ -66,7 +69,7 @@ Leftover Refused(Leftover leftover, const std::error_code& error)
 }
 
 /// The leftover of that name; none when the file is not one, is held, or vanished meanwhile.
-std::optional<Leftover> Examine(int nFolder, const char* pszName, bool bRemove)
+std::optional<Leftover> Examine(int nFolder, const char* pszName, std::int64_t nLeastAge, bool bRemove)
 {
     struct stat status = {};
     if (fstatat(nFolder, pszName, &status, AT_SYMLINK_NOFOLLOW) != 0 || !IsOwnFile(status))
@@ -85,10 +88,28 @@ std::optional<Leftover> Examine(int nFolder, const char* pszName, bool bRemove)
     // Whoever had the lock before may have removed the name, and somebody else made it anew.
     if (!IsNamed(nFolder, pszName, status))
         return std::nullopt;
-    if (bRemove && unlinkat(nFolder, pszName, 0) != 0)
+    leftover.bYoung = leftover.nAgeSeconds < nLeastAge;
+    const bool bRemoved = bRemove && !leftover.bYoung;
+    if (bRemoved && unlinkat(nFolder, pszName, 0) != 0)
         return Refused(leftover, LastError());
-    leftover.bRemoved = bRemove;
+    leftover.bRemoved = bRemoved;
     return leftover;
+}
+
+constexpr std::string_view kRemoved = " (deleted)";
+
+/// The paths of what this process has open, as the system tells them; kRemoved stands behind those of files
+/// without a name. One file may be open several times.
+std::set<std::string> OpenFiles()
+{
+    std::set<std::string> targets;
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry("/proc/self/fd", error), end; !error && entry != end;
+         entry.increment(error)) {
+        std::error_code unread;
+        targets.insert(std::filesystem::read_symlink(entry->path(), unread).string());
+    }
+    return targets;
 }
 
 } // namespace
@@ -99,30 +120,22 @@ bool IsTemporaryName(std::string_view szName)
     return std::regex_match(szName.begin(), szName.end(), kName);
 }
 
-std::vector<Leftover> FindLeftovers(const std::string& szFolder, bool bRemove)
+std::vector<Leftover> FindLeftovers(const std::string& szFolder, std::int64_t nLeastAge, bool bRemove)
 {
     const Descriptor folder(open(szFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (folder.Get() < 0)
         ThrowLastError("open");
     std::vector<Leftover> leftovers;
     for (const std::string& szName : TemporaryNames(szFolder))
-        if (auto leftover = Examine(folder.Get(), szName.c_str(), bRemove))
+        if (auto leftover = Examine(folder.Get(), szName.c_str(), nLeastAge, bRemove))
             leftovers.push_back(std::move(*leftover));
     return leftovers;
 }
 
 HeldFiles FindHeldFiles()
 {
-    constexpr std::string_view kRemoved = " (deleted)";
-    std::set<std::string> targets; // one file may be open several times
-    std::error_code error;
-    for (std::filesystem::directory_iterator entry("/proc/self/fd", error), end; !error && entry != end;
-         entry.increment(error)) {
-        std::error_code unread;
-        targets.insert(std::filesystem::read_symlink(entry->path(), unread).string());
-    }
     HeldFiles held;
-    for (std::string_view szTarget : targets) {
+    for (std::string_view szTarget : OpenFiles()) {
         const bool bNamed = !szTarget.ends_with(kRemoved);
         if (!bNamed)
             szTarget.remove_suffix(kRemoved.size());
@@ -132,6 +145,13 @@ HeldFiles FindHeldFiles()
         }
     }
     return held;
+}
+
+void RemoveInheritedNames()
+{
+    for (const std::string& szPath : OpenFiles())
+        if (IsTemporaryName(std::string_view(szPath).substr(szPath.rfind('/') + 1)))
+            unlink(szPath.c_str());
 }
 
 } // namespace os

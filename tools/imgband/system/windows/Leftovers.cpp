@@ -27,8 +27,10 @@ Leftover Describe(const std::string& szName, const WIN32_FILE_ATTRIBUTE_DATA& fa
     GetSystemTimeAsFileTime(&now);
     const std::int64_t nAge = Wide(now.dwHighDateTime, now.dwLowDateTime) -
                               Wide(facts.ftLastWriteTime.dwHighDateTime, facts.ftLastWriteTime.dwLowDateTime);
-    return {szName, Wide(facts.nFileSizeHigh, facts.nFileSizeLow), std::max<std::int64_t>(nAge / kSecond, 0),
-            false, ""};
+    return {.szName = szName,
+            .nBytes = Wide(facts.nFileSizeHigh, facts.nFileSizeLow),
+            .nAgeSeconds = std::max<std::int64_t>(nAge / kSecond, 0),
+            .szReason = ""};
 }
 
 Leftover Refused(Leftover leftover)
@@ -38,7 +40,7 @@ Leftover Refused(Leftover leftover)
 }
 
 /// The leftover of that name; none when the file is not one, is held, or vanished meanwhile.
-std::optional<Leftover> Examine(const std::filesystem::path& path, bool bRemove)
+std::optional<Leftover> Examine(const std::filesystem::path& path, std::int64_t nLeastAge, bool bRemove)
 {
     WIN32_FILE_ATTRIBUTE_DATA facts = {};
     if (!GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &facts) ||
@@ -54,7 +56,8 @@ std::optional<Leftover> Examine(const std::filesystem::path& path, bool bRemove)
                    : std::optional(Refused(leftover));
     }
     FILE_DISPOSITION_INFO disposition = {TRUE};
-    if (bRemove) {
+    leftover.bYoung = leftover.nAgeSeconds < nLeastAge;
+    if (bRemove && !leftover.bYoung) {
         leftover.bRemoved =
             SetFileInformationByHandle(hFile, FileDispositionInfo, &disposition, sizeof disposition);
         if (!leftover.bRemoved)
@@ -73,14 +76,16 @@ bool IsTemporaryName(std::string_view szName)
     return std::regex_match(szName.begin(), szName.end(), kName);
 }
 
-std::vector<Leftover> FindLeftovers(const std::string& szFolder, bool bRemove)
+std::vector<Leftover> FindLeftovers(const std::string& szFolder, std::int64_t nLeastAge, bool bRemove)
 {
     std::vector<Leftover> leftovers;
     for (const std::string& szName : TemporaryNames(szFolder))
-        if (auto leftover = Examine(PathOf(szFolder) / PathOf(szName), bRemove))
+        if (auto leftover = Examine(PathOf(szFolder) / PathOf(szName), nLeastAge, bRemove))
             leftovers.push_back(std::move(*leftover));
     return leftovers;
 }
+
+void RemoveInheritedNames() {}
 
 // The system numbers a process's handles in steps of four, the lowest free one first; a run has some hundred.
 HeldFiles FindHeldFiles()
