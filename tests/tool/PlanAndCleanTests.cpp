@@ -82,9 +82,8 @@ TEST_F(ToolOnPosix, SaysWhatARunDidNotGiveBack)
     EXPECT_THAT(Run(szFilter).szErr, EndsWith(Left(0, 1, 1)));
     close(nFile);
     Remove("tmp/LRGAAAA.tmp");
-    const auto fnLeave = [this](pid_t) {
-        const bool bWriting = !Exists("new.bmp") && Files().size() > 1;
-        if (bWriting && !Exists("tmp/LRGBBBB.tmp"))
+    const auto fnLeave = [this](pid_t nChild) {
+        if (HasOutput(nChild) && !Exists("tmp/LRGBBBB.tmp"))
             Save("tmp/LRGBBBB.tmp", "left");
     };
     const Outcome watched =

@@ -25,6 +25,20 @@ start() { # files there are then; the run's number is in $!
     until [ "$(find tmp -name 'LRG*' | wc -l)" = "$1" ]; do sleep .01; done
 }
 
+# Beside the output: a killed run leaves nothing, and the next one removes what others left, unless it is locked.
+printf 123 >.imgband-0123456789abcdef
+printf 123 >.imgband-0123456789abcde
+exec 9>.imgband-fedcba9876543210
+flock 9
+start 1
+kill -9 $!
+wait $! || true
+"$program" clean --all
+[ "$(echo .imgband-*)" = '.imgband-0123456789abcde .imgband-fedcba9876543210' ] || fail "there are: $(echo .imgband-*)"
+exec 9>&-
+"$program" clean --all --temp-dir . 2>errors
+expect 'an unlocked file is a leftover' errors '.*: 1 leftover of 0 bytes removed\n'
+
 start 1
 live=$!
 held=$(echo tmp/LRG*)

@@ -1,4 +1,4 @@
-// imgband clean: removes what killed runs left in the temporary folder.
+// imgband clean: removes what killed runs left in the temporary folder, or in that of an output.
 //
 // It does not use the library, whose own clean-up lists nothing and asks for no more than a name.
 
@@ -14,7 +14,7 @@ using os::Leftover;
 
 std::vector<Leftover> Search(const std::string& szFolder, std::int64_t nLeastAge, bool bRemove)
 try {
-    return os::FindLeftovers(szFolder, nLeastAge, bRemove);
+    return os::FindLeftovers(szFolder, {os::IsTemporaryName, os::IsProvisionalName}, nLeastAge, bRemove);
 } catch (const std::system_error& e) {
     throw Failure(StatusOfWriteError(e.code()), szFolder,
                   "the folder for temporary files could not be read: " + ErrorText(e.code()),

@@ -189,7 +189,8 @@ void AddPlan(CLI::App& root, Options& options)
 
 void AddClean(CLI::App& root, Options& options)
 {
-    CLI::App& app = *root.add_subcommand("clean", "Remove what killed runs left in the temporary folder");
+    CLI::App& app = *root.add_subcommand(
+        "clean", "Remove what killed runs left in the temporary folder, or in another one");
     app.add_flag("--dry-run", options.bDryRun, "List it, and remove nothing");
     app.add_flag("--all", options.bYoungToo,
                  "Also what is younger than an hour; a run that begins meanwhile may fail");

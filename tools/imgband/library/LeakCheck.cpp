@@ -16,7 +16,8 @@
 int LeakCheck::FilesLeftBehind() const
 try {
     const auto age = std::chrono::ceil<std::chrono::seconds>(std::chrono::steady_clock::now() - m_begin);
-    const std::vector<os::Leftover> leftovers = os::FindLeftovers(os::TemporaryFolder(), 0, false);
+    const std::vector<os::Leftover> leftovers =
+        os::FindLeftovers(os::TemporaryFolder(), {os::IsTemporaryName}, 0, false);
     return static_cast<int>(
         std::count_if(leftovers.begin(), leftovers.end(), [&](const os::Leftover& leftover) {
             return leftover.nBytes > 0 && leftover.nAgeSeconds <= age.count();

@@ -83,7 +83,8 @@ Library::Library(const LibrarySettings& settings, bool bJson)
 // Not with the library's own clean-up, which takes every file of this user whose name begins like its own.
 void Library::RemoveLeftovers() const
 try {
-    os::FindLeftovers(m_szTemporaryFolder, os::kSettledSeconds, true);
+    os::FindLeftovers(m_szTemporaryFolder, {os::IsTemporaryName, os::IsProvisionalName}, os::kSettledSeconds,
+                      true);
 } catch (const std::system_error&) {
     // A folder that cannot be read keeps them.
 }

@@ -1,7 +1,8 @@
-// Writing beside the target and renaming at the end.
+// Writing beside the target and naming it at the end.
 
 #include "pictures/OutputFile.h"
 
+#include "system/Leftovers.h"
 #include "system/Paths.h"
 #include "values/Failure.h"
 
@@ -55,10 +56,12 @@ std::string ResolveTarget(const std::string& szPath)
     }
 }
 
-os::File CreateBeside(const std::string& szPath, const std::string& szTarget, std::string& szProvisional)
+os::File CreateBeside(const std::string& szPath, const std::string& szTarget)
 {
     try {
-        return os::File::CreateProvisional(FolderOf(szTarget), szProvisional);
+        const std::string szFolder = FolderOf(szTarget);
+        os::RemoveProvisionalLeftovers(szFolder);
+        return os::File::CreateProvisional(szFolder);
     } catch (const std::system_error& e) {
         FailWriting(szPath, "cannot be created", e.code());
     }
@@ -67,18 +70,9 @@ os::File CreateBeside(const std::string& szPath, const std::string& szTarget, st
 } // namespace
 
 OutputFile::OutputFile(const std::string& szPath)
-    : m_szPath(szPath), m_szTarget(ResolveTarget(szPath)),
-      m_file(CreateBeside(m_szPath, m_szTarget, m_szProvisional))
+    : m_szPath(szPath), m_szTarget(ResolveTarget(szPath)), m_file(CreateBeside(m_szPath, m_szTarget))
 {
-    std::error_code error;
-    if (const fs::file_status status = fs::status(os::PathOf(m_szTarget), error); fs::exists(status))
-        fs::permissions(os::PathOf(m_szProvisional), status.permissions(), error); // best effort
-}
-
-OutputFile::~OutputFile()
-{
-    if (!m_szProvisional.empty())
-        os::Discard(m_szProvisional);
+    m_file.TakePermissions(m_szTarget);
 }
 
 std::uintmax_t OutputFile::AvailableBytes() const
@@ -112,10 +106,7 @@ void OutputFile::Append(const unsigned char* pData, std::size_t nBytes)
 void OutputFile::Publish()
 {
     try {
-        m_file.Flush();
-        m_file.Close();
-        os::Publish(m_szProvisional, m_szTarget);
-        m_szProvisional.clear();
+        m_file.Publish(m_szTarget);
     } catch (const std::system_error& e) {
         FailWriting(m_szPath, "cannot be completed", e.code());
     }

@@ -6,14 +6,15 @@
 #include <cstdint>
 #include <string>
 
-/// A file that appears under its name whole, or not at all. It is written under a provisional name beside the
-/// target; unless it was published, the destructor or an interrupt removes it. One at a time.
+/// A file that appears under its name whole, or not at all. It is written without a name, or under a
+/// provisional one beside the target; unless it was published, it vanishes with this object or the process.
+/// One at a time.
 class OutputFile
 {
 public:
-    /// Creates the provisional file. A target that is a link stands for what it leads to. Throws Failure.
+    /// Creates the file, and removes what killed runs left beside it. A target that is a link stands for what
+    /// it leads to. Throws Failure.
     explicit OutputFile(const std::string& szPath);
-    ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
@@ -36,8 +37,7 @@ public:
     void Publish();
 
 private:
-    std::string m_szPath;        ///< as the user gave it
-    std::string m_szTarget;      ///< what it leads to
-    std::string m_szProvisional; ///< empty once published
+    std::string m_szPath;   ///< as the user gave it
+    std::string m_szTarget; ///< what it leads to
     os::File m_file;
 };

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 
 namespace os {
 
@@ -19,10 +20,10 @@ public:
     /// @param bAlsoWrite  also open for writing, which writable views of the file need
     static File OpenForReading(const std::string& szPath, bool bAlsoWrite);
 
-    /// Creates an empty file of a new name in a folder, open for reading and writing. An interrupt removes it
-    /// until it is published or discarded. There can be one such file at a time.
-    /// @param szPath  receives the file's path
-    static File CreateProvisional(const std::string& szFolder, std::string& szPath);
+    /// Creates an empty file in a folder, open for reading and writing, that vanishes unless it is published.
+    /// It has no name where the system can do that. Elsewhere it has a provisional one and is locked; an
+    /// interrupt removes it. There can be one such file at a time.
+    static File CreateProvisional(const std::string& szFolder);
 
     File(File&& other) noexcept;
     File& operator=(File&&) = delete;
@@ -43,22 +44,27 @@ public:
     /// Returns when the file's bytes are on the disk.
     void Flush();
 
+    /// Gives this file the permissions of another one, as far as the system lets it.
+    void TakePermissions(const std::string& szFrom);
+
+    /// Puts a provisional file's bytes on the disk, gives it its final name, and closes it. A file that has
+    /// the name is replaced; Windows does so only when nobody has it open.
+    void Publish(const std::string& szTarget);
+
     /// Closes the file early; it must be open. Throws if the system reports a failed write only now.
     void Close();
 
 private:
-    explicit File(HANDLE hFile) : m_hFile(hFile) {}
+    explicit File(HANDLE hFile, std::string szProvisional = {})
+        : m_hFile(hFile), m_szProvisional(std::move(szProvisional))
+    {
+    }
+    void Rename(const std::string& szTarget);
+    void Discard() noexcept;
 
-    HANDLE m_hFile; ///< null: closed
+    HANDLE m_hFile;              ///< null: closed
+    std::string m_szProvisional; ///< the name that the destructor removes; empty for none
 };
-
-/// Gives a provisional file its final name. A file that has the name is replaced; Windows does so only when
-/// nobody has it open.
-/// @param szProvisional  flushed and closed
-void Publish(const std::string& szProvisional, const std::string& szTarget);
-
-/// Removes a provisional file. What cannot be removed stays.
-void Discard(const std::string& szProvisional) noexcept;
 
 /// Whether this user may write to a file, or make files in a folder. Never throws.
 bool MayWrite(const std::string& szPath);

@@ -1,14 +1,24 @@
-// The names of the library's temporary files.
+// The names of leftovers.
 
 #include "system/Leftovers.h"
 
 #include "system/Paths.h"
 
-std::set<std::string> os::TemporaryNames(const std::string& szFolder)
+#include <algorithm>
+
+bool os::IsProvisionalName(std::string_view szName)
+{
+    const std::string_view szBeginning = kProvisionalBeginning;
+    return szName.size() == szBeginning.size() + 16 && szName.starts_with(szBeginning) &&
+           szName.find_first_not_of("0123456789abcdef", szBeginning.size()) == szName.npos;
+}
+
+std::set<std::string> os::NamesIn(const std::string& szFolder, NameTests tests)
 {
     std::set<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(PathOf(szFolder)))
-        if (const std::string szName = TextOf(entry.path().filename()); IsTemporaryName(szName))
+        if (const std::string szName = TextOf(entry.path().filename());
+            std::any_of(tests.begin(), tests.end(), [&](auto fnTest) { return fnTest(szName); }))
             names.insert(szName);
     return names;
 }

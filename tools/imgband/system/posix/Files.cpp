@@ -3,6 +3,7 @@
 #include "system/Files.h"
 
 #include "system/Errors.h"
+#include "system/Leftovers.h"
 #include "system/Paths.h"
 #include "system/posix/InterruptsHeld.h"
 
@@ -12,6 +13,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -29,14 +31,61 @@ int DescriptorOf(HANDLE hFile)
     return static_cast<int>(reinterpret_cast<std::intptr_t>(hFile));
 }
 
-void SyncFolderOf(const std::string& szPath)
+std::string FolderOf(const std::string& szPath)
 {
     const std::string szFolder = TextOf(PathOf(szPath).parent_path());
-    const int nFolder = open(szFolder.empty() ? "." : szFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    return szFolder.empty() ? "." : szFolder;
+}
+
+std::string ProvisionalName(const std::string& szFolder)
+{
+    return szFolder + "/" + UnusedName(kProvisionalBeginning);
+}
+
+void SyncFolder(const std::string& szFolder)
+{
+    const int nFolder = open(szFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (nFolder < 0)
         return;
     fsync(nFolder); // best effort: the file is complete under its name whatever this says
     close(nFolder);
+}
+
+std::string PathOfDescriptor(int nFile)
+{
+    return "/proc/self/fd/" + std::to_string(nFile);
+}
+
+/// Locks a provisional file, so that no clean-up takes it for a leftover. False: one was faster and has it.
+/// On a file system without locks no clean-up removes anything.
+bool IsKept(int nFile)
+{
+    struct stat status = {};
+    return (flock(nFile, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK) && fstat(nFile, &status) == 0 &&
+           status.st_nlink > 0;
+}
+
+/// Creates a file that can get a name later; below 0 where the system cannot.
+int OpenNameless(const std::string& szFolder)
+{
+    const int nFile = open(szFolder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666);
+    if (nFile < 0)
+        return -1;
+    flock(nFile, LOCK_EX | LOCK_NB); // for the moment in which it has a provisional name
+    if (access(PathOfDescriptor(nFile).c_str(), F_OK) == 0)
+        return nFile;
+    close(nFile);
+    return -1;
+}
+
+/// Gives a nameless file a name. False: there is a file of that name.
+bool Link(int nFile, const std::string& szPath)
+{
+    if (linkat(AT_FDCWD, PathOfDescriptor(nFile).c_str(), AT_FDCWD, szPath.c_str(), AT_SYMLINK_FOLLOW) == 0)
+        return true;
+    if (errno != EEXIST)
+        ThrowLastError("link");
+    return false;
 }
 
 } // namespace
@@ -50,26 +99,46 @@ File File::OpenForReading(const std::string& szPath, bool bAlsoWrite)
     return File(HandleOf(nFile));
 }
 
-File File::CreateProvisional(const std::string& szFolder, std::string& szPath)
+File File::CreateProvisional(const std::string& szFolder)
 {
     const InterruptsHeld held;
-    int nFile;
-    do {
-        szPath = szFolder + "/" + UnusedName(".imgband-");
-        nFile = open(szPath.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    } while (nFile < 0 && errno == EEXIST);
-    if (nFile < 0)
-        ThrowLastError("create");
-    held.SetProvisional(szPath);
-    return File(HandleOf(nFile));
+    const int nNameless = OpenNameless(szFolder);
+    if (nNameless >= 0)
+        return File(HandleOf(nNameless));
+    for (;;) {
+        std::string szPath = ProvisionalName(szFolder);
+        const int nFile = open(szPath.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (nFile < 0 && errno != EEXIST)
+            ThrowLastError("create");
+        if (nFile >= 0 && IsKept(nFile)) {
+            held.SetProvisional(szPath);
+            return File(HandleOf(nFile), std::move(szPath));
+        }
+        if (nFile >= 0)
+            close(nFile);
+    }
 }
 
-File::File(File&& other) noexcept : m_hFile(std::exchange(other.m_hFile, nullptr)) {}
+File::File(File&& other) noexcept
+    : m_hFile(std::exchange(other.m_hFile, nullptr)),
+      m_szProvisional(std::exchange(other.m_szProvisional, {}))
+{
+}
 
 File::~File()
 {
+    Discard();
     if (m_hFile)
         close(DescriptorOf(m_hFile));
+}
+
+void File::Discard() noexcept
+{
+    if (m_szProvisional.empty())
+        return;
+    const InterruptsHeld held;
+    unlink(m_szProvisional.c_str());
+    held.SetProvisional("");
 }
 
 std::int64_t File::Size() const
@@ -127,20 +196,38 @@ void File::Close()
         ThrowLastError("close");
 }
 
-void Publish(const std::string& szProvisional, const std::string& szTarget)
+void File::TakePermissions(const std::string& szFrom)
 {
-    const InterruptsHeld held;
-    if (std::rename(szProvisional.c_str(), szTarget.c_str()) != 0)
-        ThrowLastError("rename");
-    held.SetProvisional("");
-    SyncFolderOf(szTarget);
+    struct stat status = {};
+    if (stat(szFrom.c_str(), &status) == 0) [[maybe_unused]]
+        const int nResult = fchmod(DescriptorOf(m_hFile), status.st_mode & 07777);
 }
 
-void Discard(const std::string& szProvisional) noexcept
+// A nameless file gets its name at once where that is free. A file that is to be replaced can only be renamed
+// over; the provisional name before that is locked, like all of them.
+void File::Publish(const std::string& szTarget)
 {
+    Flush();
     const InterruptsHeld held;
-    unlink(szProvisional.c_str());
-    held.SetProvisional("");
+    if (!m_szProvisional.empty()) {
+        Close();
+        Rename(szTarget);
+    } else if (!Link(DescriptorOf(m_hFile), szTarget)) {
+        const std::string szFolder = FolderOf(szTarget);
+        do
+            m_szProvisional = ProvisionalName(szFolder);
+        while (!Link(DescriptorOf(m_hFile), m_szProvisional));
+        Rename(szTarget);
+    }
+    SyncFolder(FolderOf(szTarget));
+}
+
+void File::Rename(const std::string& szTarget)
+{
+    if (std::rename(m_szProvisional.c_str(), szTarget.c_str()) != 0)
+        ThrowLastError("rename");
+    m_szProvisional.clear();
+    InterruptsHeld().SetProvisional("");
 }
 
 bool MayWrite(const std::string& szPath)

@@ -120,13 +120,14 @@ bool IsTemporaryName(std::string_view szName)
     return std::regex_match(szName.begin(), szName.end(), kName);
 }
 
-std::vector<Leftover> FindLeftovers(const std::string& szFolder, std::int64_t nLeastAge, bool bRemove)
+std::vector<Leftover> FindLeftovers(const std::string& szFolder, NameTests tests, std::int64_t nLeastAge,
+                                    bool bRemove)
 {
     const Descriptor folder(open(szFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (folder.Get() < 0)
         ThrowLastError("open");
     std::vector<Leftover> leftovers;
-    for (const std::string& szName : TemporaryNames(szFolder))
+    for (const std::string& szName : NamesIn(szFolder, tests))
         if (auto leftover = Examine(folder.Get(), szName.c_str(), nLeastAge, bRemove))
             leftovers.push_back(std::move(*leftover));
     return leftovers;
@@ -145,6 +146,13 @@ HeldFiles FindHeldFiles()
         }
     }
     return held;
+}
+
+void RemoveProvisionalLeftovers(const std::string& szFolder)
+try {
+    FindLeftovers(szFolder, {IsProvisionalName}, 0, true);
+} catch (const std::system_error&) {
+    // A folder that cannot be read keeps them.
 }
 
 void RemoveInheritedNames()

@@ -3,6 +3,7 @@
 #include "system/Files.h"
 
 #include "system/Errors.h"
+#include "system/Leftovers.h"
 #include "system/Paths.h"
 #include "system/windows/InterruptsHeld.h"
 
@@ -33,27 +34,43 @@ File File::OpenForReading(const std::string& szPath, bool bAlsoWrite)
     return File(hFile);
 }
 
-File File::CreateProvisional(const std::string& szFolder, std::string& szPath)
+// No nameless files here, and a share mode instead of a lock.
+File File::CreateProvisional(const std::string& szFolder)
 {
     const InterruptsHeld held;
     HANDLE hFile;
+    std::string szPath;
     do {
-        szPath =
-            TextOf(PathOf(szFolder) / UnusedName(".imgband-")); // "c:" and a name is in its current folder
+        // "c:" and a name is in its current folder
+        szPath = TextOf(PathOf(szFolder) / UnusedName(kProvisionalBeginning));
         hFile = Open(PathOf(szPath), GENERIC_READ | GENERIC_WRITE, kShared, CREATE_NEW, 0);
     } while (!hFile && GetLastError() == ERROR_FILE_EXISTS);
     if (!hFile)
         ThrowLastError("create");
     held.SetProvisional(szPath);
-    return File(hFile);
+    return File(hFile, std::move(szPath));
 }
 
-File::File(File&& other) noexcept : m_hFile(std::exchange(other.m_hFile, nullptr)) {}
+File::File(File&& other) noexcept
+    : m_hFile(std::exchange(other.m_hFile, nullptr)),
+      m_szProvisional(std::exchange(other.m_szProvisional, {}))
+{
+}
 
 File::~File()
 {
+    Discard();
     if (m_hFile)
         CloseHandle(m_hFile);
+}
+
+void File::Discard() noexcept
+{
+    if (m_szProvisional.empty())
+        return;
+    const InterruptsHeld held;
+    DeleteFileW(PathOf(m_szProvisional).c_str());
+    held.SetProvisional("");
 }
 
 std::int64_t File::Size() const
@@ -108,19 +125,23 @@ void File::Close()
         ThrowLastError("close");
 }
 
-void Publish(const std::string& szProvisional, const std::string& szTarget)
+// An output that is write-protected is never replaced, so there is nothing to take over.
+void File::TakePermissions(const std::string&) {}
+
+void File::Publish(const std::string& szTarget)
 {
-    const InterruptsHeld held;
-    if (!MoveFileExW(PathOf(szProvisional).c_str(), PathOf(szTarget).c_str(),
-                     MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
-        ThrowLastError("rename");
-    held.SetProvisional("");
+    Flush();
+    Close();
+    Rename(szTarget);
 }
 
-void Discard(const std::string& szProvisional) noexcept
+void File::Rename(const std::string& szTarget)
 {
     const InterruptsHeld held;
-    DeleteFileW(PathOf(szProvisional).c_str());
+    if (!MoveFileExW(PathOf(m_szProvisional).c_str(), PathOf(szTarget).c_str(),
+                     MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+        ThrowLastError("rename");
+    m_szProvisional.clear();
     held.SetProvisional("");
 }
 

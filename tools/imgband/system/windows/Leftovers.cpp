@@ -76,13 +76,21 @@ bool IsTemporaryName(std::string_view szName)
     return std::regex_match(szName.begin(), szName.end(), kName);
 }
 
-std::vector<Leftover> FindLeftovers(const std::string& szFolder, std::int64_t nLeastAge, bool bRemove)
+std::vector<Leftover> FindLeftovers(const std::string& szFolder, NameTests tests, std::int64_t nLeastAge,
+                                    bool bRemove)
 {
     std::vector<Leftover> leftovers;
-    for (const std::string& szName : TemporaryNames(szFolder))
+    for (const std::string& szName : NamesIn(szFolder, tests))
         if (auto leftover = Examine(PathOf(szFolder) / PathOf(szName), nLeastAge, bRemove))
             leftovers.push_back(std::move(*leftover));
     return leftovers;
+}
+
+void RemoveProvisionalLeftovers(const std::string& szFolder)
+try {
+    FindLeftovers(szFolder, {IsProvisionalName}, kSettledSeconds, true);
+} catch (const std::system_error&) {
+    // A folder that cannot be read keeps them.
 }
 
 void RemoveInheritedNames() {}
