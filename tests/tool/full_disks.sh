@@ -54,7 +54,9 @@ for kind in tmpfs ext4; do
     rm -f message
     used=$(df --output=used "$disk" | tail -1)
     "$imgband" filter small.bmp "$disk/out.bmp" --op gauss --radius 16 --threads 1 --budget 12M 2>message &
-    until [ "$(df --output=used "$disk" | tail -1)" -gt $((used + 1000)) ] || ! kill -0 $! 2>/dev/null; do sleep 0.001; done
+    until [ "$(df --output=used "$disk" | tail -1)" -gt $((used + 1000)) ] || ! kill -0 $! 2>/dev/null; do
+        sleep 0.001
+    done
     head -c 40M /dev/zero >"$disk/fill" 2>/dev/null || true
     status=0
     wait $! || status=$?
