@@ -45,6 +45,16 @@ HANDLE OpenSharedFile(const char* pszPath, DWORD nCreation)
                        nCreation, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
+// Closes a file, if there is one. The last error stays: it is still to be reported.
+void CloseFile(HANDLE& hFile)
+{
+    const DWORD nError = GetLastError();
+    if (hFile != INVALID_HANDLE_VALUE)
+        CloseHandle(hFile);
+    hFile = INVALID_HANDLE_VALUE;
+    SetLastError(nError);
+}
+
 } // namespace
 
 // What a named temporary file is made of, and the line of the log entry for each step that may fail.
@@ -116,9 +126,7 @@ DWORD CImageCtrl::Destroy()
     } else if (m_eAcsType == ACS_MMF) {
         UnmapSlots();
         CloseMapping();
-        if (m_hFile != INVALID_HANDLE_VALUE)
-            CloseHandle(m_hFile);
-        m_hFile = INVALID_HANDLE_VALUE;
+        CloseFile(m_hFile);
     }
     return MM_SUCCESS;
 }
@@ -297,8 +305,7 @@ DWORD CImageCtrl::CreateMMF(int nSize, int bNewFile)
     m_hMap = MapWritable(m_hFile, nSize);
     if (m_hMap != nullptr)
         return MM_SUCCESS;
-    CloseHandle(m_hFile); // a new file disappears with its handle
-    m_hFile = INVALID_HANDLE_VALUE;
+    CloseFile(m_hFile); // a new file disappears with its handle
     return FailFileAccess(kUnit, kLineMapping);
 }
 
@@ -347,9 +354,7 @@ bool CImageCtrl::MakeTempName()
 // disk.
 DWORD CImageCtrl::GiveUpTempFile(int nLine)
 {
-    if (m_hFile != INVALID_HANDLE_VALUE)
-        CloseHandle(m_hFile);
-    m_hFile = INVALID_HANDLE_VALUE;
+    CloseFile(m_hFile);
     const DWORD nResult = FailFileAccess(kUnit, nLine);
     DeleteFileA(m_szFileName);
     return nResult;

@@ -126,9 +126,8 @@ int CImageCtrlIO::ScanMapping(DWORD nData, int nScan)
     if (pView == nullptr)
         return -1;
     const int nFound = FindSignatureIn(pView, nView, nScan);
-    const bool bReleased = UnmapView(pView) != 0;
-    CloseMapping();
-    return bReleased ? nFound : -1;
+    CloseMapping(); // ahead of the view, whose error is the one to be reported
+    return UnmapView(pView) != 0 ? nFound : -1;
 }
 
 // Looks for the signature byte by byte, so that the file's position ends right behind it.
