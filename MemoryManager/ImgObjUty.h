@@ -109,8 +109,8 @@ MM_API void CreateParam(ZBT_IMAGE_ON_MEMORY* pPair, int nInFormat, int nOutForma
 /// @param nAlpha     fourth sample of the destination: 1 all ones, 0 the band's own. A fourth sample that the
 ///                   source lacks becomes all ones whatever this says.
 /// @return 0; 18 sizes or sample widths differ, lines overlap, no buffer with this alignment can hold the
-///         lines, or positions lie beyond 4 GiB: nothing is written; 1 a file mapping could not be made; 49
-///         (logged) the bitmap's header could not be written
+///         lines, or positions lie beyond 4 GiB: nothing is written; 1 no memory, or a file mapping could not
+///         be made; 49 (logged) the bitmap's header could not be written
 MM_API DWORD ImportImgForUnit(CImageObj* pObj, T_ImgInf* pIn, T_ImgInf* pOut, int nBottomUp,
                               T_LOG_STACK_tag** ppLog, int nAlign, int nAlpha);
 

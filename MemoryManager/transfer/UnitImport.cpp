@@ -5,6 +5,7 @@
 
 #include "MemoryManager/CImageObjIO.h"
 #include "MemoryManager/ResultCodes.h"
+#include "MemoryManager/base/FirstFailure.h"
 #include "MemoryManager/base/PlatformHelpers.h"
 #include "MemoryManager/image/UnitObject.h"
 #include "MemoryManager/layout/BitmapHeader.h"
@@ -50,17 +51,20 @@ int AlphaFor(const T_ImgInf& in, const T_ImgInf& out, int nAlpha)
 }
 
 /// Makes an object a unit object with the image's size and four samples a pixel.
-void TakeGeometry(CImageObj& object, T_ImgInf* pInf, int nMarginX, int nMarginY, int nAlign)
+/// @return 0; 1 no memory
+DWORD TakeGeometry(CImageObj& object, T_ImgInf* pInf, int nMarginX, int nMarginY, int nAlign)
 {
     CImageObjIO io; // only its record is used; role and order of lines do not change it
     io.InitForUnit(pInf, IMG_WORK, nMarginX, nMarginY, 0, nAlign, 0, 0);
     T_ImageLrg_tag info = io.m_ImgInfo;
     object.m_nUnitMode = 1;
-    if (object.SetImageInfo(&info) == MM_SUCCESS)
-        return;
+    const DWORD nResult = object.SetImageInfo(&info);
+    if (nResult == MM_SUCCESS)
+        return nResult;
     // Band mapping refuses this geometry. The earlier one, which it might accept, must not stay.
     info.nBandLines = object.m_ImgInfo.nBandLines;
     object.m_ImgInfo = info;
+    return nResult == MM_NO_MEMORY ? nResult : DWORD{MM_SUCCESS};
 }
 
 /// Finds where the source's pixels begin. False: lines of the source have no 32-bit position. A source that
@@ -140,7 +144,9 @@ DWORD ImportImgForUnit(CImageObj* pObj, T_ImgInf* pIn, T_ImgInf* pOut, int nBott
     pObj->m_nAlpha = AlphaFor(*pIn, *pOut, nAlpha);
     pObj->m_InImgInf = *pIn;
     pObj->m_OutImgInf = *pOut;
-    TakeGeometry(*pObj, pIn, pObj->m_ImgInfo.nMarginX, pObj->m_ImgInfo.nMarginY, nAlign);
+    const int nMarginX = pObj->m_ImgInfo.nMarginX, nMarginY = pObj->m_ImgInfo.nMarginY;
+    if (const DWORD nResult = TakeGeometry(*pObj, pIn, nMarginX, nMarginY, nAlign); nResult != MM_SUCCESS)
+        return nResult;
     return Connect(*pObj, *pObj, kLineNoHeader);
 }
 
@@ -160,17 +166,19 @@ DWORD ImportImgForUnitEnLarge(CImageObj* pOutObj, T_ImgInf* pOut, CImageObj* pIn
     StartAnew(*pInObj, MM_UNIT_ENLARGED);
     StartAnew(*pOutObj, MM_UNIT_ENLARGEMENT);
     pInObj->m_nUnitBottomUp = nBottomUp;
-    if (const DWORD nResult = CalcEnlargeBandHeights(*pInObj, *pIn, *pOutObj, *pOut, MM_ALIGN_PACKED);
-        nResult != MM_SUCCESS)
+    DWORD nResult = CalcEnlargeBandHeights(*pInObj, *pIn, *pOutObj, *pOut, MM_ALIGN_PACKED);
+    if (nResult != MM_SUCCESS)
         return nResult;
     pOutObj->m_nAlpha = AlphaFor(*pIn, *pOut, nAlpha);
     pInObj->m_InImgInf = *pIn;
     pInObj->m_OutImgInf.hData = nullptr;
     pOutObj->m_OutImgInf = *pOut;
     pOutObj->m_InImgInf.hData = nullptr;
-    TakeGeometry(*pInObj, pIn, 0, 0, MM_ALIGN_PACKED);
     T_ImgInf written = *pOut;
     written.nSrcFormat = pOut->nDstFormat; // the format that a geometry is made of
-    TakeGeometry(*pOutObj, &written, 0, 0, MM_ALIGN_PACKED);
+    nResult = TakeGeometry(*pInObj, pIn, 0, 0, MM_ALIGN_PACKED);
+    nResult = FirstFailure(nResult, TakeGeometry(*pOutObj, &written, 0, 0, MM_ALIGN_PACKED));
+    if (nResult != MM_SUCCESS)
+        return nResult;
     return Connect(*pInObj, *pOutObj, kLineNoEnlargedHeader);
 }
