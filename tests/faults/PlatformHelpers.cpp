@@ -1,23 +1,13 @@
-// Retries, range arithmetic and appends.
+// Range arithmetic and appends.
 
 #include "StoreTest.h"
 
 using Helpers = StoreTest;
 
-TEST_F(Helpers, OnlyShortageIsRetriedAndForAMinute)
+/// The error of a call that gave this; 0 where it has not failed.
+template <class Result> DWORD ErrorOf(Result result)
 {
-    // call that fails, asked to wait; error, failures; calls, milliseconds
-    const std::tuple<const char*, int, DWORD, int, int, DWORD> cases[] = {
-        {"MapViewOfFile", 1, 8, INT_MAX, 6000, 60000}, {"MapViewOfFile", 1, 5, INT_MAX, 1, 0},
-        {"VirtualAlloc", 1, 8, INT_MAX, 6000, 60000},  {"VirtualAlloc", 1, 8, 5999, 6000, 59990},
-        {"VirtualAlloc", 1, 87, INT_MAX, 1, 0},        {"VirtualAlloc", 0, 8, INT_MAX, 1, 0}};
-    for (const auto& [pszCall, bWait, nError, nFailures, nCalls, nTicks] : cases) {
-        faults::Begin({pszCall, 1, nFailures, nError});
-        void* pFound = *pszCall == 'V' ? AllocMemoryBlock(9, bWait) : MapViewOfFileRetry(nullptr, 4, 0, 0, 1);
-        EXPECT_EQ(nFailures < INT_MAX ? 0 : nError, ErrorOf(pFound)) << pszCall;
-        EXPECT_EQ(std::pair(nCalls, nTicks), std::pair(faults::g_nCalls, faults::g_nTicks)) << pszCall;
-        FreeMemoryBlock(pFound);
-    }
+    return result ? 0 : GetLastError();
 }
 
 TEST_F(Helpers, ViewRangesAreWholeGranulesCutAtTheEndOfTheFile)
@@ -31,20 +21,19 @@ TEST_F(Helpers, ViewRangesAreWholeGranulesCutAtTheEndOfTheFile)
 TEST_F(Helpers, AppendsAndMappedRangesShowTheSameBytes)
 {
     std::string sFile = std::string(12345, 'h') + Numbered(33 << 20);
-    const HANDLE hFile = OpenHost(sFile.substr(0, 12345));
+    const HANDLE hFile = m_job.File(sFile.substr(0, 12345), false);
     DWORD nWritten = 0;
-    faults::Begin({"CopyToFile", 3, 1, 112});
+    faults::Begin({{"CopyToFile", 3, 1, 112}});
     EXPECT_EQ(112u, ErrorOf(WriteFileByView(hFile, &sFile[12345], 33 << 20, &nWritten, kAppend, 60)));
     EXPECT_EQ(32u << 20, nWritten) << "whole chunks only";
     EXPECT_TRUE(WriteFileByView(hFile, &sFile[12345], 33 << 20, &nWritten, 12345, 0));
     EXPECT_TRUE(WriteFileByView(hFile, "append", 6, &nWritten, kAppend, 101));
     EXPECT_EQ(223u, ErrorOf(WriteFileByView(hFile, "abc", 3, &nWritten, 0xFFFFFFFD, 60)));
     for (const auto nBytes : {5ull << 30, (8ull << 30) - 1, (4ull << 30) - 1}) {
-        fs::resize_file(m_sFolder + "host/file", nBytes);
-        SetLastError(0);
+        fs::resize_file(m_home.sRoot + "host/0", nBytes);
         EXPECT_EQ(223u, ErrorOf(WriteFileByView(hFile, "abc", 3, &nWritten, kAppend, 60))) << nBytes;
     }
-    fs::resize_file(m_sFolder + "host/file", sFile.size() + 6);
+    fs::resize_file(m_home.sRoot + "host/0", sFile.size() + 6);
     const HANDLE hMap = CreateFileMappingA(hFile, nullptr, PAGE_READWRITE, 0, 0, nullptr);
     for (const DWORD nOffset : {65535u, 131072u, (33u << 20) + 12300}) {
         char* pBytes = static_cast<char*>(MapFileRange(hFile, hMap, nOffset, 100000, nOffset == 131072));
@@ -55,6 +44,6 @@ TEST_F(Helpers, AppendsAndMappedRangesShowTheSameBytes)
     }
     EXPECT_EQ(nullptr, MapFileRange(hFile, hMap, (33u << 20) + 12351, 1, 0)) << "at the end of the file";
     EXPECT_TRUE(CloseHandle(hMap));
-    EXPECT_TRUE(CloseHandle(hFile));
-    EXPECT_TRUE(SameBytes(sFile + "append", Take("host")));
+    m_job.Close();
+    EXPECT_TRUE(SameBytes(sFile + "append", m_job.sOutput));
 }

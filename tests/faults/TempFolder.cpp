@@ -16,7 +16,7 @@ TEST_F(TempFolder, CleaningDeletesOwnNamesOnceAndSkipsPathsThatOverrun)
 {
     const auto clean = [this] { // once per process, so in one of its own
         // So deep that a name of 8 characters fits a path of 259 and one of 9 does not.
-        const std::string sDeep = m_sFolder + std::string(250 - m_sFolder.size(), 'd') + "/";
+        const std::string sDeep = m_home.sRoot + std::string(250 - m_home.sRoot.size(), 'd') + "/";
         fs::create_directories(sDeep + "LRGdir");
         for (const char* pszName : {"LRG1.tmp", "lrg", "LRG12.tmp", "Oth.LRG", "xLRG.tmp"})
             std::ofstream(sDeep + pszName) << "left behind";
@@ -28,7 +28,7 @@ TEST_F(TempFolder, CleaningDeletesOwnNamesOnceAndSkipsPathsThatOverrun)
         std::ofstream(sDeep + "LRG1.tmp") << "later";
         EXPECT_OK(CImageCtrl::CleanTempFolder());
         EXPECT_FALSE(fs::is_empty(sDeep)) << "only the first call cleans";
-        fs::remove_all(m_sFolder);
+        fs::remove_all(m_home.sRoot);
         std::exit(HasFailure() ? 1 : 0);
     };
     GTEST_FLAG_SET(death_test_style, "threadsafe");
@@ -42,7 +42,7 @@ TEST_F(TempFolder, IsFoundOnDemandUnlessForbidden)
     Opened<CImageCtrl>::ms_ExecuteFlg = 1;
     EXPECT_CODE(MM_BAD_ARGUMENT, CImageCtrl::CleanTempFolder());
     EXPECT_CODE(MM_FILE_ACCESS, store.Create(1000, 0, 1));
-    EXPECT_EQ(LogLine("CImageCtrl", 287, 3), Take("log"));
+    EXPECT_EQ(LogLine("CImageCtrl", 287, 3), m_home.Take("log"));
     Opened<CImageCtrl>::ms_ExecuteFlg = 0;
     EXPECT_OK(CImageCtrl::CleanTempFolder());
     EXPECT_STREQ("", m_pszTemp) << "the failed call was the only one";
