@@ -34,7 +34,8 @@ end_one() { # signal, the exit status that it gives, number
     cp -f before out/old
     # A shell lets its background jobs ignore SIGINT.
     # shellcheck disable=SC2086 # options
-    env --default-signal=INT "$program" filter in.bmp "out/$output" --op box --budget 12M --quiet ${jobs[$3 / 2 % 4]} 2>/dev/null &
+    env --default-signal=INT "$program" filter in.bmp "out/$output" --op box --budget 12M --quiet \
+        ${jobs[$3 / 2 % 4]} 2>/dev/null &
     local number=$!
     sleep "0.0$((RANDOM % 1000))"
     kill "-$1" "$number" 2>/dev/null || true
