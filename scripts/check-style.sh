@@ -82,18 +82,18 @@ sources_to_tidy() {
     local header
     only '\.cpp$'
     for header in $(only '\.h$'); do
-        grep -rlE --include='*.cpp' "#include \"(.*/)?${header##*/}\"" MemoryManager Platform tools tests examples |
-            sort | sed -n 1p
+        grep -rlE --include='*.cpp' "#include \"(.*/)?${header##*/}\"" \
+            MemoryManager Platform tools tests examples fuzz | sort | sed -n 1p
     done
 }
 
 check_tidiness() {
     local tree=build/tidy wanted=.
     cmake --preset dev -B "$tree" -DCMAKE_CXX_COMPILER=clang++ -DMM_JOIN_SOURCES=ON \
-        -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON >/dev/null
+        -DMM_BUILD_FUZZERS=ON -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON >/dev/null
     cp tests/.clang-tidy "$tree/tests/tool" # what is joined lies there
-    # Each source once: the library's are compiled a second time for the tests of faults.
-    jq 'map(select(.command | test("mm_(faulty|platform)\\.dir") | not)) | unique_by(.file)' \
+    # Each source once: the library's are compiled a second time for the tests of faults, the tool's for fuzzing.
+    jq 'map(select(.command | test("(mm_faulty|mm_platform|fuzz_pictures)\\.dir") | not)) | unique_by(.file)' \
         "$tree/compile_commands.json" >"$tree/once.json"
     mkdir -p "$tree/once"
     mv "$tree/once.json" "$tree/once/compile_commands.json"

@@ -2,8 +2,8 @@
 # Builds the library and the tool and tests them. Usage: scripts/test.sh [--all]
 #   (none)  for this machine, 64-bit Linux: all tests, the interface, the documented result codes, the style of the
 #           changed files
-#   --all   for all four targets; sanitizers, every compiler's view of the headers, the style of every file, and the
-#           packages as well
+#   --all   for all four targets; sanitizers, fuzz targets, every compiler's view of the headers, the style of every
+#           file, and the packages as well
 # Installs the Debian packages it needs, as root or with sudo. What the machine cannot do is named NOT RUN, with the
 # reason, in the closing lines; FAILED is what is wrong. Build folders are build/<preset>; build/wine runs the Windows
 # programs.
@@ -124,6 +124,15 @@ wine_runs() { # word size
     [ -e "$results/wine$1" ] || { echo "Wine could not be installed: $(tail -1 "$results/wine$1.log")"; return 1; }
 }
 
+test_fuzz_targets() {
+    local title="fuzz targets, 20 s each" reason
+    if reason=$(programs_run clang++ -fsanitize=fuzzer-no-link,address,undefined 2>&1); then
+        step "$title" scripts/fuzz.sh
+    else
+        not_run "$title: ${reason##*$'\n'}"
+    fi
+}
+
 test_this_machine() {
     build_and_test release "linux-x86-64: g++, shared library"
 }
@@ -133,6 +142,7 @@ test_other_builds() {
         "linux-x86-64: clang++, static library, address and undefined-behaviour sanitizers"
     build_and_test_if "programs_run g++ -fsanitize=thread" tsan \
         "linux-x86-64: g++, static library, thread sanitizer, tests with several threads"
+    test_fuzz_targets
     build_and_test_if "programs_run g++ -m32" i386 "linux-i386: g++, shared library"
 }
 

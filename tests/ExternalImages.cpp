@@ -186,6 +186,14 @@ TEST(ExternalImages, ForColourWorkLieInTheHostsBlock)
     }
 }
 
+TEST(ExternalImages, WithoutAFileAreNotMapped)
+{
+    // A failed mapping leaves this handle behind, by which Windows would map memory.
+    const auto hFile = reinterpret_cast<HANDLE>(std::intptr_t{-1});
+    HostImage image({MM_FILE_RAW, ACS_MMF, hFile, 0, 4, 4, 0x302, 0x302, 0}, IMG_OUTPUT);
+    EXPECT_CODE(MM_FILE_ACCESS, image.Create(image.GetAreaSize(), image.GetAreaSize(), 1));
+}
+
 TEST(ExternalImages, ThatAreWholeAreReachedInAnySlotWithAnyNumberOfBytes)
 {
     std::string sBlock(100, 'x');

@@ -302,6 +302,10 @@ DWORD CImageCtrl::CreateMMF(int nSize, int bNewFile)
         if (m_hFile == INVALID_HANDLE_VALUE)
             return GiveUpTempFile(kLineTempFile);
     }
+    if (m_hFile == INVALID_HANDLE_VALUE) { // by an earlier failure; Windows would map memory
+        SetLastError(ERROR_INVALID_HANDLE);
+        return FailFileAccess(kUnit, kLineMapping);
+    }
     m_hMap = MapWritable(m_hFile, nSize);
     if (m_hMap != nullptr)
         return MM_SUCCESS;
