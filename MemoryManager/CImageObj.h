@@ -238,7 +238,8 @@ public:
     /// the budget with InitBaseMemory only.
     ///
     /// @param pRequest            the counts, and the smallest band; not changed
-    /// @param ppIn, ppOut, ppTmp  arrays with as many objects as the request counts; null for a count of 0
+    /// @param ppIn, ppOut, ppTmp  arrays with as many objects as the request counts; null for a count of 0:
+    ///         the first object of ppOut is looked at whatever nOutCnt is
     /// @return 0; 18 a null object, one without store or geometry, with a store that was made for a smaller
     ///         image, with a negative ratio or with bands beyond 32 bits, or counts out of range: nothing is
     ///         changed; 88; 89; a code of Create: call Destroy on what is not planned again

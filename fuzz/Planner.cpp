@@ -18,7 +18,8 @@ bool fuzz::Run(Input& input)
         if (input.UpTo(7) == 0)
             image.SetOnMemory();
     }
-    CImageObj **ppOut = images.data() + request.nInCnt, **ppTmp = ppOut + request.nOutCnt;
+    CImageObj **ppTmp = images.data() + request.nInCnt + request.nOutCnt,
+              **ppOut = request.nOutCnt > 0 ? ppTmp - request.nOutCnt : nullptr;
     if (!Done(CImageObj::MemoryAlloc(&request, images.data(), ppOut, ppTmp)))
         return false;
     std::int64_t nCharged = CImageObj::AskFreeMemory();

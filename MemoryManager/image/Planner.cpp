@@ -371,7 +371,7 @@ DWORD CImageObj::_MemoryAlloc(tag_MemAlloc* pRequest, CImageObj** ppIn, CImageOb
     }
     if (nResult == MM_SUCCESS)
         nResult = CreateStores(listed, ppToPlan, static_cast<int>(ppEnd - ppToPlan), ppOut);
-    if (nResult == MM_SUCCESS && listed.nOutCnt > 0)
+    if (nResult == MM_SUCCESS && ppOut && ppOut[0])
         ReleaseChargeOfHostBlock(*ppOut[0]);
     return nResult;
 }

@@ -165,7 +165,7 @@ TEST_F(Schemes, StayInsideTheBudget)
         SaveSparse("in.bmp", nWidth, nHeight);
         const Outcome planned = Run(szJob + " --plan");
         int nPeak = 0;
-        const Outcome run = Run(szJob, [&nPeak, this](pid_t nChild) {
+        const Outcome run = Run(szJob, [&nPeak](pid_t nChild) {
             nPeak = std::max(nPeak, static_cast<int>(StatusOf(nChild, "RssAnon:") >> 10));
         });
         EXPECT_LE(nPeak, nMiB + (kWindowsProgram ? 24 : 4));
