@@ -3,7 +3,12 @@
 // test picks. Its clock moves only when somebody sleeps, and soon starts again from 0. One thread at a time.
 
 #include "../../Platform/Platform.h"
-#include "../StandardLibrary.h"
+#include <algorithm>
+#include <cstring>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace faults {
 

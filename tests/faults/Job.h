@@ -2,6 +2,7 @@
 // What one run of a library job works with: the host's files and blocks, the bytes that the job brings forth,
 // and the folder in which all of it happens.
 
+#include "../StandardLibrary.h"
 #include "FaultLayer.h"
 #include "MemoryManager/MemoryManager.h"
 #include <chrono>
