@@ -4,8 +4,9 @@
 #include "fuzz/Fuzzing.h"
 
 /// A name as the table compares it; empty for one that it cuts or trims, and for one in a code page.
-static std::string Compared(std::string szName)
+static std::string Compared(const char* pszName)
 {
+    std::string szName(pszName);
     bool bPlain = szName.size() < MM_TABLE_NAME;
     for (char& ch : szName) {
         bPlain = bPlain && ch > ' ' && ch < 0x7F;
