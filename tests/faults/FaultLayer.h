@@ -4,6 +4,7 @@
 
 #include "../../Platform/Platform.h"
 #include <algorithm>
+#include <climits>
 #include <cstring>
 #include <ostream>
 #include <string>
