@@ -10,7 +10,7 @@ bool os::IsProvisionalName(std::string_view szName)
 {
     const std::string_view szBeginning = kProvisionalBeginning;
     return szName.size() == szBeginning.size() + 16 && szName.starts_with(szBeginning) &&
-           szName.find_first_not_of("0123456789abcdef", szBeginning.size()) == szName.npos;
+           szName.find_first_not_of("0123456789abcdef", szBeginning.size()) == std::string_view::npos;
 }
 
 std::set<std::string> os::NamesIn(const std::string& szFolder, NameTests tests)
